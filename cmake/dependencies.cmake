@@ -1,0 +1,46 @@
+# Finds what the library is built on. A missing one is an error that names the Debian package.
+function(nvutil_require_library variable name header package)
+    find_library(${variable}_LIBRARY NAMES ${name})
+    find_path(${variable}_INCLUDE_DIR NAMES ${header})
+    if(NOT ${variable}_LIBRARY OR NOT ${variable}_INCLUDE_DIR)
+        message(FATAL_ERROR "nvutil_B needs ${name} (${header}): apt-get install ${package}")
+    endif()
+    add_library(nvutil_${name} INTERFACE)
+    target_link_libraries(nvutil_${name} INTERFACE ${${variable}_LIBRARY})
+    target_include_directories(nvutil_${name} SYSTEM INTERFACE ${${variable}_INCLUDE_DIR})
+endfunction()
+
+# Header-only libraries serve both builds. A cross-compiler must not search the whole of /usr/include, so
+# they are linked into a folder of their own.
+function(nvutil_require_headers name header package)
+    find_path(${name}_HEADER_DIR NAMES ${header} PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH)
+    if(NOT ${name}_HEADER_DIR)
+        message(FATAL_ERROR "nvutil_B needs ${header}: apt-get install ${package}")
+    endif()
+    get_filename_component(folder ${header} DIRECTORY)
+    file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/headers)
+    file(CREATE_LINK ${${name}_HEADER_DIR}/${folder} ${PROJECT_BINARY_DIR}/headers/${folder} SYMBOLIC)
+    add_library(nvutil_${name} INTERFACE)
+    target_include_directories(nvutil_${name} SYSTEM INTERFACE ${PROJECT_BINARY_DIR}/headers)
+endfunction()
+
+find_package(Threads REQUIRED)
+
+if(NOT WIN32)
+    nvutil_require_library(NVUTIL_DEFLATE deflate libdeflate.h libdeflate-dev)
+    nvutil_require_library(NVUTIL_ZLIB z zlib.h zlib1g-dev)
+endif()
+
+if(NVUTIL_TOOL)
+    nvutil_require_headers(CLI CLI/CLI.hpp libcli11-dev)
+    nvutil_require_headers(nlohmann nlohmann/json.hpp nlohmann-json3-dev)
+endif()
+
+if(NVUTIL_TESTS)
+    if(NOT EXISTS /usr/src/googletest/CMakeLists.txt)
+        message(FATAL_ERROR "nvutil_B's tests need the sources of GoogleTest: apt-get install googletest")
+    endif()
+    set(INSTALL_GTEST OFF)
+    set(gtest_force_shared_crt ON)
+    add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+endif()
