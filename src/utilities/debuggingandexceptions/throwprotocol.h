@@ -1,0 +1,83 @@
+// The throw protocol: format the message, offer the throw to the debug hook, build the exception, throw it.
+//
+// For the library's own sources; users catch exceptions and need not include it.
+#pragma once
+
+#include <string_view>
+#include <utility>
+
+#include "utilities/debuggingandexceptions/exceptions.h"
+#include "utilities/utilitiesdll/cxstring.h"
+
+/// Throws an exception of the family.
+///
+/// @param Class     a class with a factory `GetClass`
+/// @param function  8-bit text that names the throwing function, "ByteBuffer::WalkBufferToGetLong"
+/// @param line      `__LINE__`, or the number that users know this site by
+/// @param ...       optionally a format text and its arguments; they are evaluated only once, and a fault
+/// while
+///                  doing so becomes the message
+#define NV_THROW(Class, function, line, ...)                                                         \
+    throwprotocol::Throw(&Get##Class, #Class, {throwprotocol::SourceFile(__FILE__), line, function}, \
+                         [&] { return throwprotocol::FormatMessageOfSite(__VA_ARGS__); })
+
+namespace throwprotocol {
+
+/// Where an exception is thrown.
+struct Site {
+    std::string_view sourceFile;
+    int line;
+    const char* function;
+};
+
+/// A site's message, formatted.
+struct Message {
+    CXString text;
+    bool isFormatted = false;  ///< Whether the site supplied a message, which then must not be empty.
+};
+
+/// The text that stands for a source file: its path from "src" on, without the extension.
+constexpr std::string_view SourceFile(std::string_view path) {
+    const std::size_t root = path.rfind("src/utilities/");
+    const std::size_t begin = root != std::string_view::npos ? root : path.rfind("src/");
+    if (begin != std::string_view::npos) path.remove_prefix(begin);
+    return path.substr(0, path.rfind('.'));
+}
+
+inline Message FormatMessageOfSite() {
+    return {};
+}
+
+/// Formats a site's message; a fault while formatting leaves the text empty.
+NVUTIL_API Message FormatMessageOfSite(const WChar* format, ...);
+
+/// What a site does before it throws.
+struct Prepared {
+    CXString message;
+    CXString sourceFile;
+    CXString function;
+};
+
+/// Settles the message, builds the throwing text and offers it to the debug hook.
+/// @param message  the site's message; null when evaluating its arguments faulted
+NVUTIL_API Prepared Prepare(const char* className, const Site& site, const Message* message);
+
+/// The calling thread's contexts.
+NVUTIL_API const ExecutionContextStack& CurrentStack();
+
+template <class Factory, class FormatMessage>
+[[noreturn]] void Throw(Factory factory, const char* className, const Site& site,
+                        FormatMessage formatMessage) {
+    const Prepared prepared = [&] {
+        Message message;
+        try {
+            message = formatMessage();
+        } catch (...) {
+            return Prepare(className, site, nullptr);
+        }
+        return Prepare(className, site, &message);
+    }();
+    throw factory(prepared.message, prepared.sourceFile, site.line, prepared.function, CurrentStack());
+}
+
+}  // namespace throwprotocol
