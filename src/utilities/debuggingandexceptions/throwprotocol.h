@@ -33,7 +33,7 @@ struct Site {
 /// A site's message, formatted.
 struct Message {
     CXString text;
-    bool isFormatted = false;  ///< Whether the site supplied a message, which then must not be empty.
+    bool hasArguments = false;  ///< Whether the site supplied arguments; the text must not be empty then.
 };
 
 /// The text that stands for a source file: its path from "src" on, without the extension.
@@ -44,12 +44,25 @@ constexpr std::string_view SourceFile(std::string_view path) {
     return path.substr(0, path.rfind('.'));
 }
 
+/// Formats a site's message with the bounded formatter; a fault while formatting gives the empty text.
+NVUTIL_API CXString SafeFormat(const WChar* format, ...);
+
+inline const WChar* FormatArgument(const CXString& text) {
+    return text;
+}
+template <class T>
+T FormatArgument(T argument) {
+    return argument;
+}
+
 inline Message FormatMessageOfSite() {
     return {};
 }
 
-/// Formats a site's message; a fault while formatting leaves the text empty.
-NVUTIL_API Message FormatMessageOfSite(const WChar* format, ...);
+template <class... Arguments>
+Message FormatMessageOfSite(const WChar* format, const Arguments&... arguments) {
+    return {SafeFormat(format, FormatArgument(arguments)...), sizeof...(arguments) > 0};
+}
 
 /// What a site does before it throws.
 struct Prepared {
