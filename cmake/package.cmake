@@ -1,29 +1,27 @@
 # What an archive of the library holds: library, headers, tool and docs.
-include(GNUInstallDirs)
-
 install(TARGETS nvutil_B
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY src/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nvutil_B
+    RUNTIME DESTINATION bin
+    LIBRARY DESTINATION lib
+    ARCHIVE DESTINATION lib)
+install(DIRECTORY src/ DESTINATION include/${PROJECT_NAME}
     FILES_MATCHING PATTERN "*.h"
     PATTERN platform/windows EXCLUDE
     PATTERN platform/posix EXCLUDE)
 
 if(NVUTIL_TOOL)
     # The tool finds the library in the archive, wherever that is unpacked.
-    set_target_properties(nvutil PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-    install(TARGETS nvutil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    set_target_properties(nvutil PROPERTIES INSTALL_RPATH "$ORIGIN/../lib")
+    install(TARGETS nvutil RUNTIME DESTINATION bin)
 endif()
 
 if(WIN32)
     # The compiler's run-time libraries, which the build lays beside the DLL.
-    install(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/ DESTINATION ${CMAKE_INSTALL_BINDIR}
+    install(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/ DESTINATION bin
         FILES_MATCHING PATTERN "lib*-*.dll")
 endif()
 
-install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL FILES_MATCHING PATTERN "*.md")
+install(FILES README.md DESTINATION share/doc/${PROJECT_NAME} OPTIONAL)
+install(DIRECTORY docs/ DESTINATION share/doc/${PROJECT_NAME} OPTIONAL FILES_MATCHING PATTERN "*.md")
 
 set(CPACK_PACKAGE_NAME ${PROJECT_NAME})
 set(CPACK_PACKAGE_VENDOR ${PROJECT_NAME})

@@ -51,10 +51,8 @@ checkFloors() {
     ' <(listFiles 'src/*.h') <(listIncludes)
 }
 
-checkRings() {
-    listIncludes | grep -v '\.cpp ' | tsort 2>&1 >/dev/null | sed 's|^tsort: -: .*|headers include each other:|; s|^tsort: |  |' |
-        { ! grep .; }
-}
+# A ring of headers has no order, and tsort names its members.
+checkRings() { listIncludes | sed '/[.]cpp /d' | tsort >/dev/null; }
 
 checkSeam() {
     listFiles src tools tests | grep -E '\.(h|cpp)$' | grep -vE "$seam" | {
@@ -69,6 +67,6 @@ checkSeam() {
 
 status=0
 checkFloors || status=1
-checkRings || status=1
+checkRings || { status=1; echo "headers include each other in a ring"; }
 checkSeam || { status=1; echo "an operating system is seen outside src/platform and src/utilities/xmlparser"; }
 exit $status
