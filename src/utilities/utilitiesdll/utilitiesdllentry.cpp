@@ -1,20 +1,14 @@
-// The library's load and unload.
-#include "utilities/utilitiesdll/libraryentry.h"
-
-#include <chrono>
-
+// The library's side of its load and unload.
 #include "platform/libraryentry.h"
 #include "utilities/attributebytes/globalcaches.h"
+#include "utilities/utilitiesdll/libraryload.h"
 #include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
 
 namespace {
 
-constinit LibraryLoad libraryLoad{};
-
 void AttachProcess(HINSTANCE module) {
-    libraryLoad.module = module;
     UtilitiesDllPerThreadStorage::InitializeDueToProcessAttach();
-    libraryLoad.tickCount = GetMonotonicTickCount();
+    SetLibraryLoad({module, GetTickCountNow()});
 }
 
 void DetachProcess() {
@@ -26,15 +20,6 @@ void DetachProcess() {
 }
 
 }  // namespace
-
-LibraryLoad GetLibraryLoad() {
-    return libraryLoad;
-}
-
-DWORD GetMonotonicTickCount() {
-    using namespace std::chrono;
-    return static_cast<DWORD>(duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
-}
 
 bool platform::LibraryEntry(LibraryEntryReason reason, HINSTANCE module) {
     switch (reason) {
