@@ -50,14 +50,17 @@ public:
     /// A description of several lines for developers. Never throws: a fault while describing ends the text.
     static CXString GetExceptionDescription(const std::exception& exception);
 
-    /// Shows an exception to the person at the machine.
+    /// Shows an exception to the person at the machine; see usermessage.h.
+    ///
+    /// Nothing is shown when nobody may be there (a service, the spooler or the filter pipeline), unless it
+    /// is forced. The standard's out-of-memory exception is always shown, with texts of its own.
     ///
     /// @param force        show it even when nobody may be there
-    /// @param suppress     do not show anything
+    /// @param suppress     do not show anything, forced or not
     /// @param exception    the exception; null stands for a failure without one
     /// @param sourceFile, line, functionName, stack  the place that shows it
     /// @param owner        window that the message belongs to; may be null
-    /// @param titleId, title  title of the message, as a text resource or as text
+    /// @param titleId, title  title of the message, as a text resource or as text; see GetCustomerTitleString
     /// @param message      text to show instead of the exception's customer text; empty for none
     static void DisplayExceptionMessage(bool force, bool suppress, const std::exception* exception,
                                         const CXString& sourceFile, int line, const CXString& functionName,
@@ -67,6 +70,9 @@ public:
                                         const CXString& sourceFile, int line, const CXString& functionName,
                                         const ExecutionContextStack& stack, HWND owner, const CXString& title,
                                         const CXString& message);
+
+    /// The title of a message: the given one, else the owner window's text, else the library's own title.
+    static CXString GetCustomerTitleString(HWND owner, const CXString& title);
 
     /// Asked by every throw site; an answer of true stops in the debugger. Always false in this library.
     static bool AllowForExceptionDebug(const CXString& typeName, const CXString& throwingText,
@@ -78,9 +84,15 @@ public:
                                        unsigned categories);
 
 private:
-    CXString GetLocationAndMessageDescription() const;
+    friend struct NorvaExceptionTestAccess;
+
+    static void AppendDescription(CXString& description, const std::exception& exception);
+    /// Appends where the exception was thrown, the contexts and the message.
+    void GetLocationAndMessageDescription(CXString& description) const;
     static void GetCustomerMessageIDsForException(const std::exception* exception, unsigned& first,
                                                   unsigned& second);
+    static bool IsMessageShown(bool force, bool suppress, bool isPossiblyNonInteractive,
+                               bool isSpoolerOrFilterPipeline);
 
     CXString m_sourceFile;
     int m_line;

@@ -14,9 +14,8 @@
 /// @param Class     a class with a factory `GetClass`
 /// @param function  8-bit text that names the throwing function, "ByteBuffer::WalkBufferToGetLong"
 /// @param line      `__LINE__`, or the number that users know this site by
-/// @param ...       optionally a format text and its arguments; they are evaluated only once, and a fault
-/// while
-///                  doing so becomes the message
+/// @param ...       optionally a format text and its arguments; they are evaluated only once,
+///                  and a fault while doing so becomes the message
 #define NV_THROW(Class, function, line, ...)                                                         \
     throwprotocol::Throw(&Get##Class, #Class, {throwprotocol::SourceFile(__FILE__), line, function}, \
                          [&] { return throwprotocol::FormatMessageOfSite(__VA_ARGS__); })
@@ -64,19 +63,18 @@ Message FormatMessageOfSite(const WChar* format, const Arguments&... arguments) 
     return {SafeFormat(format, FormatArgument(arguments)...), sizeof...(arguments) > 0};
 }
 
-/// What a site does before it throws.
+/// What a site hands to the factory of its class.
 struct Prepared {
     CXString message;
     CXString sourceFile;
     CXString function;
+    ExecutionContextStack stack;  ///< A copy of the calling thread's contexts.
 };
 
 /// Settles the message, builds the throwing text and offers it to the debug hook.
 /// @param message  the site's message; null when evaluating its arguments faulted
+/// @throws std::bad_alloc when there is no memory even for the exception
 NVUTIL_API Prepared Prepare(const char* className, const Site& site, const Message* message);
-
-/// The calling thread's contexts.
-NVUTIL_API const ExecutionContextStack& CurrentStack();
 
 template <class Factory, class FormatMessage>
 [[noreturn]] void Throw(Factory factory, const char* className, const Site& site,
@@ -90,7 +88,7 @@ template <class Factory, class FormatMessage>
         }
         return Prepare(className, site, &message);
     }();
-    throw factory(prepared.message, prepared.sourceFile, site.line, prepared.function, CurrentStack());
+    throw factory(prepared.message, prepared.sourceFile, site.line, prepared.function, prepared.stack);
 }
 
 }  // namespace throwprotocol
