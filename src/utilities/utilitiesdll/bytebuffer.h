@@ -53,8 +53,9 @@ public:
     ByteBuffer& append(const ByteBuffer& bytes);
     /// Appends the code units, without a terminator.
     ByteBuffer& append(const CXString& text);
+    /// Appends `length` bytes, which must not lie in this buffer.
     ByteBuffer& appendLpbyte(const BYTE* bytes, DWORD length);
-    /// Replaces everything by `length` bytes, which may lie in this buffer.
+    /// Replaces everything by `length` bytes, which must not lie in this buffer.
     ByteBuffer& setWithLpbyte(const BYTE* bytes, DWORD length);
     /// Appends a zero code unit: two bytes.
     ByteBuffer& appendNullChar();

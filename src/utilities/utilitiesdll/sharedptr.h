@@ -103,6 +103,7 @@ private:
     }
 
     void Unshare() {
+        static_assert(sizeof(T) > 0, "include the header of the class that is pointed to");
         if (m_info == nullptr || --m_info->count != 0) {
             m_info = nullptr;
             return;
