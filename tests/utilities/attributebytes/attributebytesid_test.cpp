@@ -31,7 +31,8 @@ std::vector<IdCase> AllKinds() {
         cases.push_back({std::move(id), bytes, display});
     };
     add(Make<AttributeBytesFeatureId>(258), "02 02 01 00 00", "ABIDE_FEATURE AttributeBytes Id: 258 (0x102)");
-    add(Make<AttributeBytesFeatureId>(-1), "02 FF FF FF FF", "ABIDE_FEATURE AttributeBytes Id: -1 (0xffffffff)");
+    add(Make<AttributeBytesFeatureId>(-1), "02 FF FF FF FF",
+        "ABIDE_FEATURE AttributeBytes Id: -1 (0xffffffff)");
     add(Make<AttributeBytesNewFeatureId>(CXString()), "03 00 00", "ABIDE_NEWFEATURE AttributeBytes Id: ");
     add(Make<AttributeBytesValueId>(7), "04 07 00 00 00", "ABIDE_VALUE AttributeBytes Id: 7 (0x7)");
     add(Make<AttributeBytesNewValueId>(NV_TEXT("A4")), "05 02 00 41 00 34 00",
@@ -55,7 +56,8 @@ TEST(AttributeBytesId, OfEveryKindIsWrittenReadAndShown) {
 
         const ByteBuffer bytes = Bytes(std::string(c.bytes) + " EE EE");
         ByteWalk walk(bytes);
-        const IdPtr read = AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(walk.cursor, walk.remaining);
+        const IdPtr read =
+            AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(walk.cursor, walk.remaining);
         EXPECT_TRUE(read->IsEqual(*c.id));
         EXPECT_EQ(walk.remaining, 2u);
         EXPECT_EQ(walk.cursor, bytes.data() + bytes.size() - 2);
@@ -67,8 +69,9 @@ TEST(AttributeBytesId, CutShortIsRefused) {
         const ByteBuffer bytes = Bytes(c.bytes);
         for (unsigned length = 0; length < bytes.size(); ++length) {
             ByteWalk walk(bytes.data(), length);
-            EXPECT_THROW(AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(walk.cursor, walk.remaining),
-                         ExceptionNotEnoughBytesForDesiredDataType)
+            EXPECT_THROW(
+                AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(walk.cursor, walk.remaining),
+                ExceptionNotEnoughBytesForDesiredDataType)
                 << c.bytes << " cut to " << length;
         }
     }
@@ -115,7 +118,8 @@ TEST(AttributeBytesId, OrdersByKindThenPayload) {
     EXPECT_TRUE(AttributeBytesFeatureId(-1).LessThan(AttributeBytesFeatureId(0)));
     EXPECT_TRUE(AttributeBytesNewValueId(NV_TEXT("A")).LessThan(AttributeBytesNewValueId(NV_TEXT("a"))));
     EXPECT_TRUE(AttributeBytesNewValueId(NV_TEXT("A")).LessThan(AttributeBytesNewValueId(NV_TEXT("AA"))));
-    for (const IdCase& c : cases) EXPECT_FALSE(c.id->LessThan(*c.id)) << c.bytes;
+    for (const IdCase& c : cases)
+        EXPECT_FALSE(c.id->LessThan(*c.id)) << c.bytes;
 }
 
 TEST(AttributeBytesId, OfCapabilitiesCanBeLessBothWays) {

@@ -73,7 +73,8 @@ TEST(AttributeBytesValue, OfEveryKindIsWrittenReadAndShown) {
         EXPECT_EQ(Hex(c.value->GetTypeAndValueState()), c.bytes);
         const ByteBuffer bytes = Bytes(std::string(c.bytes) + " EE");
         ByteWalk walk(bytes);
-        const ValuePtr read = AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(walk.cursor, walk.remaining);
+        const ValuePtr read =
+            AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(walk.cursor, walk.remaining);
         EXPECT_TRUE(read->IsEqual(*c.value));
         EXPECT_EQ(walk.remaining, 1u);
         EXPECT_EQ(Hex(read->Clone()->GetTypeAndValueState()), c.bytes);
@@ -176,9 +177,9 @@ TEST(AttributeBytesOptionValue, HandsOutItsIdentifierOnlyAsItsKind) {
 }
 
 TEST(AttributeBytes, OfEveryKindReproducesItsBytes) {
-    const char* identifiers[] = {"02 0C 00 00 00",       "03 01 00 41 00",    "04 01 00 00 00",
-                                 "05 00 00",             "06 02 00 00 00",    "07 03 00 10 00 00 00",
-                                 "08 02 00 01 00 58 00", "09 01 00 00 00"};
+    const char* identifiers[] = {
+        "02 0C 00 00 00", "03 01 00 41 00",       "04 01 00 00 00",       "05 00 00",
+        "06 02 00 00 00", "07 03 00 10 00 00 00", "08 02 00 01 00 58 00", "09 01 00 00 00"};
     for (const char* identifier : identifiers) {
         for (const ValueCase& c : AllKinds()) {
             const std::string bytes = std::string(identifier) + " " + c.bytes;

@@ -27,8 +27,11 @@ TEST(ByteBuffer, WritesEveryKindLittleEndian) {
 
 TEST(ByteBuffer, AppendsChain) {
     ByteBuffer buffer = Bytes("01");
-    buffer.append(buffer).append(CXString(NV_TEXT("A"))).appendNullChar().appendAscii(NV_TEXT("b\x00E9")).append(
-        Bytes(""));
+    buffer.append(buffer)
+        .append(CXString(NV_TEXT("A")))
+        .appendNullChar()
+        .appendAscii(NV_TEXT("b\x00E9"))
+        .append(Bytes(""));
     EXPECT_EQ(Hex(buffer), "01 01 41 00 00 00 62 E9");
     EXPECT_EQ(Hex(buffer.setWithLpbyte(Bytes("09 08").data(), 1)), "09");
     EXPECT_EQ(Hex(buffer.appendLpbyte(nullptr, 0).appendAscii(CXString())), "09");
@@ -115,11 +118,8 @@ TEST(ByteBufferWalk, OfCountedKindsStopsBehindTheCountWhenBytesAreMissing) {
     const Case cases[] = {
         {"03 00 41 00 42 00", true, 2},  // three code units, bytes for two
         {"FF FF 41 00", true, 2},        // a negative count
-        {"00 80 41 00", true, 2},
-        {"03", true, 0},
-        {"03 00 00 00 AA BB", false, 4},
-        {"FF FF FF FF AA", false, 4},
-        {"03 00 00", false, 0},
+        {"00 80 41 00", true, 2},       {"03", true, 0},        {"03 00 00 00 AA BB", false, 4},
+        {"FF FF FF FF AA", false, 4},   {"03 00 00", false, 0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.bytes);
@@ -157,9 +157,9 @@ TEST(ByteBufferHex, ReadsTextOfAnyLength) {
         const char* bytes;
     };
     const Case cases[] = {
-        {NV_TEXT(""), true, ""},       {NV_TEXT("abc"), true, "0A BC"}, {NV_TEXT("0AfF"), true, "0A FF"},
-        {NV_TEXT("0G"), false, ""},    {NV_TEXT("12g"), false, ""},     {NV_TEXT("@@"), true, "99"},
-        {NV_TEXT(":?"), true, "38"},   {NV_TEXT("/0"), false, ""},      {NV_TEXT("\x0660\x0661"), false, ""},
+        {NV_TEXT(""), true, ""},      {NV_TEXT("abc"), true, "0A BC"}, {NV_TEXT("0AfF"), true, "0A FF"},
+        {NV_TEXT("0G"), false, ""},   {NV_TEXT("12g"), false, ""},     {NV_TEXT("@@"), true, "99"},
+        {NV_TEXT(":?"), true, "38"},  {NV_TEXT("/0"), false, ""},      {NV_TEXT("\x0660\x0661"), false, ""},
         {NV_TEXT("12 3"), false, ""},
     };
     for (const Case& c : cases) {
