@@ -154,7 +154,8 @@ public:
     ///
     /// @param buffer  receives the bytes; null with a size of 0 asks for the size needed
     /// @param size    bytes available
-    /// @return the number of bytes, terminator included; 0 when the buffer is too small or nothing can be done
+    /// @return the number of bytes, terminator included; 0 when the buffer is too small or nothing can be
+    /// done
     int GetAsMultiByte(char* buffer, int size) const;
     /// The string in the ANSI code page, terminator included, in exactly the size needed.
     std::vector<char> GetAsMultiByte() const;
@@ -194,9 +195,21 @@ private:
     WChar* m_characters;  ///< The code units; a Data lies directly in front of them.
 };
 
-inline bool operator==(const CXString& left, const CXString& right) { return left.Compare(right) == 0; }
-inline bool operator==(const CXString& left, const WChar* right) { return left.Compare(right) == 0; }
-inline bool operator<(const CXString& left, const CXString& right) { return left.Compare(right) < 0; }
-inline bool operator>(const CXString& left, const CXString& right) { return left.Compare(right) > 0; }
-inline bool operator<=(const CXString& left, const CXString& right) { return left.Compare(right) <= 0; }
-inline bool operator>=(const CXString& left, const CXString& right) { return left.Compare(right) >= 0; }
+inline bool operator==(const CXString& left, const CXString& right) {
+    return left.Compare(right) == 0;
+}
+inline bool operator==(const CXString& left, const WChar* right) {
+    return left.Compare(right) == 0;
+}
+inline bool operator<(const CXString& left, const CXString& right) {
+    return left.Compare(right) < 0;
+}
+inline bool operator>(const CXString& left, const CXString& right) {
+    return left.Compare(right) > 0;
+}
+inline bool operator<=(const CXString& left, const CXString& right) {
+    return left.Compare(right) <= 0;
+}
+inline bool operator>=(const CXString& left, const CXString& right) {
+    return left.Compare(right) >= 0;
+}

@@ -1,0 +1,113 @@
+// MSZIP over libdeflate.
+#include "platform/posix/cabinetmszip.h"
+
+#include <libdeflate.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <new>
+
+namespace platform::cabinet {
+
+namespace {
+
+constexpr BYTE blockSignature[] = {'C', 'K'};
+constexpr int compressionLevel = 6;
+// A stored deflate block is one byte of flags, its length, the length's complement and the bytes themselves.
+constexpr std::size_t storedBlockHead = 5;
+static_assert(maxMszipOverhead == sizeof(blockSignature) + storedBlockHead);
+
+void EncodeStoredBlockHead(bool isLast, std::size_t size, BYTE* head) {
+    const auto length = static_cast<std::uint16_t>(size);
+    head[0] = isLast ? 1 : 0;
+    head[1] = static_cast<BYTE>(length);
+    head[2] = static_cast<BYTE>(length >> 8);
+    head[3] = static_cast<BYTE>(~length);
+    head[4] = static_cast<BYTE>(~length >> 8);
+}
+
+libdeflate_compressor* AllocateCompressor() {
+    return libdeflate_alloc_compressor(compressionLevel);
+}
+
+// A compressor or decompressor for one block. Making one costs more than compressing a small block (a
+// compressor is about 1 MB), so the process keeps one spare; threads that find it taken make their own.
+template <class Engine, Engine* (*Allocate)(), void (*Free)(Engine*)>
+class Borrowed {
+public:
+    Borrowed() : m_engine(s_spare.engine.exchange(nullptr, std::memory_order_acquire)) {
+        if (m_engine == nullptr) m_engine = Allocate();
+        if (m_engine == nullptr) throw std::bad_alloc();
+    }
+    Borrowed(const Borrowed&) = delete;
+    Borrowed& operator=(const Borrowed&) = delete;
+    ~Borrowed() { Free(s_spare.engine.exchange(m_engine, std::memory_order_acq_rel)); }
+
+    Engine* Get() const { return m_engine; }
+
+private:
+    struct Spare {
+        std::atomic<Engine*> engine{nullptr};
+        ~Spare() { Free(engine.exchange(nullptr)); }
+    };
+    static inline constinit Spare s_spare;
+
+    Engine* m_engine;
+};
+
+using Compressor = Borrowed<libdeflate_compressor, AllocateCompressor, libdeflate_free_compressor>;
+using Decompressor =
+    Borrowed<libdeflate_decompressor, libdeflate_alloc_decompressor, libdeflate_free_decompressor>;
+
+}  // namespace
+
+std::size_t EncodeMszipBlock(std::span<const BYTE> data, BYTE* payload) {
+    std::memcpy(payload, blockSignature, sizeof(blockSignature));
+    BYTE* stream = payload + sizeof(blockSignature);
+    const std::size_t storedSize = storedBlockHead + data.size();
+    std::size_t streamSize =
+        libdeflate_deflate_compress(Compressor().Get(), data.data(), data.size(), stream, storedSize);
+    if (streamSize == 0) {
+        EncodeStoredBlockHead(true, data.size(), stream);
+        std::memcpy(stream + storedBlockHead, data.data(), data.size());
+        streamSize = storedSize;
+    }
+    return sizeof(blockSignature) + streamSize;
+}
+
+// libdeflate knows no history before a stream. So a block that has one is decoded as a longer stream: a
+// stored block that spells the history out, which is laid down right before the block's own stream, over its
+// "CK".
+constexpr std::size_t historyRoom = storedBlockHead + maxBlockSize - sizeof(blockSignature);
+
+BYTE* MszipDecoder::PayloadRoom(std::size_t payloadSize) {
+    return m_stream.Reserve(historyRoom + payloadSize) + historyRoom;
+}
+
+const BYTE* MszipDecoder::Decode(std::size_t payloadSize, std::size_t uncompressedSize) {
+    BYTE* payload = PayloadRoom(payloadSize);
+    if (payloadSize < sizeof(blockSignature)) return nullptr;
+    if (std::memcmp(payload, blockSignature, sizeof(blockSignature)) != 0) return nullptr;
+    BYTE* stream = payload + sizeof(blockSignature);
+    std::size_t streamSize = payloadSize - sizeof(blockSignature);
+
+    const std::size_t historySize = std::min(m_outputSize, maxBlockSize);
+    if (historySize != 0) {
+        stream -= historySize;
+        std::memcpy(stream, m_output.Get() + m_outputSize - historySize, historySize);
+        stream -= storedBlockHead;
+        EncodeStoredBlockHead(false, historySize, stream);
+        streamSize += storedBlockHead + historySize;
+    }
+
+    m_outputSize = historySize + uncompressedSize;
+    BYTE* output = m_output.Reserve(m_outputSize);
+    std::size_t consumed =
+        0;  // Bytes after the stream's end are allowed: some writers leave a trailer there.
+    const libdeflate_result result = libdeflate_deflate_decompress_ex(
+        Decompressor().Get(), stream, streamSize, output, m_outputSize, &consumed, nullptr);
+    return result == LIBDEFLATE_SUCCESS ? output + historySize : nullptr;
+}
+
+}  // namespace platform::cabinet
