@@ -123,10 +123,7 @@ ByteBuffer ByteBuffer::createFromHexBinaryString(const CXString& text) {
 }
 
 ByteBuffer& ByteBuffer::append(const ByteBuffer& bytes) {
-    if (&bytes == this) {
-        const ByteBuffer copy(bytes);
-        return append(copy);
-    }
+    if (&bytes == this) return append(ByteBuffer(bytes));
     insert(end(), bytes.begin(), bytes.end());
     return *this;
 }
