@@ -141,8 +141,7 @@ bool CabCompressedBuffer::TryToConvertZlibData(int setting, LONG originalSize, B
         NorvaException::AllowForExceptionDebug(
             NV_TEXT("ExceptionIncompatibleCompressionFormat"), text,
             NV_TEXT("src/utilities/compression/cabcompressedbuffer"), __LINE__,
-            NV_TEXT("CabCompressedBuffer::ConvertCompressedDataToNativeFormat"),
-            throwprotocol::CurrentStack(), 0);
+            NV_TEXT("CabCompressedBuffer::ConvertCompressedDataToNativeFormat"), ExecutionContextStack(), 0);
         return false;
     }
 }
