@@ -128,6 +128,7 @@ bool CabCompressedBuffer::TryToConvertZlibData(int setting, LONG originalSize, B
         ByteBuffer original;
         UncompressBuffer(cabinet, original);
         data.clear();
+        if (original.empty()) return true;  // as Store does: no compressor runs for no data
         CompressBuffer(original.getLpbyte(), original.getDword(), data, setting);
         return true;
     } catch (...) {
