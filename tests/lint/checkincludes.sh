@@ -6,8 +6,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 # The floors from the ground up. A file stands on the first that matches it and includes nothing from above.
 floors='
 1 ^src/platform/
-2 ^src/utilities/utilitiesdll/(cxstring|sharedptr|ownedcriticalresource|textresourceloader)[.]
-3 ^src/utilities/debuggingandexceptions/
+2 ^src/utilities/utilitiesdll/(cxstring|sharedptr|ownedcriticalresource|textresource(s|loader))[.]
+3 ^src/utilities/(debuggingandexceptions/|utilitiesdll/utilitiesdllperthreadstorage[.])
 4 ^src/utilities/utilitiesdll/
 5 ^src/utilities/(compression|xmlparser)/
 6 ^src/utilities/attributebytes/
@@ -55,14 +55,12 @@ checkFloors() {
 checkRings() { listIncludes | sed '/[.]cpp /d' | tsort >/dev/null; }
 
 checkSeam() {
-    listFiles src tools tests | grep -E '\.(h|cpp)$' | grep -vE "$seam" | {
-        local failed=0 file
-        while read -r file; do
-            grep -HnE '^[[:space:]]*#[[:space:]]*include[[:space:]]*<[^>]+\.h>' "$file" | grep -vE "$portableHeaders" && failed=1
-            grep -HnE '^[[:space:]]*#.*\b(_?WIN32|_?WIN64|_MSC_VER|__MINGW(32|64)__|__linux(__)?|__unix(__)?|__APPLE__)\b' "$file" && failed=1
-        done
-        return $failed
-    }
+    local directive='^[[:space:]]*#[[:space:]]*' failed=0 files=()
+    local systems='\b(_?WIN32|_?WIN64|_MSC_VER|__MINGW(32|64)__|__linux(__)?|__unix(__)?|__APPLE__)\b'
+    mapfile -t files < <(listFiles src tools tests | grep -E '\.(h|cpp)$' | grep -vE "$seam")
+    grep -HnE "${directive}include[[:space:]]*<[^>]+\.h>" "${files[@]}" | grep -vE "$portableHeaders" && failed=1
+    grep -HnE "${directive}.*$systems" "${files[@]}" && failed=1
+    return $failed
 }
 
 status=0

@@ -30,4 +30,6 @@ inline std::string Hex(const ByteBuffer& bytes) {
 }
 
 /// Prints a string in a failure of the test framework.
-inline void PrintTo(const CXString& text, std::ostream* out) { *out << '"' << Narrow(text) << '"'; }
+inline void PrintTo(const CXString& text, std::ostream* out) {
+    *out << '"' << Narrow(text) << '"';
+}

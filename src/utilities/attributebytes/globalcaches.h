@@ -12,6 +12,7 @@
 #include "utilities/utilitiesdll/sharedptr.h"
 
 class AttributeBytesIndexedList;
+class AttributeBytesNameSpacesId;
 class AttributeBytesReader;
 
 /// The properties of a device mode: a number and its bytes each.
@@ -41,6 +42,20 @@ public:
 
 /// The calling thread's caches. They take no locks and end with the thread.
 namespace GlobalCaches {
+
+/// Looks an attribute list up by its namespace and key, and replaces `out` by a copy of it.
+///
+/// The copy has records of its own: what becomes of it never alters the cached list.
+/// @return whether there is one; `out` is unchanged otherwise
+NVUTIL_API bool CheckXDevmodeAttributeBytesIndexedListCache(const AttributeBytesNameSpacesId& nameSpaceId,
+                                                            DWORD key, AttributeBytesIndexedList& out);
+
+/// Stores a copy of an attribute list, with records of its own, in place of the one that the pair has.
+/// @param label  names the entry in the statistics, for example a document's or a printer's name
+NVUTIL_API void AddXDevmodeAttributeBytesIndexedListCacheEntry(const CXString& label,
+                                                               const AttributeBytesNameSpacesId& nameSpaceId,
+                                                               DWORD key,
+                                                               const AttributeBytesIndexedList& list);
 
 /// Looks a property bag up.
 /// @return the cached bag, which stays the cache's own and in place until the thread adds another; null when
