@@ -304,7 +304,7 @@ CabinetWriter::Bytes CabinetWriter::EncodeTables() {
     header.fileCount = static_cast<std::uint16_t>(m_files.size());
     header.flags = HasReservedAreas() ? hasReservedAreas : 0;
     header.setId = m_parameters.setID;
-    header.cabinetIndex = static_cast<std::uint16_t>(m_parameters.iCab - 1);
+    header.cabinetIndex = static_cast<std::uint16_t>(m_parameters.iCab);
 
     Bytes tables(CabinetSize() - m_data.size(), BYTE{0}, CallerAllocator<BYTE>(m_memory));
     Encode(header, tables.data());
