@@ -128,6 +128,7 @@ bool CabCompressedBuffer::TryToConvertZlibData(int setting, LONG originalSize, B
         ByteBuffer original;
         UncompressBuffer(cabinet, original);
         data.clear();
+        if (original.empty()) return true;  // as Store does: no compressor runs for no data
         CompressBuffer(original.getLpbyte(), original.getDword(), data, setting);
         return true;
     } catch (...) {
@@ -141,8 +142,7 @@ bool CabCompressedBuffer::TryToConvertZlibData(int setting, LONG originalSize, B
         NorvaException::AllowForExceptionDebug(
             NV_TEXT("ExceptionIncompatibleCompressionFormat"), text,
             NV_TEXT("src/utilities/compression/cabcompressedbuffer"), __LINE__,
-            NV_TEXT("CabCompressedBuffer::ConvertCompressedDataToNativeFormat"),
-            throwprotocol::CurrentStack(), 0);
+            NV_TEXT("CabCompressedBuffer::ConvertCompressedDataToNativeFormat"), ExecutionContextStack(), 0);
         return false;
     }
 }

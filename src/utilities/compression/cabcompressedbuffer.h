@@ -56,6 +56,8 @@ public:
                                              ByteBuffer& data, bool throwOnFailure) override;
 
 private:
+    friend struct CabCompressedBufferTestAccess;
+
     explicit CabCompressedBuffer(const ByteBuffer& state);
     CabCompressedBuffer(const ByteBuffer& state, bool& success);
 

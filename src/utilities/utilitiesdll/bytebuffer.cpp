@@ -17,9 +17,9 @@ namespace {
 /// Appends an integer, least significant byte first.
 template <class Integer>
 ByteBuffer& AppendInteger(ByteBuffer& buffer, Integer value) {
-    BYTE bytes[sizeof(Integer)];
-    std::memcpy(bytes, &value, sizeof(value));
-    buffer.insert(buffer.end(), bytes, bytes + sizeof(bytes));
+    const std::size_t end = buffer.size();
+    buffer.resize(end + sizeof(value));
+    std::memcpy(buffer.data() + end, &value, sizeof(value));
     return buffer;
 }
 

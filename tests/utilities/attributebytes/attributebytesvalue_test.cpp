@@ -80,7 +80,8 @@ TEST(AttributeBytesValue, OfEveryKindIsWrittenReadAndShown) {
         EXPECT_EQ(Hex(read->Clone()->GetTypeAndValueState()), c.bytes);
         const std::string flag = c.value->IsSpecified() ? " value <specified>: " : " value <unspecified>: ";
         const std::string head = Narrow(c.value->GetTypeDebugDisplayString()) + flag;
-        if (c.display != nullptr) EXPECT_EQ(Narrow(c.value->GetDumpDisplayString()), head + c.display);
+        if (c.display == nullptr) continue;
+        EXPECT_EQ(Narrow(c.value->GetDumpDisplayString()), head + c.display);
     }
 }
 
