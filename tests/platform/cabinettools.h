@@ -94,6 +94,14 @@ inline BOOL NV_CABINET_CALL RefuseNextCabinet(platform::cabinet::CCAB*, DWORD, v
     return 0;
 }
 
+inline platform::cabinet::HFCI CreateFci(platform::cabinet::ERF& errors, platform::cabinet::CCAB& parameters,
+                                         platform::cabinet::FciFilePlacedFunction filePlaced, void* user) {
+    return CabinetLibrary::Get().fciCreate(
+        &errors, filePlaced, &MemoryFiles::AllocateCallback, &MemoryFiles::FreeCallback,
+        &MemoryFiles::FciOpen, &MemoryFiles::FciRead, &MemoryFiles::FciWrite, &MemoryFiles::FciClose,
+        &MemoryFiles::FciSeek, &MemoryFiles::FciDelete, &MemoryFiles::FciGetTempFile, &parameters, user);
+}
+
 /// Packs files of the set into one cabinet, with a call that fails when the set says so.
 inline Outcome Pack(MemoryFiles& set, const NamedFiles& files, WORD compression,
                     platform::cabinet::CCAB parameters = UsualParameters()) {
@@ -101,10 +109,8 @@ inline Outcome Pack(MemoryFiles& set, const NamedFiles& files, WORD compression,
     Outcome outcome;
     for (const auto& [name, bytes] : files)
         set.Put(name, bytes);
-    const platform::cabinet::HFCI context = library.fciCreate(
-        &outcome.errors, &RecordFilePlaced, &MemoryFiles::AllocateCallback, &MemoryFiles::FreeCallback,
-        &MemoryFiles::FciOpen, &MemoryFiles::FciRead, &MemoryFiles::FciWrite, &MemoryFiles::FciClose,
-        &MemoryFiles::FciSeek, &MemoryFiles::FciDelete, &MemoryFiles::FciGetTempFile, &parameters, &outcome);
+    const platform::cabinet::HFCI context =
+        CreateFci(outcome.errors, parameters, &RecordFilePlaced, &outcome);
     if (context == nullptr) return outcome;
     outcome.succeeded = true;
     for (const auto& [name, bytes] : files) {
@@ -126,7 +132,10 @@ inline platform::cabinet::FileHandle NV_CABINET_CALL RecordNotification(
     using namespace platform::cabinet;
     auto& outcome = *static_cast<Outcome*>(notification->pv);
     MemoryFiles& set = MemoryFiles::Current();
-    if (set.Fails(Call::notify)) return -1;
+    // The notification that a file is complete hands its handle over, even when it is answered with a
+    // failure.
+    const bool closed = type == fdintCLOSE_FILE_INFO && set.Close(notification->hf) == 0;
+    if (type != fdintCOPY_FILE && set.Fails(Call::notify)) return -1;
     const auto text = [](const char* value) { return value != nullptr ? std::string(value) : std::string(); };
     constexpr int createAndTruncate = 0x300;
     switch (type) {
@@ -143,7 +152,7 @@ inline platform::cabinet::FileHandle NV_CABINET_CALL RecordNotification(
             outcome.events.push_back("copy " + text(notification->psz1) + " " +
                                      std::to_string(notification->cb));
             if (text(notification->psz1).starts_with("skip")) return 0;
-            return set.Open("unpacked/" + text(notification->psz1), createAndTruncate);
+            return set.Open("unpacked/" + text(notification->psz1), createAndTruncate, Call::notify);
         case fdintCLOSE_FILE_INFO:
             outcome.events.push_back("close " + text(notification->psz1) + " date " +
                                      std::to_string(notification->date) + " time " +
@@ -151,7 +160,7 @@ inline platform::cabinet::FileHandle NV_CABINET_CALL RecordNotification(
                                      std::to_string(notification->attribs));
             outcome.files[text(notification->psz1)] =
                 set.Get("unpacked/" + text(notification->psz1)).value_or(Bytes{});
-            return set.Close(notification->hf) == 0;
+            return closed ? 1 : 0;
         case fdintNEXT_CABINET:
             outcome.events.push_back("next " + text(notification->psz1));
             return -1;
@@ -160,21 +169,40 @@ inline platform::cabinet::FileHandle NV_CABINET_CALL RecordNotification(
     }
 }
 
+inline platform::cabinet::HFDI CreateFdi(platform::cabinet::ERF& errors) {
+    return CabinetLibrary::Get().fdiCreate(&MemoryFiles::AllocateCallback, &MemoryFiles::FreeCallback,
+                                           &MemoryFiles::FdiOpen, &MemoryFiles::FdiRead,
+                                           &MemoryFiles::FdiWrite, &MemoryFiles::FdiClose,
+                                           &MemoryFiles::FdiSeek, -1, &errors);
+}
+
 /// Unpacks every file of a cabinet whose name does not begin with "skip".
 inline Outcome Unpack(MemoryFiles& set, const Bytes& cabinet) {
     const CabinetLibrary& library = CabinetLibrary::Get();
     Outcome outcome;
     set.Put(madeCabinet, cabinet);
-    const platform::cabinet::HFDI context =
-        library.fdiCreate(&MemoryFiles::AllocateCallback, &MemoryFiles::FreeCallback, &MemoryFiles::FdiOpen,
-                          &MemoryFiles::FdiRead, &MemoryFiles::FdiWrite, &MemoryFiles::FdiClose,
-                          &MemoryFiles::FdiSeek, -1, &outcome.errors);
+    const platform::cabinet::HFDI context = CreateFdi(outcome.errors);
     if (context == nullptr) return outcome;
     char name[] = "made.cab";
     char path[] = "//folder//";
     outcome.succeeded = library.fdiCopy(context, name, path, 0, &RecordNotification, nullptr, &outcome) != 0;
     library.fdiDestroy(context);
     return outcome;
+}
+
+/// What FDIIsCabinet says of the bytes; nothing when it says that they are no cabinet.
+inline std::optional<platform::cabinet::FDICABINETINFO> Describe(const Bytes& cabinet,
+                                                                 platform::cabinet::ERF& errors) {
+    const CabinetLibrary& library = CabinetLibrary::Get();
+    MemoryFiles set;
+    set.Put(madeCabinet, cabinet);
+    const platform::cabinet::HFDI context = CreateFdi(errors);
+    const platform::cabinet::FileHandle file = set.Open(madeCabinet, 0);
+    platform::cabinet::FDICABINETINFO info{};
+    const bool isCabinet = library.fdiIsCabinet(context, file, &info) != 0;
+    set.Close(file);
+    library.fdiDestroy(context);
+    return isCabinet ? std::optional(info) : std::nullopt;
 }
 
 inline Outcome Unpack(const Bytes& cabinet) {
@@ -213,6 +241,7 @@ struct HandMadeCabinet {
     };
 
     std::uint16_t flags = 0;
+    std::uint16_t index = 0;
     std::uint8_t minorVersion = 3;
     std::uint8_t majorVersion = 1;
     Bytes headerReserve, folderReserve, dataReserve;
@@ -262,7 +291,7 @@ struct HandMadeCabinet {
         Append(bytes, static_cast<std::uint16_t>(files.size()));
         Append(bytes, flags);
         Append(bytes, std::uint16_t{12345});
-        Append(bytes, std::uint16_t{0});
+        Append(bytes, index);
         bytes.insert(bytes.end(), middle.begin(), middle.end());
         bytes.insert(bytes.end(), folderEntries.begin(), folderEntries.end());
         for (const File& file : files) {
@@ -279,6 +308,15 @@ struct HandMadeCabinet {
     }
 };
 
+/// A cabinet with one file, "a", and one block of it for each payload.
+inline HandMadeCabinet OneFile(std::uint16_t compression, std::uint32_t size,
+                               std::vector<HandMadeCabinet::Block> blocks) {
+    HandMadeCabinet cabinet;
+    cabinet.folders = {{compression, std::move(blocks)}};
+    cabinet.files = {{"a", size, 0, 0}};
+    return cabinet;
+}
+
 /// An MSZIP payload that stores its data.
 inline Bytes StoredMszip(const Bytes& data) {
     Bytes payload = {'C', 'K', 1};
@@ -286,6 +324,11 @@ inline Bytes StoredMszip(const Bytes& data) {
     Append(payload, static_cast<std::uint16_t>(~data.size()));
     payload.insert(payload.end(), data.begin(), data.end());
     return payload;
+}
+
+/// An MSZIP payload of one match, 258 bytes at the largest distance, 32768, with fixed codes.
+inline Bytes MatchAtLargestDistance() {
+    return {'C', 'K', 0x1B, 0xBD, 0xFF, 0x1F, 0x00};
 }
 
 /// Bytes without repetitions, the same on every run.

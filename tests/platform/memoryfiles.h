@@ -19,7 +19,8 @@ using Bytes = std::vector<BYTE>;
 /// The callbacks of the library, as far as they can fail.
 enum class Call { none, allocate, open, read, write, close, seek, openInfo, filePlaced, status, notify };
 
-/// FDI's file callbacks receive no user pointer, so one set at a time is current: the one made last.
+/// FDI's file callbacks receive no user pointer, so one set at a time is current: the one made last of those
+/// alive.
 class MemoryFiles {
 public:
     static constexpr int callbackError = 77;
@@ -27,10 +28,10 @@ public:
     static constexpr WORD fileTime = 0x59BA;
     static constexpr WORD fileAttributes = 0x21;
 
-    MemoryFiles() { s_current = this; }
+    MemoryFiles() : m_previous(s_current) { s_current = this; }
     MemoryFiles(const MemoryFiles&) = delete;
     MemoryFiles& operator=(const MemoryFiles&) = delete;
-    ~MemoryFiles() { s_current = nullptr; }
+    ~MemoryFiles() { s_current = m_previous; }
 
     static MemoryFiles& Current() { return *s_current; }
 
@@ -57,10 +58,10 @@ public:
         return true;
     }
 
-    platform::cabinet::FileHandle Open(const std::string& name, int flags) {
+    platform::cabinet::FileHandle Open(const std::string& name, int flags, Call call = Call::open) {
         constexpr int create = 0x100;
         constexpr int truncate = 0x200;
-        if (Fails(Call::open)) return platform::cabinet::invalidFileHandle;
+        if (Fails(call)) return platform::cabinet::invalidFileHandle;
         auto found = m_files.find(name);
         if (found == m_files.end()) {
             if ((flags & create) == 0) return platform::cabinet::invalidFileHandle;
@@ -72,8 +73,8 @@ public:
     }
 
     unsigned Read(platform::cabinet::FileHandle handle, void* bytes, unsigned size) {
-        if (Fails(Call::read)) return failedTransfer;
-        OpenFile& file = m_handles.at(handle);
+        if (Fails(Call::read) || !m_handles.contains(handle)) return failedTransfer;
+        OpenFile& file = m_handles[handle];
         const std::size_t left = file.bytes->size() - std::min(file.position, file.bytes->size());
         const std::size_t count = std::min<std::size_t>(size, left);
         if (count != 0) std::memcpy(bytes, file.bytes->data() + file.position, count);
@@ -82,8 +83,8 @@ public:
     }
 
     unsigned Write(platform::cabinet::FileHandle handle, const void* bytes, unsigned size) {
-        if (Fails(Call::write)) return failedTransfer;
-        OpenFile& file = m_handles.at(handle);
+        if (Fails(Call::write) || !m_handles.contains(handle)) return failedTransfer;
+        OpenFile& file = m_handles[handle];
         if (file.bytes->size() < file.position + size) file.bytes->resize(file.position + size);
         if (size != 0) std::memcpy(file.bytes->data() + file.position, bytes, size);
         file.position += size;
@@ -92,13 +93,13 @@ public:
 
     /// A close that fails has closed the file all the same.
     int Close(platform::cabinet::FileHandle handle) {
-        m_handles.erase(handle);
-        return Fails(Call::close) ? -1 : 0;
+        const bool wasOpen = m_handles.erase(handle) != 0;
+        return Fails(Call::close) || !wasOpen ? -1 : 0;
     }
 
     LONG Seek(platform::cabinet::FileHandle handle, LONG distance, int origin) {
-        if (Fails(Call::seek)) return -1;
-        OpenFile& file = m_handles.at(handle);
+        if (Fails(Call::seek) || !m_handles.contains(handle)) return -1;
+        OpenFile& file = m_handles[handle];
         const auto position = static_cast<LONG>(file.position);
         const auto size = static_cast<LONG>(file.bytes->size());
         const LONG target = distance + (origin == SEEK_SET ? 0 : origin == SEEK_CUR ? position : size);
@@ -150,8 +151,7 @@ public:
         *date = fileDate;
         *time = fileTime;
         *attributes = fileAttributes;
-        if (Current().Fails(Call::openInfo)) return Reported(platform::cabinet::invalidFileHandle, error);
-        return Reported(Current().Open(name, 0), error);
+        return Reported(Current().Open(name, 0, Call::openInfo), error);
     }
 
     static platform::cabinet::FileHandle NV_CABINET_CALL FdiOpen(char* name, int flags, int) {
@@ -188,6 +188,7 @@ private:
 
     static inline MemoryFiles* s_current = nullptr;
 
+    MemoryFiles* m_previous;
     std::map<std::string, std::shared_ptr<Bytes>> m_files;
     std::map<platform::cabinet::FileHandle, OpenFile> m_handles;
     platform::cabinet::FileHandle m_lastHandle = 0;

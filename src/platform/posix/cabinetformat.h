@@ -58,7 +58,7 @@ struct Header {
     std::uint16_t fileCount;        // 28
     std::uint16_t flags;            // 30
     std::uint16_t setId;            // 32
-    std::uint16_t cabinetIndex;     // 34, counted from 0
+    std::uint16_t cabinetIndex;     // 34
 };
 
 struct ReserveSizes {

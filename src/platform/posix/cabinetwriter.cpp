@@ -15,7 +15,6 @@ namespace platform::cabinet {
 namespace {
 
 constexpr FailureCodes fciCodes{FCIERR_ALLOC_FAIL, FCIERR_MCI_FAIL};
-constexpr WORD compressionTypeMask = 0x0F;
 
 // As the C library of the platform defines them: read and write, create, truncate, binary; for owner read,
 // write.
@@ -182,7 +181,7 @@ void CabinetWriter::ReportStatus(FciStatusFunction status, unsigned type, std::s
 
 void CabinetWriter::AddFile(char* sourceFile, const char* name, bool execute,
                             FciGetOpenInfoFunction getOpenInfo, FciStatusFunction status, WORD compression) {
-    const WORD method = compression & compressionTypeMask;
+    const WORD method = compression & compressionMethodMask;
     if (method != tcompTYPE_NONE && method != tcompTYPE_MSZIP) throw Failure{FCIERR_BAD_COMPR_TYPE};
     if (method != m_folder.compression) FlushFolder(status);
     m_folder.compression = method;
@@ -201,8 +200,9 @@ void CabinetWriter::AddFile(char* sourceFile, const char* name, bool execute,
 
     m_files.push_back(file);
     CheckCabinetSize();
-    if (m_parameters.cbFolderThresh != 0 && m_folderDataSize >= m_parameters.cbFolderThresh)
-        FlushFolder(status);
+    const bool folderIsFull =
+        m_parameters.cbFolderThresh != 0 && m_folderDataSize >= m_parameters.cbFolderThresh;
+    if (folderIsFull) FlushFolder(status);
 }
 
 CabinetWriter::File CabinetWriter::BeginFile(const char* name, bool execute) const {
@@ -257,6 +257,8 @@ std::size_t CabinetWriter::EncodeBlock(BYTE* payload) {
 
 void CabinetWriter::FlushFolder(FciStatusFunction status) {
     if (m_firstFileOfFolder == m_files.size()) return;
+    if (m_folders.size() == continuedFromPrevious)
+        throw Failure{FCIERR_CAB_FILE};  // No folder number is left.
     if (m_blockFill != 0) AppendBlock(status);
     m_folder.dataOffset = static_cast<std::uint32_t>(m_data.size() - m_folderDataSize);
     m_folders.push_back(m_folder);
@@ -304,7 +306,7 @@ CabinetWriter::Bytes CabinetWriter::EncodeTables() {
     header.fileCount = static_cast<std::uint16_t>(m_files.size());
     header.flags = HasReservedAreas() ? hasReservedAreas : 0;
     header.setId = m_parameters.setID;
-    header.cabinetIndex = static_cast<std::uint16_t>(m_parameters.iCab - 1);
+    header.cabinetIndex = static_cast<std::uint16_t>(m_parameters.iCab);
 
     Bytes tables(CabinetSize() - m_data.size(), BYTE{0}, CallerAllocator<BYTE>(m_memory));
     Encode(header, tables.data());

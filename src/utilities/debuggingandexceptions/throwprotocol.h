@@ -8,6 +8,7 @@
 
 #include "utilities/debuggingandexceptions/exceptions.h"
 #include "utilities/utilitiesdll/cxstring.h"
+#include "utilities/utilitiesdll/formattext.h"
 
 /// Throws an exception of the family.
 ///
@@ -45,14 +46,6 @@ constexpr std::string_view SourceFile(std::string_view path) {
 
 /// Formats a site's message with the bounded formatter; a fault while formatting gives the empty text.
 NVUTIL_API CXString SafeFormat(const WChar* format, ...);
-
-inline const WChar* FormatArgument(const CXString& text) {
-    return text;
-}
-template <class T>
-T FormatArgument(T argument) {
-    return argument;
-}
 
 inline Message FormatMessageOfSite() {
     return {};

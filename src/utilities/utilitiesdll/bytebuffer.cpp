@@ -17,9 +17,9 @@ namespace {
 /// Appends an integer, least significant byte first.
 template <class Integer>
 ByteBuffer& AppendInteger(ByteBuffer& buffer, Integer value) {
-    BYTE bytes[sizeof(Integer)];
-    std::memcpy(bytes, &value, sizeof(value));
-    buffer.insert(buffer.end(), bytes, bytes + sizeof(bytes));
+    const std::size_t end = buffer.size();
+    buffer.resize(end + sizeof(value));
+    std::memcpy(buffer.data() + end, &value, sizeof(value));
     return buffer;
 }
 
@@ -123,10 +123,7 @@ ByteBuffer ByteBuffer::createFromHexBinaryString(const CXString& text) {
 }
 
 ByteBuffer& ByteBuffer::append(const ByteBuffer& bytes) {
-    if (&bytes == this) {
-        const ByteBuffer copy(bytes);
-        return append(copy);
-    }
+    if (&bytes == this) return append(ByteBuffer(bytes));
     insert(end(), bytes.begin(), bytes.end());
     return *this;
 }

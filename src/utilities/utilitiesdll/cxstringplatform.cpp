@@ -1,6 +1,5 @@
 // CXString: what throws, or stands on more than the platform's text services.
 #include <cstdarg>
-#include <new>
 
 #include "platform/messageformat.h"
 #include "platform/windowtext.h"
@@ -36,13 +35,5 @@ void CXString::SetWindowTextW(HWND window) const {
 }
 
 void CXString::ThrowOutOfMemory() {
-    // The exception holds strings, whose buffers may not be had either.
-    thread_local bool isThrowing = false;
-    if (isThrowing) throw std::bad_alloc();
-
-    struct Throwing {
-        Throwing() { isThrowing = true; }
-        ~Throwing() { isThrowing = false; }
-    } throwing;
     NV_THROW(ExceptionOutOfMemory, "CXString::AllocBuffer", __LINE__);
 }

@@ -15,7 +15,7 @@ struct Resource {
 
 constexpr auto resources = std::to_array<Resource>({
     {decimalSeparator, NV_TEXT(".")},
-    {thousandsSeparator, NV_TEXT(",-")},
+    {thousandsSeparator, NV_TEXT(",")},
     {failureTitle, NV_TEXT("Printer Driver")},
     {operationFailed, NV_TEXT("The printer driver could not complete the operation.")},
     {libraryFailureAdvice,

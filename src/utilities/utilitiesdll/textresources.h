@@ -9,8 +9,9 @@ namespace textresources {
 
 /// Identifiers of the texts.
 enum Id : unsigned {
-    decimalSeparator = 34606,    ///< Between the integer part and the fraction of a number.
-    thousandsSeparator = 34607,  ///< Between groups of three digits; a second character is the minus sign.
+    decimalSeparator = 34606,  ///< Between the integer part and the fraction of a number.
+    thousandsSeparator =
+        34607,  ///< Between groups of three digits; a second character is the minus sign, "-" else.
 
     failureTitle = 35003,          ///< Title of every message about a failure.
     operationFailed = 35004,       ///< A failure, said first.

@@ -78,7 +78,7 @@ TEST(AttributeBytesId, CutShortIsRefused) {
 }
 
 TEST(AttributeBytesId, OfAnUnknownKindIsRefusedByTheFactory) {
-    for (const BYTE kind : {0x00, 0x01, 0x0A, 0xFF}) {
+    for (const BYTE kind : Bytes("00 01 0A FF")) {
         const ByteBuffer bytes(5, kind);
         ByteWalk walk(bytes);
         try {

@@ -221,7 +221,7 @@ TEST(AttributeBytesIndexedList, ImportsALongListInTheWorstOrderQuickly) {
 /// A list with one attribute of each kind, specified under its kind's number and unspecified 100 above.
 AttributeBytesIndexedList ListOfAllKinds() {
     AttributeBytesRawList paper;
-    const auto tenthsOfMillimetres = Dimension::UnitsEnum(6);
+    const auto tenthsOfMillimetres = Dimension::TenthsOfMillimetres;
     paper.AddAttributeBytes(
         AttributeBytes(Feature(172), AttributeBytesDimensionValue({2159.0, tenthsOfMillimetres})));
     paper.AddAttributeBytes(
@@ -238,7 +238,7 @@ AttributeBytesIndexedList ListOfAllKinds() {
     add(Integer(300));
     add(AttributeBytesStringValue(NV_TEXT("text")));
     add(AttributeBytesBooleanValue(true));
-    add(AttributeBytesDimensionValue({210.0, Dimension::UnitsEnum(5)}));
+    add(AttributeBytesDimensionValue({210.0, Dimension::Millimetres}));
     add(AttributeBytesDataBlobValue(Bytes("0A")));
     add(AttributeBytesListValue(0, paper));
     add(AttributeBytesDateTimeValue(UtcTime(7)));
@@ -262,7 +262,7 @@ TEST(AttributeBytesIndexedList, ReadsEveryKindOnlyWhenPresentAndSpecified) {
                     return list.GetBooleanValue(id, &flag) ? "true" : "false";
                 case AttributeBytesValue::ABVTE_DIMENSION:
                     return std::to_string(list.GetDimensionValue(id, &flag)
-                                              .GetValue(Dimension::UnitsEnum(5))
+                                              .GetValue(Dimension::Millimetres)
                                               .GetIntValue(0.499999));
                 case AttributeBytesValue::ABVTE_DATABLOB: {
                     ByteBuffer out = Bytes("EE");
@@ -335,11 +335,11 @@ TEST(AttributeBytesIndexedList, ReadsCollections) {
     bool flag = false;
     list.GetPaperSizeValues(paper, width, height, &flag);
     EXPECT_TRUE(flag);
-    EXPECT_TRUE(width == Dimension(215.9, Dimension::UnitsEnum(5)));
-    EXPECT_TRUE(height == Dimension(11, Dimension::UnitsEnum(0)));
+    EXPECT_TRUE(width == Dimension(215.9, Dimension::Millimetres));
+    EXPECT_TRUE(height == Dimension(11, Dimension::Inches));
     list.GetPaperSizeValues(Feature(111), width, height, &flag);
     EXPECT_FALSE(flag);
-    EXPECT_TRUE(height == Dimension(11, Dimension::UnitsEnum(0)));
+    EXPECT_TRUE(height == Dimension(11, Dimension::Inches));
 }
 
 /// A reader over a list that the test changes.
@@ -372,7 +372,7 @@ TEST(AttributeBytesReader, AnswersFromTheListOfTheMoment) {
     Dimension width;
     Dimension height;
     reader.GetPaperSizesFromAttributeBytes(Feature(11), width, height);
-    EXPECT_TRUE(height == Dimension(11, Dimension::UnitsEnum(0)));
+    EXPECT_TRUE(height == Dimension(11, Dimension::Inches));
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ namespace {
 
 using ValuePtr = std::unique_ptr<AttributeBytesValue>;
 
-constexpr auto millimetres = Dimension::UnitsEnum(5);
+constexpr auto millimetres = Dimension::Millimetres;
 
 AttributeBytesRawList ListOfOne() {
     AttributeBytesRawList list;
@@ -80,7 +80,8 @@ TEST(AttributeBytesValue, OfEveryKindIsWrittenReadAndShown) {
         EXPECT_EQ(Hex(read->Clone()->GetTypeAndValueState()), c.bytes);
         const std::string flag = c.value->IsSpecified() ? " value <specified>: " : " value <unspecified>: ";
         const std::string head = Narrow(c.value->GetTypeDebugDisplayString()) + flag;
-        if (c.display != nullptr) EXPECT_EQ(Narrow(c.value->GetDumpDisplayString()), head + c.display);
+        if (c.display == nullptr) continue;
+        EXPECT_EQ(Narrow(c.value->GetDumpDisplayString()), head + c.display);
     }
 }
 
@@ -136,7 +137,7 @@ TEST(AttributeBytesValue, OrdersByKindThenPayload) {
         AttributeBytesRangeOfDimensionValue(Dimension(1, millimetres), Dimension(9, millimetres)).Clone(),
         AttributeBytesRangeOfDimensionValue(Dimension(1, millimetres), Dimension(10, millimetres)).Clone(),
         AttributeBytesDimensionValue(Dimension(1, millimetres)).Clone(),
-        AttributeBytesDimensionValue(Dimension(1, Dimension::UnitsEnum(0))).Clone(),
+        AttributeBytesDimensionValue(Dimension(1, Dimension::Inches)).Clone(),
         AttributeBytesResolutionValue(1200, 300, 1).Clone(),
         AttributeBytesResolutionValue(300, 600, 1).Clone(),
         AttributeBytesDataBlobValue(Bytes("7F")).Clone(),
