@@ -12,9 +12,8 @@ namespace {
 
 // Deflate data of one block each.
 constexpr char zeros32768[] =
-    "ED C1 01 01 00 00 00 80 90 FE AF EE 08 0A 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-    "00 "
-    "00 00 00 00 00 00 00 00 00 18 46";
+    "ED C1 01 01 00 00 00 80 90 FE AF EE 08 0A 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+    "00 00 00 00 00 00 00 00 00 00 00 00 00 18";
 constexpr char letterA[] = "73 04 00";
 
 struct Block {
