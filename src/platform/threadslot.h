@@ -11,10 +11,10 @@ inline constexpr ThreadSlot invalidThreadSlot = 0xFFFFFFFF;
 
 /// Allocates a slot that holds a null pointer for every thread.
 ///
-/// @param atThreadExit  called at the end of each thread whose slot is not null, where the platform tells of
-///                      thread ends by the slot; where the library entry is told instead, it is ignored
+/// @param atThreadExit  called at the end of each thread whose slot is not null, with the pointer that the
+///                      slot held and no longer holds; ignored where the library entry is told of thread ends
 /// @return the slot, or invalidThreadSlot when none is left
-ThreadSlot AllocateThreadSlot(void (*atThreadExit)());
+ThreadSlot AllocateThreadSlot(void (*atThreadExit)(void* pointer));
 
 /// Frees a slot; no thread's pointer is followed.
 void FreeThreadSlot(ThreadSlot slot);
@@ -23,6 +23,7 @@ void FreeThreadSlot(ThreadSlot slot);
 void* GetThreadSlot(ThreadSlot slot);
 
 /// Sets the calling thread's pointer in the slot.
-void SetThreadSlot(ThreadSlot slot, void* pointer);
+/// @return whether there was memory to do so
+bool SetThreadSlot(ThreadSlot slot, void* pointer);
 
 }  // namespace platform

@@ -3,6 +3,7 @@
 
 #include <cstdarg>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "platform/types.h"
@@ -12,10 +13,14 @@
 /// Copies share one buffer until one of them is modified. The count of sharers is a plain integer: strings
 /// that share a buffer may be used by several threads only while no thread modifies any of them.
 ///
-/// Every member that takes a wide pointer accepts null as the empty string. Members that grow the buffer
-/// throw `ExceptionOutOfMemory` when the memory cannot be had. Positions and lengths count code units.
+/// Every member that takes a wide pointer accepts null as the empty string, and a pointer into the string
+/// that it modifies. Members that grow the buffer throw `ExceptionOutOfMemory` when the memory cannot be had
+/// or the text would be longer than `maxLength`. Positions and lengths count code units.
 class NVUTIL_API CXString {
 public:
+    /// The longest text that a string holds; two lengths can be added without overflow.
+    static constexpr int maxLength = 0x3FFFFFFF;
+
     /// The empty string.
     CXString() noexcept;
     CXString(const CXString& other);
@@ -43,10 +48,12 @@ public:
     CXString& operator+=(const WChar* text);
     CXString& operator+=(WChar character);
 
-    /// The code unit at a position, which must not be negative or beyond the terminator.
-    WChar operator[](int index) const { return m_characters[index]; }
+    /// The code unit at a position; 0 at the terminator and anywhere outside of the text.
+    WChar operator[](int index) const {
+        return index >= 0 && index < GetLength() ? m_characters[index] : WChar{0};
+    }
     /// Same as operator[].
-    WChar GetAt(int index) const { return m_characters[index]; }
+    WChar GetAt(int index) const { return (*this)[index]; }
     /// Replaces the code unit at a position below the length; any other position is ignored.
     void SetAt(int index, WChar character);
 
@@ -60,7 +67,8 @@ public:
 
     /// What lies in front of the characters.
     struct Data {
-        std::int32_t refs;         ///< String objects that share the buffer; negative while it is locked.
+        std::int32_t refs;  ///< String objects that share the buffer; negative when it is not to be counted:
+                            ///< while it is locked, and always for the one buffer of all empty strings.
         std::int32_t length;       ///< Code units in use, without the terminator.
         std::int32_t allocLength;  ///< Code units available, without the terminator.
     };
@@ -72,6 +80,7 @@ public:
     /// Ordinal comparison of all code units, embedded zeros included.
     int Compare(const CXString& text) const;
     /// Comparison without regard to case, by the C library's wide rule.
+    /// Case means the letters of ASCII unless the program has chosen another locale for its C library.
     int CompareNoCase(const WChar* text) const;
     /// Same as Compare.
     int compare(const WChar* text) const { return Compare(text); }
@@ -96,7 +105,7 @@ public:
     int Replace(const WChar* oldText, const WChar* newText);
     /// Removes every occurrence of a character; returns how many there were.
     int Remove(WChar character);
-    /// Inserts before a position, cut to the length of the string; returns the new length.
+    /// Inserts before a position, which is cut to the range from 0 to the length; returns the new length.
     int Insert(int index, WChar character);
     int Insert(int index, const WChar* text);
     /// Deletes `count` code units from a position, as far as there are any; returns the new length.
@@ -108,13 +117,18 @@ public:
     /// Position of the last occurrence, or -1.
     int ReverseFind(WChar character) const;
 
-    /// Replaces the text by the formatted one. Arguments may point into this string itself.
+    /// Replaces the text by the formatted one. The format and its arguments may point into this string
+    /// itself.
     ///
     /// Conversions have the Windows C library's sizes on every platform: `%ld` takes a LONG, `%I64d` 64 bits,
-    /// `%s` a wide string, `%S` and `%hs` an 8-bit string. A null string prints as "(null)".
+    /// `%s` a wide string, `%S` and `%hs` an 8-bit string. A null string prints as "(null)". `%n` stores
+    /// nothing. A zero code unit that an argument puts in ends the text.
+    /// @throws ExceptionOutOfMemory when the text could be longer than 0x0FFFFFFF code units
     void Format(const WChar* format, ...);
     void FormatV(const WChar* format, va_list arguments);
-    /// Replaces the text by the platform's message for a text with numbered inserts ("%1!s!").
+    /// Replaces the text by the platform's message for a text with numbered inserts: "%1" to "%99" stand for
+    /// the arguments, wide strings unless a conversion follows ("%2!d!"); "%n" is a line end, "%0" ends the
+    /// message without one.
     /// @throws ExceptionOperatingSystemFailure when the platform's formatter fails
     void FormatMessageW(const WChar* format, ...);
 
@@ -138,9 +152,10 @@ public:
     /// A private buffer of at least `minimumLength` code units and a terminator, to be written to directly;
     /// call ReleaseBuffer afterwards.
     WChar* GetBuffer(int minimumLength);
-    /// A private buffer with its length already set.
+    /// A private buffer with its length already set; what lies beyond the former text is indeterminate.
     WChar* GetBufferSetLength(int length);
-    /// Sets the length after writing to the buffer; -1 takes it from the first zero unit.
+    /// Sets the length after writing to the buffer, up to what it has room for; -1 (or any negative number)
+    /// takes it from the first zero unit.
     void ReleaseBuffer(int length = -1);
     /// Gives back what the buffer has beyond the length.
     void FreeExtra();
@@ -154,7 +169,8 @@ public:
     ///
     /// @param buffer  receives the bytes; null with a size of 0 asks for the size needed
     /// @param size    bytes available
-    /// @return the number of bytes, terminator included; 0 when the buffer is too small or nothing can be done
+    /// @return the number of bytes, terminator included; 0 when the buffer is too small or nothing can be
+    /// done
     int GetAsMultiByte(char* buffer, int size) const;
     /// The string in the ANSI code page, terminator included, in exactly the size needed.
     std::vector<char> GetAsMultiByte() const;
@@ -163,7 +179,9 @@ public:
     bool IsBlank() const;
     /// Whether every code unit lies in "0" to "9"; false for the empty string.
     bool IsContainNumericCharsOnly() const;
-    /// Splits at every occurrence of the separator; empty pieces, the last one included, are kept.
+    /// Splits at every occurrence of the separator; empty pieces, the last one included, are kept. A piece
+    /// ends at a zero unit in it.
+    ///
     /// Writes to the shared buffer while it runs and restores it: no copy may be read by another thread.
     std::vector<CXString> Tokenize(WChar separator) const;
 
@@ -180,9 +198,13 @@ private:
     void ConcatCopy(int firstLength, const WChar* first, int secondLength, const WChar* second);
     void ConcatInPlace(int length, const WChar* text);
     void CopyBeforeWrite();
+    void Reallocate(int allocLength);
+    void SetLength(int length);
+    void Swap(CXString& other) noexcept;
     void Release();
     static void Release(Data* data);
     static void FreeData(Data* data);
+    bool IsWritable() const;
     [[noreturn]] static void ThrowOutOfMemory();
 
     friend NVUTIL_API CXString operator+(const CXString& left, const CXString& right);
@@ -194,9 +216,24 @@ private:
     WChar* m_characters;  ///< The code units; a Data lies directly in front of them.
 };
 
-inline bool operator==(const CXString& left, const CXString& right) { return left.Compare(right) == 0; }
-inline bool operator==(const CXString& left, const WChar* right) { return left.Compare(right) == 0; }
-inline bool operator<(const CXString& left, const CXString& right) { return left.Compare(right) < 0; }
-inline bool operator>(const CXString& left, const CXString& right) { return left.Compare(right) > 0; }
-inline bool operator<=(const CXString& left, const CXString& right) { return left.Compare(right) <= 0; }
-inline bool operator>=(const CXString& left, const CXString& right) { return left.Compare(right) >= 0; }
+inline bool operator==(const CXString& left, const CXString& right) {
+    const int length = left.GetLength();
+    return length == right.GetLength() &&
+           std::memcmp(static_cast<const WChar*>(left), static_cast<const WChar*>(right),
+                       static_cast<std::size_t>(length) * sizeof(WChar)) == 0;
+}
+inline bool operator==(const CXString& left, const WChar* right) {
+    return left.Compare(right) == 0;
+}
+inline bool operator<(const CXString& left, const CXString& right) {
+    return left.Compare(right) < 0;
+}
+inline bool operator>(const CXString& left, const CXString& right) {
+    return left.Compare(right) > 0;
+}
+inline bool operator<=(const CXString& left, const CXString& right) {
+    return left.Compare(right) <= 0;
+}
+inline bool operator>=(const CXString& left, const CXString& right) {
+    return left.Compare(right) >= 0;
+}

@@ -1,0 +1,37 @@
+// The syntax of one conversion of a format text, "%-08.3I64x".
+#pragma once
+
+#include "platform/types.h"
+
+namespace platform {
+
+/// One conversion, as it is written; widths and precisions that come from arguments are not fetched.
+struct FormatConversion {
+    enum class Size { Default, Short, Long, Bits64 };
+
+    bool leftAligned = false;    ///< Flag "-".
+    bool plusSign = false;       ///< Flag "+".
+    bool blankSign = false;      ///< Flag " ".
+    bool zeroPadded = false;     ///< Flag "0".
+    bool alternateForm = false;  ///< Flag "#".
+
+    bool widthIsArgument = false;      ///< "*": the width is the next argument, an int.
+    bool precisionIsArgument = false;  ///< ".*"
+    int width = 0;
+    int precision = -1;  ///< Negative when there is none.
+
+    Size size = Size::Default;  ///< Default is 32 bits, and so is Long.
+    WChar type = 0;             ///< The letter that ends the conversion; 0 where the text ends before it.
+
+    /// Takes a width that was an argument: a negative one means left alignment.
+    void SetWidth(int argument);
+
+    /// Whether the conversion takes or prints 8-bit text, for the types "c", "C", "s" and "S".
+    bool IsNarrowText() const;
+};
+
+/// Reads one conversion.
+/// @param cursor  behind the percent sign; afterwards behind the letter that ends the conversion
+FormatConversion ReadFormatConversion(const WChar*& cursor);
+
+}  // namespace platform

@@ -1,0 +1,92 @@
+// AttributeBytes: one attribute, an identifier with its value.
+#include "utilities/attributebytes/attributebytes.h"
+
+#include <utility>
+
+#include "utilities/utilitiesdll/formattext.h"
+
+AttributeBytes::AttributeBytes(const ByteBuffer& state) {
+    ImportAttributeBytesState(state);
+}
+
+AttributeBytes::AttributeBytes(std::unique_ptr<AttributeBytesId> id,
+                               std::unique_ptr<AttributeBytesValue> value)
+    : m_id(std::move(id)), m_value(std::move(value)) {}
+
+AttributeBytes::AttributeBytes(std::unique_ptr<AttributeBytesId> id, const AttributeBytesValue& value)
+    : m_id(std::move(id)), m_value(value.Clone()) {}
+
+AttributeBytes::AttributeBytes(const AttributeBytesId& id, const AttributeBytesValue& value)
+    : m_id(id.Clone()), m_value(value.Clone()) {}
+
+AttributeBytes::AttributeBytes(const AttributeBytes& other) : AttributeBytes(*other.m_id, *other.m_value) {}
+
+AttributeBytes::AttributeBytes(AttributeBytes&& other) noexcept = default;
+
+AttributeBytes& AttributeBytes::operator=(const AttributeBytes& other) {
+    return *this = AttributeBytes(other);
+}
+
+AttributeBytes& AttributeBytes::operator=(AttributeBytes&& other) noexcept = default;
+
+AttributeBytes::~AttributeBytes() = default;
+
+void AttributeBytes::SetAttributeBytesId(std::unique_ptr<AttributeBytesId> id) {
+    m_id = std::move(id);
+}
+
+void AttributeBytes::SetAttributeBytesId(const AttributeBytesId& id) {
+    m_id = id.Clone();
+}
+
+void AttributeBytes::SetAttributeBytesValue(std::unique_ptr<AttributeBytesValue> value) {
+    m_value = std::move(value);
+}
+
+void AttributeBytes::SetAttributeBytesValue(const AttributeBytesValue& value) {
+    m_value = value.Clone();
+}
+
+ByteBuffer AttributeBytes::GetAttributeBytesState() const {
+    ByteBuffer state;
+    AppendAttributeBytesState(state);
+    return state;
+}
+
+void AttributeBytes::GetAttributeBytesState(ByteBuffer& out) const {
+    out = GetAttributeBytesState();
+}
+
+void AttributeBytes::AppendAttributeBytesState(ByteBuffer& out) const {
+    m_id->AppendTypeAndIdentifierState(out);
+    m_value->AppendTypeAndValueState(out);
+}
+
+void AttributeBytes::ImportAttributeBytesState(const ByteBuffer& state) {
+    ByteWalk walk(state);
+    m_id = AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(walk.cursor, walk.remaining);
+    m_value = AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(walk.cursor, walk.remaining);
+}
+
+SharedPtr<AttributeBytes> AttributeBytes::WalkBufferToCreateAttributeBytes(BYTE*& cursor,
+                                                                           unsigned& remaining) {
+    auto id = AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(cursor, remaining);
+    auto value = AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(cursor, remaining);
+    auto record = std::make_unique<AttributeBytes>(std::move(id), std::move(value));
+    SharedPtr<AttributeBytes> shared(record.get(), true);
+    record.release();
+    return shared;
+}
+
+bool AttributeBytes::operator==(const AttributeBytes& other) const {
+    return m_id->IsEqual(*other.m_id) && m_value->IsEqual(*other.m_value);
+}
+
+bool AttributeBytes::operator<(const AttributeBytes& other) const {
+    return m_id->LessThan(*other.m_id);
+}
+
+CXString AttributeBytes::GetDumpDisplayString(bool ignored) const {
+    return FormatText(NV_TEXT("ID=%s value=%s"), m_id->GetDumpDisplayString(ignored),
+                      m_value->GetDumpDisplayString(ignored));
+}

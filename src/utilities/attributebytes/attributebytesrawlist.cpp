@@ -1,0 +1,112 @@
+// AttributeBytesRawList: attributes kept as the bytes of their records, parsed only when iterated.
+#include "utilities/attributebytes/attributebytesrawlist.h"
+
+#include "utilities/attributebytes/attributebytes.h"
+#include "utilities/attributebytes/attributebytesindexedlist.h"
+#include "utilities/attributebytes/statemark.h"
+#include "utilities/debuggingandexceptions/throwprotocol.h"
+
+namespace {
+
+constexpr StateMark mark("ABRL");
+
+}  // namespace
+
+AttributeBytesRawList::AttributeBytesRawList(const ByteBuffer& state) {
+    ImportAttributeBytesRawListState(state);
+}
+
+ByteBuffer AttributeBytesRawList::GetAttributeBytesRawListState() const {
+    ByteBuffer state;
+    AppendAttributeBytesRawListState(state);
+    return state;
+}
+
+void AttributeBytesRawList::AppendAttributeBytesRawListState(ByteBuffer& out) const {
+    mark.AppendTo(out);
+    out.append(m_records);
+}
+
+unsigned AttributeBytesRawList::GetAttributeBytesRawListStateSize() const {
+    return StateMark::size + m_count;
+}
+
+void AttributeBytesRawList::ImportAttributeBytesRawListState(const ByteBuffer& state) {
+    ImportAttributeBytesRawListState(state.getLpbyte(), state.getDword());
+}
+
+void AttributeBytesRawList::ImportAttributeBytesRawListState(const BYTE* state, unsigned length) {
+    if (!mark.Begins(state, length)) {
+        NV_THROW(ExceptionMissingOrBadAttributeBytesFormat,
+                 "AttributeBytesRawList::ImportAttributeBytesRawListState", 330);
+    }
+    m_count = length - StateMark::size;
+    m_records.setWithLpbyte(state + StateMark::size, m_count);
+}
+
+void AttributeBytesRawList::ImportFromIndexedList(const AttributeBytesIndexedList& list) {
+    DeleteAllAttributeBytes();
+    for (auto iterator = list.GetIndexedListIterator(); list.IsValidIndexedListIterator(iterator);
+         list.IncrementIndexedListIterator(iterator)) {
+        AddAttributeBytes(list.GetAttributeBytesRefFromIndexedListIterator(iterator));
+    }
+}
+
+bool AttributeBytesRawList::LengthIsExactlyOne() const {
+    if (IsEmpty()) return false;
+    auto iterator = GetRawListIterator();
+    WalkRecord(iterator);
+    return !IsValidRawListIterator(iterator);
+}
+
+std::unique_ptr<AttributeBytesListIterator> AttributeBytesRawList::GetIterator() const {
+    return std::make_unique<AttributeBytesRawListIterator>();
+}
+
+bool AttributeBytesRawList::IsValid(const AttributeBytesListIterator& iterator) const {
+    return IsValidRawListIterator(AsOwnIterator<AttributeBytesRawListIterator>(iterator));
+}
+
+AttributeBytes AttributeBytesRawList::GetNextAttributeBytes(AttributeBytesListIterator& iterator) const {
+    auto& position = AsOwnIterator<AttributeBytesRawListIterator>(iterator);
+    if (!IsValidRawListIterator(position)) {
+        NV_THROW(ExceptionIndexOutOfBounds, "AttributeBytesRawList::GetNextAttributeBytes", 164);
+    }
+    return *WalkRecord(position);
+}
+
+SharedPtr<AttributeBytes> AttributeBytesRawList::GetNextAttributeBytesSharedPtr(
+    AttributeBytesListIterator& iterator) const {
+    return GetNextAttributeBytesFromRawListIterator(AsOwnIterator<AttributeBytesRawListIterator>(iterator));
+}
+
+SharedPtr<AttributeBytes> AttributeBytesRawList::GetNextAttributeBytesFromRawListIterator(
+    AttributeBytesRawListIterator& iterator) const {
+    if (!IsValidRawListIterator(iterator)) {
+        NV_THROW(ExceptionIndexOutOfBounds, "AttributeBytesRawList::GetNextAttributeBytesFromRawListIterator",
+                 256);
+    }
+    return WalkRecord(iterator);
+}
+
+SharedPtr<AttributeBytes> AttributeBytesRawList::WalkRecord(AttributeBytesRawListIterator& iterator) const {
+    ByteWalk walk(m_records.data() + iterator.m_position, m_count - iterator.m_position);
+    auto record = AttributeBytes::WalkBufferToCreateAttributeBytes(walk.cursor, walk.remaining);
+    // Taken from what remains: a list value does not move the cursor past its bytes.
+    iterator.m_position = m_count - walk.remaining;
+    return record;
+}
+
+void AttributeBytesRawList::AddAttributeBytes(const SharedPtr<AttributeBytes>& attribute) {
+    AddAttributeBytes(*attribute);
+}
+
+void AttributeBytesRawList::AddAttributeBytes(const AttributeBytes& attribute) {
+    attribute.AppendAttributeBytesState(m_records);
+    m_count = m_records.getDword();
+}
+
+void AttributeBytesRawList::DeleteAllAttributeBytes() {
+    m_records.clear();
+    m_count = 0;
+}

@@ -1,0 +1,389 @@
+// Attribute values: their bytes, their order and their displays.
+#include "utilities/attributebytes/attributebytesvalue.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "utilities/attributebytes/attributebytesvaluefactory.h"
+#include "utilities/debuggingandexceptions/throwprotocol.h"
+#include "utilities/utilitiesdll/formattext.h"
+
+namespace {
+
+// The names of the kinds, from ABVTE_UNSPECIFIED on.
+constexpr const WChar* kindNames[] = {
+    NV_TEXT("ABVTE_UNSPECIFIED"),      NV_TEXT("ABVTE_OPTION"),    NV_TEXT("ABVTE_INTEGER"),
+    NV_TEXT("ABVTE_STRING"),           NV_TEXT("ABVTE_BOOLEAN"),   NV_TEXT("ABVTE_RANGE"),
+    NV_TEXT("ABVTE_RANGEOFDIMENSION"), NV_TEXT("ABVTE_DIMENSION"), NV_TEXT("ABVTE_RESOLUTION"),
+    NV_TEXT("ABVTE_DATABLOB"),         NV_TEXT("ABVTE_LIST"),      NV_TEXT("ABVTE_DATETIME"),
+};
+
+// Dimensions are stored as whole numbers of this unit; halves are rounded away from zero.
+constexpr auto storedUnits = Dimension::ThousandthsOfMillimetres;
+constexpr double storedThreshold = 0.499999;
+
+void AppendDimension(ByteBuffer& out, const Dimension& dimension) {
+    out.appendIntValue(dimension.GetValue(storedUnits).GetIntValue(storedThreshold));
+}
+
+Dimension WalkBufferToGetDimension(BYTE*& cursor, unsigned& remaining) {
+    return {Number(ByteBuffer::WalkBufferToGetLong(cursor, remaining)), storedUnits};
+}
+
+}  // namespace
+
+AttributeBytesValue::~AttributeBytesValue() = default;
+
+bool AttributeBytesValue::IsList() const {
+    return false;
+}
+
+void AttributeBytesValue::Dump(bool /*ignored*/) const {}
+
+ByteBuffer AttributeBytesValue::GetTypeAndValueState() const {
+    ByteBuffer state;
+    AppendTypeAndValueState(state);
+    return state;
+}
+
+void AttributeBytesValue::GetTypeAndValueState(ByteBuffer& out) const {
+    out = GetTypeAndValueState();
+}
+
+unsigned AttributeBytesValue::GetTypeAndValueState(BYTE* buffer, unsigned size) const {
+    const ByteBuffer state = GetTypeAndValueState();
+    if (size < state.size()) {
+        NV_THROW(ExceptionNotEnoughBytesForDesiredDataType, "AttributeBytesValue::GetTypeAndValueState",
+                 __LINE__);
+    }
+    std::copy(state.begin(), state.end(), buffer);
+    return state.getDword();
+}
+
+void AttributeBytesValue::AppendTypeAndValueState(ByteBuffer& out) const {
+    const BYTE head[] = {static_cast<BYTE>(GetAttributeBytesValueType()),
+                         static_cast<BYTE>(m_isSpecified ? 0 : 1)};
+    out.appendLpbyte(head, sizeof(head));
+    AppendValueState(out);
+}
+
+std::unique_ptr<AttributeBytesValue> AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(
+    BYTE*& cursor, unsigned& remaining) {
+    const BYTE kind = ByteBuffer::WalkBufferToGetByte(cursor, remaining);
+    auto value =
+        AttributeBytesValueFactory().CreateAttributeBytesValue(static_cast<AttributeBytesValueEnum>(kind));
+    value->SetIsSpecified(!ByteBuffer::WalkBufferToGetBool(cursor, remaining));
+    value->WalkBufferToSetValue(cursor, remaining);
+    return value;
+}
+
+AttributeBytesListValue& AttributeBytesValue::GetListValue() {
+    return const_cast<AttributeBytesListValue&>(std::as_const(*this).GetListValue());
+}
+
+const AttributeBytesListValue& AttributeBytesValue::GetListValue() const {
+    if (!IsList()) {
+        NV_THROW(ExceptionAttributeValueTypeMismatch, "AttributeBytesValue::GetListValue", __LINE__);
+    }
+    return static_cast<const AttributeBytesListValue&>(*this);
+}
+
+CXString AttributeBytesValue::GetDebugDisplayString(AttributeBytesValueEnum kind) {
+    const bool isKnown = kind >= ABVTE_UNSPECIFIED && kind <= ABVTE_DATETIME;
+    return isKnown ? kindNames[kind - ABVTE_UNSPECIFIED] : NV_TEXT("UNKNOWN!");
+}
+
+CXString AttributeBytesValue::GetTypeDebugDisplayString() const {
+    return GetDebugDisplayString(GetAttributeBytesValueType());
+}
+
+CXString AttributeBytesValue::GetBaseDumpDisplayString() const {
+    return FormatText(NV_TEXT("%s value %s"), GetTypeDebugDisplayString(),
+                      m_isSpecified ? NV_TEXT("<specified>") : NV_TEXT("<unspecified>"));
+}
+
+bool AttributeBytesValue::operator==(const AttributeBytesValue& other) const {
+    return GetAttributeBytesValueType() == other.GetAttributeBytesValueType() &&
+           m_isSpecified == other.m_isSpecified;
+}
+
+// Integer
+
+CXString AttributeBytesIntegerValue::GetDumpDisplayString(bool /*ignored*/) const {
+    return FormatText(NV_TEXT("%s: Value=%ld (0x%lx)"), GetBaseDumpDisplayString(), m_value, m_value);
+}
+
+bool AttributeBytesIntegerValue::HasEqualPayload(const AttributeBytesIntegerValue& other) const {
+    return m_value == other.m_value;
+}
+
+bool AttributeBytesIntegerValue::HasLessPayload(const AttributeBytesIntegerValue& other) const {
+    return m_value < other.m_value;
+}
+
+void AttributeBytesIntegerValue::AppendValueState(ByteBuffer& out) const {
+    out.appendIntValue(m_value);
+}
+
+void AttributeBytesIntegerValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
+    m_value = ByteBuffer::WalkBufferToGetLong(cursor, remaining);
+}
+
+// String
+
+CXString AttributeBytesStringValue::GetDumpDisplayString(bool /*ignored*/) const {
+    return FormatText(NV_TEXT("%s: Value='%s'"), GetBaseDumpDisplayString(), m_value);
+}
+
+bool AttributeBytesStringValue::HasEqualPayload(const AttributeBytesStringValue& other) const {
+    return m_value.Compare(other.m_value) == 0;
+}
+
+bool AttributeBytesStringValue::HasLessPayload(const AttributeBytesStringValue& other) const {
+    return m_value.Compare(other.m_value) < 0;
+}
+
+void AttributeBytesStringValue::AppendValueState(ByteBuffer& out) const {
+    out.appendCountedString(m_value);
+}
+
+void AttributeBytesStringValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
+    m_value = ByteBuffer::WalkBufferToGetCountedString(cursor, remaining);
+}
+
+// Boolean
+
+CXString AttributeBytesBooleanValue::GetDumpDisplayString(bool /*ignored*/) const {
+    return FormatText(NV_TEXT("%s: Value=%s"), GetBaseDumpDisplayString(),
+                      m_value ? NV_TEXT("TRUE") : NV_TEXT("FALSE"));
+}
+
+bool AttributeBytesBooleanValue::HasEqualPayload(const AttributeBytesBooleanValue& other) const {
+    return m_value == other.m_value;
+}
+
+bool AttributeBytesBooleanValue::HasLessPayload(const AttributeBytesBooleanValue& other) const {
+    return !m_value && other.m_value;
+}
+
+void AttributeBytesBooleanValue::AppendValueState(ByteBuffer& out) const {
+    out.appendByteValue(m_value ? 1 : 0);
+}
+
+void AttributeBytesBooleanValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
+    m_value = ByteBuffer::WalkBufferToGetBool(cursor, remaining);
+}
+
+// Range
+
+void AttributeBytesRangeValue::GetValue(LONG& low, LONG& high) const {
+    low = m_low;
+    high = m_high;
+}
+
+void AttributeBytesRangeValue::SetValue(LONG low, LONG high) {
+    m_low = low;
+    m_high = high;
+}
+
+CXString AttributeBytesRangeValue::GetDumpDisplayString(bool /*ignored*/) const {
+    return FormatText(NV_TEXT("%s: Low Value=%ld High Value=%ld"), GetBaseDumpDisplayString(), m_low, m_high);
+}
+
+bool AttributeBytesRangeValue::HasEqualPayload(const AttributeBytesRangeValue& other) const {
+    return m_low == other.m_low && m_high == other.m_high;
+}
+
+bool AttributeBytesRangeValue::HasLessPayload(const AttributeBytesRangeValue& other) const {
+    return m_low != other.m_low ? m_low < other.m_low : m_high < other.m_high;
+}
+
+void AttributeBytesRangeValue::AppendValueState(ByteBuffer& out) const {
+    out.appendIntValue(m_low).appendIntValue(m_high);
+}
+
+void AttributeBytesRangeValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
+    m_low = ByteBuffer::WalkBufferToGetLong(cursor, remaining);
+    m_high = ByteBuffer::WalkBufferToGetLong(cursor, remaining);
+}
+
+// Range of dimension
+
+void AttributeBytesRangeOfDimensionValue::GetValue(Dimension& low, Dimension& high) const {
+    low = m_low;
+    high = m_high;
+}
+
+void AttributeBytesRangeOfDimensionValue::SetValue(const Dimension& low, const Dimension& high) {
+    m_low = low;
+    m_high = high;
+}
+
+CXString AttributeBytesRangeOfDimensionValue::GetDumpDisplayString(bool ignored) const {
+    return FormatText(NV_TEXT("%s: [%s, %s]"), GetBaseDumpDisplayString(),
+                      m_low.GetDumpDisplayString(ignored), m_high.GetDumpDisplayString(ignored));
+}
+
+bool AttributeBytesRangeOfDimensionValue::HasEqualPayload(
+    const AttributeBytesRangeOfDimensionValue& other) const {
+    return m_low == other.m_low && m_high == other.m_high;
+}
+
+bool AttributeBytesRangeOfDimensionValue::HasLessPayload(
+    const AttributeBytesRangeOfDimensionValue& other) const {
+    return m_low != other.m_low ? m_low < other.m_low : m_high < other.m_high;
+}
+
+void AttributeBytesRangeOfDimensionValue::AppendValueState(ByteBuffer& out) const {
+    AppendDimension(out, m_low);
+    AppendDimension(out, m_high);
+}
+
+void AttributeBytesRangeOfDimensionValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
+    m_low = WalkBufferToGetDimension(cursor, remaining);
+    m_high = WalkBufferToGetDimension(cursor, remaining);
+}
+
+// Dimension
+
+CXString AttributeBytesDimensionValue::GetDumpDisplayString(bool ignored) const {
+    return FormatText(NV_TEXT("%s: Value=%s"), GetBaseDumpDisplayString(),
+                      m_value.GetDumpDisplayString(ignored));
+}
+
+bool AttributeBytesDimensionValue::HasEqualPayload(const AttributeBytesDimensionValue& other) const {
+    return m_value == other.m_value;
+}
+
+bool AttributeBytesDimensionValue::HasLessPayload(const AttributeBytesDimensionValue& other) const {
+    return m_value < other.m_value;
+}
+
+void AttributeBytesDimensionValue::AppendValueState(ByteBuffer& out) const {
+    AppendDimension(out, m_value);
+}
+
+void AttributeBytesDimensionValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
+    m_value = WalkBufferToGetDimension(cursor, remaining);
+}
+
+// Resolution
+
+void AttributeBytesResolutionValue::GetValue(LONG& crossFeed, LONG& feed, short& units) const {
+    crossFeed = m_crossFeed;
+    feed = m_feed;
+    units = m_units;
+}
+
+void AttributeBytesResolutionValue::SetValue(LONG crossFeed, LONG feed, short units) {
+    m_crossFeed = crossFeed;
+    m_feed = feed;
+    m_units = units;
+}
+
+CXString AttributeBytesResolutionValue::GetDumpDisplayString(bool /*ignored*/) const {
+    return FormatText(NV_TEXT("%s: Cross-Feed Value=%ld, Feed Value=%ld, Units Value=%ld"),
+                      GetBaseDumpDisplayString(), m_crossFeed, m_feed, LONG{m_units});
+}
+
+bool AttributeBytesResolutionValue::HasEqualPayload(const AttributeBytesResolutionValue& other) const {
+    return m_crossFeed == other.m_crossFeed && m_feed == other.m_feed && m_units == other.m_units;
+}
+
+bool AttributeBytesResolutionValue::HasLessPayload(const AttributeBytesResolutionValue& other) const {
+    return m_feed != other.m_feed ? m_feed < other.m_feed : m_crossFeed < other.m_crossFeed;
+}
+
+// The bytes have the feed first, although everything else names the cross-feed first: deliberate.
+void AttributeBytesResolutionValue::AppendValueState(ByteBuffer& out) const {
+    out.appendIntValue(m_feed).appendIntValue(m_crossFeed).appendShortValue(m_units);
+}
+
+void AttributeBytesResolutionValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
+    m_feed = ByteBuffer::WalkBufferToGetLong(cursor, remaining);
+    m_crossFeed = ByteBuffer::WalkBufferToGetLong(cursor, remaining);
+    m_units = ByteBuffer::WalkBufferToGetShort(cursor, remaining);
+}
+
+// Data blob
+
+CXString AttributeBytesDataBlobValue::GetDumpDisplayString(bool /*ignored*/) const {
+    constexpr std::size_t longestShown = 79;  // bytes
+    const auto size = static_cast<LONG>(m_value.size());
+    if (m_value.size() > longestShown) {
+        return FormatText(NV_TEXT("%s: Value=%ld bytes"), GetBaseDumpDisplayString(), size);
+    }
+    return FormatText(NV_TEXT("%s: Value=%ld bytes, '%s'"), GetBaseDumpDisplayString(), size,
+                      m_value.GetDumpDisplayString());
+}
+
+bool AttributeBytesDataBlobValue::HasEqualPayload(const AttributeBytesDataBlobValue& other) const {
+    return m_value == other.m_value;
+}
+
+bool AttributeBytesDataBlobValue::HasLessPayload(const AttributeBytesDataBlobValue& other) const {
+    return m_value < other.m_value;
+}
+
+void AttributeBytesDataBlobValue::AppendValueState(ByteBuffer& out) const {
+    out.appendCountedBytes(m_value);
+}
+
+void AttributeBytesDataBlobValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
+    ByteBuffer::WalkBufferToGetCountedBytes(cursor, remaining, m_value);
+}
+
+// List
+
+CXString AttributeBytesListValue::GetDumpDisplayString(bool /*ignored*/) const {
+    return FormatText(NV_TEXT("%s: Value is a list (of type %d / 0x%lx)"), GetBaseDumpDisplayString(),
+                      m_listType, LONG{m_listType});
+}
+
+bool AttributeBytesListValue::HasEqualPayload(const AttributeBytesListValue& other) const {
+    return m_listType == other.m_listType && m_value == other.m_value;
+}
+
+bool AttributeBytesListValue::HasLessPayload(const AttributeBytesListValue& /*other*/) const {
+    return false;
+}
+
+void AttributeBytesListValue::AppendValueState(ByteBuffer& out) const {
+    out.appendByteValue(m_listType)
+        .appendIntValue(static_cast<int>(m_value.GetAttributeBytesRawListStateSize()));
+    m_value.AppendAttributeBytesRawListState(out);
+}
+
+void AttributeBytesListValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
+    m_listType = ByteBuffer::WalkBufferToGetByte(cursor, remaining);
+    const auto count = static_cast<unsigned>(ByteBuffer::WalkBufferToGetLong(cursor, remaining));
+    if (count > remaining) {
+        NV_THROW(ExceptionNotEnoughBytesForDesiredDataType, "AttributeBytesListValue::WalkBufferToSetValue",
+                 __LINE__);
+    }
+    m_value.ImportAttributeBytesRawListState(cursor, count);
+    remaining -= count;  // the cursor stays in front of the list: deliberate, walkers count what remains
+}
+
+// Date and time
+
+CXString AttributeBytesDateTimeValue::GetDumpDisplayString(bool /*ignored*/) const {
+    return FormatText(NV_TEXT("%s: Value='%s'"), GetBaseDumpDisplayString(), m_value.GetDisplayString());
+}
+
+// Both comparisons look at the low 32 bits only: deliberate, stored settings are matched that way.
+bool AttributeBytesDateTimeValue::HasEqualPayload(const AttributeBytesDateTimeValue& other) const {
+    return static_cast<LONG>(m_value.GetTime64Value()) == static_cast<LONG>(other.m_value.GetTime64Value());
+}
+
+bool AttributeBytesDateTimeValue::HasLessPayload(const AttributeBytesDateTimeValue& other) const {
+    return static_cast<LONG>(m_value.GetTime64Value()) < static_cast<LONG>(other.m_value.GetTime64Value());
+}
+
+void AttributeBytesDateTimeValue::AppendValueState(ByteBuffer& out) const {
+    out.appendTime64Value(m_value.GetTime64Value());
+}
+
+void AttributeBytesDateTimeValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
+    m_value = UtcTime(ByteBuffer::WalkBufferToGetTime64(cursor, remaining));
+}

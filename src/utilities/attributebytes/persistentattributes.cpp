@@ -1,0 +1,224 @@
+// PersistentAttributes: attribute namespaces as one compressed, versioned buffer.
+#include "utilities/attributebytes/persistentattributes.h"
+
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "utilities/attributebytes/attributebytes.h"
+#include "utilities/compression/cabcompressedbuffer.h"
+#include "utilities/debuggingandexceptions/throwprotocol.h"
+#include "utilities/utilitiesdll/formattext.h"
+
+namespace {
+
+using Header = PersistentAttributes::PersistentAttributesHeaderType;
+
+constexpr DWORD headerSize = 16;
+constexpr DWORD currentFormatVersion = 0x20070001;
+static_assert(sizeof(Header) == headerSize);
+
+/// The raw lists of all namespaces.
+std::vector<AttributeBytesRawList> ListsOf(const AttributeBytesNameSpaces& nameSpaces) {
+    std::vector<AttributeBytesRawList> lists(nameSpaces.GetCount());
+    for (unsigned i = 0; i < nameSpaces.GetCount(); ++i)
+        nameSpaces.GetNameSpaceByIndex(i, lists[i]);
+    return lists;
+}
+
+/// Parses every record, nested lists included; throws at the first damaged one.
+void CheckRecords(const AttributeBytesNameSpaces& nameSpaces) {
+    std::vector<AttributeBytesRawList> unchecked = ListsOf(nameSpaces);  // not recursive: nesting may be deep
+    while (!unchecked.empty()) {
+        const AttributeBytesRawList list = std::move(unchecked.back());
+        unchecked.pop_back();
+        auto iterator = list.GetRawListIterator();
+        while (list.IsValidRawListIterator(iterator)) {
+            const auto record = list.GetNextAttributeBytesFromRawListIterator(iterator);
+            const AttributeBytesValue& value = record->GetAttributeBytesValue();
+            if (value.IsList()) unchecked.push_back(value.GetListValue().GetValue());
+        }
+    }
+}
+
+CXString DisplayOfAttributes(const AttributeBytesNameSpaces& nameSpaces) {
+    CXString text;
+    for (const AttributeBytesRawList& list : ListsOf(nameSpaces)) {
+        text += NV_TEXT("Namespace:\r\n");
+        auto iterator = list.GetRawListIterator();
+        while (list.IsValidRawListIterator(iterator)) {
+            const auto record = list.GetNextAttributeBytesFromRawListIterator(iterator);
+            text += NV_TEXT("  ") + record->GetDumpDisplayString() + NV_TEXT("\r\n");
+        }
+    }
+    return text;
+}
+
+}  // namespace
+
+PersistentAttributes::PersistentAttributes() {
+    DoDefaultConstruction();
+}
+
+PersistentAttributes::PersistentAttributes(const ByteBuffer& state, bool checkRecords,
+                                           DriverVersion* version) {
+    DriverVersion writer;
+    ImportPersistentAttributesState(state, writer, checkRecords);
+    if (version != nullptr) *version = writer;
+}
+
+PersistentAttributes::PersistentAttributes(const AttributeBytesNameSpaces& nameSpaces) {
+    SetAttributeBytesNameSpaces(nameSpaces);
+}
+
+void PersistentAttributes::DoDefaultConstruction() {
+    SetAttributeBytesNameSpaces(AttributeBytesNameSpaces());
+}
+
+void PersistentAttributes::SetAttributeBytesNameSpaces(const AttributeBytesNameSpaces& nameSpaces) {
+    Header header;
+    InitializeHeaderStructure(header);
+    ByteBuffer uncompressed;
+    nameSpaces.GetAttributeBytesNameSpacesState(uncompressed);
+    CreateStateDataFromComponents(header, uncompressed, m_state);
+}
+
+AttributeBytesNameSpaces PersistentAttributes::GetAttributeBytesNameSpaces() const {
+    Header header;
+    ByteBuffer uncompressed;
+    GetComponentsFromStateDataBuffer(m_state, header, uncompressed);
+    return AttributeBytesNameSpaces(uncompressed);
+}
+
+void PersistentAttributes::GetAttributeBytesListForNameSpace(const AttributeBytesNameSpacesId& id,
+                                                             AttributeBytesRawList& out) const {
+    GetAttributeBytesNameSpaces().GetNameSpaceAttributes(id, out);
+}
+
+bool PersistentAttributes::ImportPersistentAttributesState(const ByteBuffer& state, DriverVersion& version,
+                                                           bool checkRecords, bool /*allowUpgrade*/) {
+    constexpr auto function = "PersistentAttributes::ImportPersistentAttributesState";
+    constexpr int line = 392;
+    ByteBuffer upgraded = UpgradeOldStateDataVersionIfNecessary(state);
+    Header header;
+    ByteBuffer compressed;
+    GetMajorComponentsFromStateDataBuffer(upgraded, header, compressed);
+    if (!IsCurrentVersionHeader(header)) {
+        NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat, function, line,
+                 NV_TEXT("unknown format version 0x%08lx"), header.formatVersion);
+    }
+    ByteBuffer uncompressed;
+    GetComponentsFromCompressedDataBuffer(compressed, uncompressed);
+    DriverVersion writer;
+    try {
+        const AttributeBytesNameSpaces nameSpaces(uncompressed, &writer);
+        if (checkRecords) CheckRecords(nameSpaces);
+    } catch (const NorvaException& e) {
+        NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat, function, line,
+                 NV_TEXT("the namespaces cannot be read: %s"), e.GetExceptionIdentifierForUserDisplay());
+    }
+    m_state = std::move(upgraded);
+    version = writer;
+    return true;
+}
+
+void PersistentAttributes::ValidateCompressedData(const ByteBuffer& compressed) {
+    try {
+        ByteBuffer uncompressed;
+        CabCompressedBuffer::CreateWithBufferState(compressed)->GetOriginalData(uncompressed);
+    } catch (const NorvaException& e) {
+        NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat,
+                 "PersistentAttributes::ValidateCompressedData", 728,
+                 NV_TEXT("the state cannot be expanded: %s"), e.GetExceptionIdentifierForUserDisplay());
+    }
+}
+
+const AttributeBytesNameSpacesId& PersistentAttributes::GetDataModelDocPropNameSpaceId() {
+    static const AttributeBytesNameSpacesId id(1);
+    return id;
+}
+
+const AttributeBytesNameSpacesId& PersistentAttributes::GetDataModelDevicePropNameSpaceId() {
+    static const AttributeBytesNameSpacesId id(2);
+    return id;
+}
+
+const AttributeBytesNameSpacesId& PersistentAttributes::GetMsDeviceCapabilitiesNameSpaceId() {
+    static const AttributeBytesNameSpacesId id(3);
+    return id;
+}
+
+bool PersistentAttributes::IsCurrentVersionHeader(const Header& header) {
+    return header.headerSize == headerSize && header.formatVersion == currentFormatVersion;
+}
+
+void PersistentAttributes::InitializeHeaderStructure(Header& header) {
+    header.headerSize = headerSize;
+    header.formatVersion = currentFormatVersion;
+    WORD* parts = header.driverVersion;
+    DriverVersion::GetCurrentDriverVersion().GetWordComponents(parts[0], parts[1], parts[2], parts[3]);
+}
+
+void PersistentAttributes::GetMajorComponentsFromStateDataBuffer(const ByteBuffer& state, Header& header,
+                                                                 ByteBuffer& compressed) {
+    Header read{};
+    if (state.size() >= headerSize) std::memcpy(&read, state.data(), headerSize);
+    if (read.headerSize != headerSize) {
+        NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat,
+                 "PersistentAttributes::GetMajorComponentsFromStateDataBuffer", 527);
+    }
+    header = read;
+    compressed = ByteBuffer(state.data() + headerSize, state.getDword() - headerSize);
+}
+
+void PersistentAttributes::GetComponentsFromCompressedDataBuffer(const ByteBuffer& compressed,
+                                                                 ByteBuffer& uncompressed) {
+    try {
+        CabCompressedBuffer::CreateWithBufferState(compressed)->GetOriginalData(uncompressed);
+    } catch (const NorvaException& e) {
+        NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat,
+                 "PersistentAttributes::GetComponentsFromCompressedDataBuffer", 581,
+                 NV_TEXT("the state cannot be expanded: %s"), e.GetExceptionIdentifierForUserDisplay());
+    }
+}
+
+void PersistentAttributes::GetComponentsFromStateDataBuffer(const ByteBuffer& state, Header& header,
+                                                            ByteBuffer& uncompressed) {
+    ByteBuffer compressed;
+    GetMajorComponentsFromStateDataBuffer(state, header, compressed);
+    GetComponentsFromCompressedDataBuffer(compressed, uncompressed);
+}
+
+void PersistentAttributes::CreateStateDataFromComponents(const Header& header, const ByteBuffer& uncompressed,
+                                                         ByteBuffer& state) {
+    CabCompressedBuffer buffer;
+    buffer.Store(uncompressed);
+    state.setWithLpbyte(reinterpret_cast<const BYTE*>(&header), headerSize);
+    state.appendLpbyte(buffer.GetCompressedBufferStateLpbyte(), buffer.GetCompressedBufferStateDword());
+}
+
+ByteBuffer PersistentAttributes::UpgradeOldStateDataVersionIfNecessary(const ByteBuffer& state) {
+    return state;
+}
+
+CXString PersistentAttributes::DumpStateData(const ByteBuffer& state, bool withAttributes) {
+    CXString text;
+    try {
+        Header header;
+        ByteBuffer compressed;
+        GetMajorComponentsFromStateDataBuffer(state, header, compressed);
+        text +=
+            FormatText(NV_TEXT("Header: size %ld, format version 0x%08lx, driver version %d.%d.%d.%d\r\n"),
+                       header.headerSize, header.formatVersion, header.driverVersion[0],
+                       header.driverVersion[1], header.driverVersion[2], header.driverVersion[3]);
+        ByteBuffer uncompressed;
+        GetComponentsFromCompressedDataBuffer(compressed, uncompressed);
+        text += FormatText(NV_TEXT("Compressed: %ld bytes, uncompressed: %ld bytes\r\n"),
+                           compressed.getDword(), uncompressed.getDword());
+        if (withAttributes) text += DisplayOfAttributes(AttributeBytesNameSpaces(uncompressed));
+    } catch (const NorvaException& e) {
+        text += FormatText(NV_TEXT("Damaged: %s %s\r\n"), e.GetExceptionIdentifierForUserDisplay(),
+                           e.GetExceptionType());
+    }
+    return text;
+}

@@ -1,0 +1,24 @@
+// The check that a cabinet passes before the cabinet library gets to see it.
+#pragma once
+
+#include "platform/cabinet.h"
+#include "platform/types.h"
+#include "utilities/compression/cababstractfile.h"
+
+/// Checks that a file begins with a sound cabinet whose single file can be extracted.
+///
+/// Cabinets come from places that other processes can write to, and cabinet libraries differ in what damage
+/// they survive. So both builds accept exactly the cabinets that hold to these rules:
+/// - version 1.3, not part of a set, no longer than the file; reserved areas are allowed and skipped;
+/// - one folder, not compressed or MSZIP, and one file, which is all that the folder holds;
+/// - folder, file entry (a name of 1 to 255 bytes) and every block lie inside the cabinet;
+/// - every block but the last has 32,768 bytes, the last has fewer or as many, and a block without bytes is
+///   the only one of its folder;
+/// - the payload of an MSZIP block begins with "CK"; where the platform's own library does the reading, it
+/// also
+///   expands to exactly the block's bytes.
+///
+/// @param file      read from anywhere; its position is not restored
+/// @param fileSize  receives the size of the file in the cabinet, at most 32,768 times the number of blocks
+/// @return FDIERROR_NONE, or the code that fits the fault
+platform::cabinet::FDIERROR CheckCabinetLayout(CabOpenFile& file, DWORD& fileSize);

@@ -1,0 +1,149 @@
+// CompressedBuffer: the state and its footers.
+#include "utilities/compression/compressedbuffer.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+
+#include "utilities/debuggingandexceptions/throwprotocol.h"
+
+namespace {
+
+constexpr DWORD largestOriginalSize = std::numeric_limits<LONG>::max();
+constexpr std::uint64_t largestExpansion = 1032;  // of deflate: 258 bytes in 2 bits
+
+void AppendBigEndian(ByteBuffer& out, std::uint32_t value) {
+    for (int shift = 24; shift >= 0; shift -= 8)
+        out.push_back(static_cast<BYTE>(value >> shift));
+}
+
+std::int32_t BigEndianBefore(ByteBuffer::const_iterator end) {
+    std::uint32_t value = 0;
+    for (auto byte = end - 4; byte != end; ++byte)
+        value = value << 8 | *byte;
+    return static_cast<std::int32_t>(value);
+}
+
+}  // namespace
+
+CompressedBuffer::CompressedBuffer(CompressionFormatEnum format, int setting)
+    : m_setting(setting), m_format(format) {
+    m_state.reserve(GetSizeOfFooterInfo());
+    AddFooterInfo(0, setting, format);
+}
+
+CompressedBuffer::CompressedBuffer(const CompressedBuffer& other) = default;
+CompressedBuffer& CompressedBuffer::operator=(const CompressedBuffer& other) = default;
+CompressedBuffer::~CompressedBuffer() = default;
+
+void CompressedBuffer::Dump() const {}
+
+void CompressedBuffer::Store(const ByteBuffer& data) {
+    if (data.size() > largestOriginalSize)
+        NV_THROW(ExceptionCompression, "CompressedBuffer::Store", __LINE__,
+                 NV_TEXT("The data is too large to be compressed"));
+    Store(data.getLpbyte(), data.getDword());
+}
+
+void CompressedBuffer::Store(const unsigned char* data, unsigned long size) {
+    if (size > largestOriginalSize)
+        NV_THROW(ExceptionCompression, "CompressedBuffer::Store", __LINE__,
+                 NV_TEXT("The data is too large to be compressed"));
+    const auto originalSize = static_cast<LONG>(size);
+    if (size != 0) {
+        CompressData(data, static_cast<DWORD>(size), m_state, m_setting);
+    } else {
+        m_state.clear();
+    }
+    AddFooterInfo(originalSize, m_setting, m_format);
+    m_originalSize = originalSize;
+    Dump();
+}
+
+void CompressedBuffer::GetOriginalData(ByteBuffer& out) {
+    Dump();
+    if (m_originalSize < 1) {
+        out.clear();
+        return;
+    }
+    const auto originalSize = static_cast<std::size_t>(m_originalSize);
+    if (originalSize > m_state.size() * largestExpansion)
+        NV_THROW(ExceptionCompression, "CompressedBuffer::GetOriginalData", __LINE__,
+                 NV_TEXT("A state of %I64d bytes cannot hold %ld bytes of data"),
+                 static_cast<std::int64_t>(m_state.size()), m_originalSize);
+    out.assign(originalSize, 0);
+    UncompressData(m_state, m_originalSize, out);
+}
+
+void CompressedBuffer::GetCompressedData(ByteBuffer& out) const {
+    out.assign(m_state.begin(), m_state.end() - GetSizeOfFooterInfo());
+}
+
+void CompressedBuffer::InitializeWithCompressedBufferState(const ByteBuffer& state) {
+    InitializeFromState(state, true);
+}
+
+bool CompressedBuffer::TryToInitializeWithCompressedBufferState(const ByteBuffer& state) {
+    return InitializeFromState(state, false);
+}
+
+bool CompressedBuffer::InitializeFromState(const ByteBuffer& state, bool throwOnFailure) {
+    LONG originalSize = 0;
+    int setting = 0;
+    CompressionFormatEnum format = CF_UNKNOWN;
+    DWORD footerSize = 0;
+    if (!GetFooterInfo(state, throwOnFailure, originalSize, setting, format, footerSize)) return false;
+
+    ByteBuffer compressed;
+    compressed.reserve(state.size() - footerSize + GetSizeOfFooterInfo());
+    compressed.assign(state.begin(), state.end() - footerSize);
+    if (!ConvertCompressedDataToNativeFormat(format, setting, originalSize, compressed, throwOnFailure))
+        return false;
+
+    m_state = std::move(compressed);
+    m_originalSize = originalSize;
+    m_setting = setting;
+    AddFooterInfo(m_originalSize, m_setting, m_format);
+    return true;
+}
+
+void CompressedBuffer::AddFooterInfo(LONG originalSize, int setting, CompressionFormatEnum format) {
+    m_state.push_back(static_cast<BYTE>(format));
+    AppendBigEndian(m_state, static_cast<std::uint32_t>(setting));
+    AppendBigEndian(m_state, static_cast<std::uint32_t>(originalSize));
+    m_state.insert(m_state.end(), std::begin(m_skrchSignatureBytes), std::end(m_skrchSignatureBytes));
+}
+
+bool CompressedBuffer::GetFooterInfo(const ByteBuffer& state, bool throwOnFailure, LONG& originalSize,
+                                     int& setting, CompressionFormatEnum& format, DWORD& footerSize) {
+    const auto endsIn = [&state](const char(&signature)[4]) {
+        return std::equal(std::begin(signature), std::end(signature), state.end() - 4);
+    };
+    const bool longEnough = state.size() >= GetSizeOf37FooterInfo();
+    const bool current = longEnough && endsIn(m_skrchSignatureBytes);
+    const bool previous = longEnough && endsIn(m_skrchSignatureBytes40);
+    const bool oldest = longEnough && endsIn(m_skrchSignatureBytes37);
+    if (!current && !previous && !oldest) {
+        if (throwOnFailure)
+            NV_THROW(ExceptionMissingOrBadCompressedBufferFooter, "CompressedBuffer::GetFooterInfo",
+                     __LINE__);
+        return false;
+    }
+
+    originalSize = BigEndianBefore(state.end() - 4);
+    if (current && state.size() >= GetSizeOfFooterInfo()) {
+        setting = BigEndianBefore(state.end() - 8);
+        format = static_cast<CompressionFormatEnum>(*(state.end() - 13));
+        footerSize = GetSizeOfFooterInfo();
+    } else if (previous && state.size() >= GetSizeOf40FooterInfo()) {
+        setting = BigEndianBefore(state.end() - 8);
+        format = CF_ZLIB;
+        footerSize = GetSizeOf40FooterInfo();
+    } else {
+        // "COM5" and "COM4" in a state too short for their footers are deliberately read as the oldest one.
+        setting = -1;
+        footerSize = GetSizeOf37FooterInfo();
+    }
+    return true;
+}

@@ -1,0 +1,101 @@
+// NorvaException's messages to users, which need texts and the host process from higher floors.
+#include <new>
+
+#include "platform/process.h"
+#include "platform/typename.h"
+#include "utilities/attributebytes/driverloadedcontext.h"
+#include "utilities/debuggingandexceptions/exceptions.h"
+#include "utilities/debuggingandexceptions/usermessage.h"
+
+namespace {
+
+// Strings of the text-resource module.
+enum TextId : unsigned {
+    textDefaultTitle = 35003,
+    textFailure = 35004,
+    textFailureOfLibrary = 35005,
+    textFailureOfOther = 35006,
+    textOutOfMemory = 35007,
+    textFileNotRead = 35008,
+    textFileNotReadAdvice = 35009,
+    textDocumentNotParsed = 35010,
+    textDocumentNotParsedAdvice = 35011,
+};
+
+CXString LoadText(unsigned id) {
+    CXString text;
+    text.LoadStringW(id);
+    return text;
+}
+
+// The class stands two floors above, with the XML layer; its name is enough to know it by.
+bool IsNpifParseException(const std::exception& exception) {
+    return platform::TypeName(typeid(exception)) == "class NpifParseException";
+}
+
+bool IsReadFailure(const std::exception& exception) {
+    return dynamic_cast<const ExceptionCreateFileForReading*>(&exception) != nullptr ||
+           dynamic_cast<const ExceptionReadFile*>(&exception) != nullptr;
+}
+
+}  // namespace
+
+void NorvaException::DisplayExceptionMessage(bool force, bool suppress, const std::exception* exception,
+                                             const CXString& sourceFile, int line,
+                                             const CXString& functionName, const ExecutionContextStack& stack,
+                                             HWND owner, unsigned titleId, const CXString& message) {
+    DisplayExceptionMessage(force, suppress, exception, sourceFile, line, functionName, stack, owner,
+                            LoadText(titleId), message);
+}
+
+void NorvaException::DisplayExceptionMessage(bool force, bool suppress, const std::exception* exception,
+                                             const CXString& /*sourceFile*/, int /*line*/,
+                                             const CXString& /*functionName*/,
+                                             const ExecutionContextStack& /*stack*/, HWND owner,
+                                             const CXString& title, const CXString& message) {
+    if (dynamic_cast<const std::bad_alloc*>(exception) != nullptr) {
+        ShowUserMessage({owner, LoadText(textDefaultTitle), LoadText(textOutOfMemory), nullptr});
+        return;
+    }
+
+    unsigned first = 0;
+    unsigned second = 0;
+    GetCustomerMessageIDsForException(exception, first, second);
+    CXString text = message.IsEmpty() ? LoadText(first) : message;
+    text += NV_TEXT("\r\n\r\n");
+    text += LoadText(second);
+    if (IsMessageShown(force, suppress, platform::IsPossiblyNonInteractive(),
+                       DriverLoadedContext::GetCurrent().IsSpoolerOrFilterPipelineExeContext())) {
+        ShowUserMessage({owner, GetCustomerTitleString(owner, title), text, exception});
+    }
+}
+
+bool NorvaException::IsMessageShown(bool force, bool suppress, bool isPossiblyNonInteractive,
+                                    bool isSpoolerOrFilterPipeline) {
+    return !suppress && (force || (!isPossiblyNonInteractive && !isSpoolerOrFilterPipeline));
+}
+
+CXString NorvaException::GetCustomerTitleString(HWND owner, const CXString& title) {
+    if (!title.IsEmpty()) return title;
+
+    CXString windowText;
+    if (owner != nullptr) windowText.GetWindowTextW(owner);
+    return windowText.IsEmpty() ? LoadText(textDefaultTitle) : windowText;
+}
+
+void NorvaException::GetCustomerMessageIDsForException(const std::exception* exception, unsigned& first,
+                                                       unsigned& second) {
+    first = textFailure;
+    second = textFailureOfLibrary;
+    if (exception == nullptr) return;
+
+    if (!IsNorvaException(*exception)) {
+        second = textFailureOfOther;
+    } else if (IsNpifParseException(*exception)) {
+        first = textDocumentNotParsed;
+        second = textDocumentNotParsedAdvice;
+    } else if (IsReadFailure(*exception)) {
+        first = textFileNotRead;
+        second = textFileNotReadAdvice;
+    }
+}

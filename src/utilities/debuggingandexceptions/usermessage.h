@@ -1,0 +1,27 @@
+// User messages: how the library tells something to the person at the machine.
+#pragma once
+
+#include <exception>
+
+#include "platform/types.h"
+#include "utilities/utilitiesdll/cxstring.h"
+
+/// A message to the person at the machine.
+struct UserMessage {
+    HWND owner;  ///< Window that the message belongs to; may be null.
+    CXString title;
+    CXString text;
+    const std::exception* exception;  ///< The failure behind the message; may be null.
+};
+
+/// Shows a message and returns when it has been acknowledged or needs no acknowledgement.
+using UserMessageHandler = void (*)(const UserMessage& message);
+
+/// Lets a program with a user interface of its own show the library's messages there.
+/// @param handler  called by the thread that has something to show; null stands for the platform's message
+/// box
+/// @return the handler until now; null for the platform's message box
+NVUTIL_API UserMessageHandler SetUserMessageHandler(UserMessageHandler handler);
+
+/// Shows a message through the current handler.
+NVUTIL_API void ShowUserMessage(const UserMessage& message);

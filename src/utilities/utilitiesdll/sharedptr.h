@@ -1,0 +1,117 @@
+// SharedPtr: a reference-counted pointer that compares the objects it points to.
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+/// The comparison of the library's own classes: the first object's `IsEqual` and `LessThan` where it has
+/// them, else its operators. Two null pointers are equal; a null pointer is less than any object.
+template <class T>
+struct SharedPtrCompare {
+    static bool IsEqual(const T* left, const T* right) {
+        if (left == nullptr || right == nullptr) return left == right;
+        if constexpr (requires { left->IsEqual(*right); }) {
+            return left->IsEqual(*right);
+        } else {
+            return *left == *right;
+        }
+    }
+
+    static bool LessThan(const T* left, const T* right) {
+        if (left == nullptr || right == nullptr) return left == nullptr && right != nullptr;
+        if constexpr (requires { left->LessThan(*right); }) {
+            return left->LessThan(*right);
+        } else {
+            return *left < *right;
+        }
+    }
+};
+
+/// Shares one object between any number of pointers and destroys it with the last of them.
+///
+/// The count is a plain integer: a pointer and all its copies belong to one thread at a time. Every pointer
+/// has a record, also when it holds no object; only a moved-from pointer has none, and may only be assigned
+/// to or destroyed.
+///
+/// @tparam Compare  static tests `IsEqual` and `LessThan` of two `const T*`
+template <class T, class Compare = SharedPtrCompare<T>>
+class SharedPtr {
+public:
+    /// What all pointers to one object share.
+    struct SharedPtrInfoStruct {
+        T* object;
+        std::uint32_t count;  ///< Pointers that share this record.
+        bool owned;           ///< Whether the last of them destroys the object.
+    };
+
+    /// Begins to share an object.
+    /// @param object  may be null; destroyed with the last pointer when `owned`
+    explicit SharedPtr(T* object = nullptr, bool owned = true)
+        : m_info(new SharedPtrInfoStruct{object, 1, owned}) {}
+    SharedPtr(const SharedPtr& other) : m_info(other.m_info) { ++m_info->count; }
+    SharedPtr(SharedPtr&& other) noexcept : m_info(std::exchange(other.m_info, nullptr)) {}
+    ~SharedPtr() { Unshare(); }
+
+    SharedPtr& operator=(const SharedPtr& other) {
+        if (this != &other) {
+            ++other.m_info->count;  // first, since this pointer's object may own the other pointer
+            SharedPtrInfoStruct* info = other.m_info;
+            Unshare();
+            m_info = info;
+        }
+        return *this;
+    }
+    SharedPtr& operator=(SharedPtr&& other) noexcept {
+        if (this != &other) {
+            SharedPtrInfoStruct* info = std::exchange(other.m_info, nullptr);
+            Unshare();
+            m_info = info;
+        }
+        return *this;
+    }
+
+    /// Shares another object instead; does nothing when it is the object already held.
+    void Reset(T* object, bool owned) {
+        if (object == Get()) return;
+        auto* info = new SharedPtrInfoStruct{object, 1, owned};
+        Unshare();
+        m_info = info;
+    }
+
+    /// Hands the object to the caller: no pointer that shares it will destroy it.
+    T* ReleaseOwnership() {
+        m_info->owned = false;
+        return m_info->object;
+    }
+
+    T* operator->() const { return m_info->object; }
+    T& operator*() const { return *m_info->object; }
+    /// The object; null when there is none.
+    T* Get() const { return m_info != nullptr ? m_info->object : nullptr; }
+
+    bool operator==(const SharedPtr& other) const { return Compare::IsEqual(Get(), other.Get()); }
+    bool operator<(const SharedPtr& other) const { return Compare::LessThan(Get(), other.Get()); }
+
+private:
+    friend struct SharedPtrTestAccess;
+
+    // A record made here starts at a count of 2 and so outlives its only holder. That is deliberate: holders
+    // of such a pointer rely on its record never being freed.
+    explicit SharedPtr(SharedPtrInfoStruct* info)
+        : m_info(info != nullptr ? info : new SharedPtrInfoStruct{nullptr, 1, true}) {
+        ++m_info->count;
+    }
+
+    void Unshare() {
+        static_assert(sizeof(T) > 0, "include the header of the class that is pointed to");
+        if (m_info == nullptr || --m_info->count != 0) {
+            m_info = nullptr;
+            return;
+        }
+        if (m_info->owned) delete m_info->object;
+        delete m_info;
+        m_info = nullptr;
+    }
+
+    SharedPtrInfoStruct* m_info;
+};

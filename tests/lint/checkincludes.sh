@@ -1,0 +1,70 @@
+#!/usr/bin/env bash
+# Checks that includes keep to the floors, close no ring, and that only the platform seam sees an operating system.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+
+# The floors from the ground up. A file stands on the first that matches it and includes nothing from above.
+floors='
+1 ^src/platform/
+2 ^src/utilities/utilitiesdll/(cxstring|sharedptr|ownedcriticalresource|textresource(s|loader))[.]
+3 ^src/utilities/(debuggingandexceptions/|utilitiesdll/utilitiesdllperthreadstorage[.])
+4 ^src/utilities/utilitiesdll/
+5 ^src/utilities/(compression|xmlparser)/
+6 ^src/utilities/attributebytes/
+7 ^src/environment/
+8 ^src/nvutil[.]h$
+9 ^tools/
+'
+
+# Where an operating system may be seen, and the one kind of header with ".h" that is welcome elsewhere.
+seam='^(src/platform|src/utilities/xmlparser)/'
+portableHeaders='<(gtest|gmock)/'
+
+listFiles() { git ls-files --cached --others --exclude-standard -- "$@"; }
+
+# Prints the includes of the project's own headers as "INCLUDER INCLUDED".
+listIncludes() {
+    listFiles 'src/*.h' 'src/*.cpp' 'tools/*.h' 'tools/*.cpp' |
+        xargs grep -HoE '^[[:space:]]*#[[:space:]]*include[[:space:]]*"[^"]+"' |
+        sed -E 's|^([^:]+):.*"([^"]+)"$|\1 src/\2|'
+}
+
+# A source file without a header of its own name holds members that need an upper floor, and may look up.
+checkFloors() {
+    awk -v floors="$floors" '
+        BEGIN {
+            rows = split(floors, row, "\n")
+            for (i = 1; i <= rows; i++)
+                if (split(row[i], field, " ") == 2) { height[++count] = field[1]; pattern[count] = field[2] }
+        }
+        function Floor(file,    i) {
+            for (i = 1; i <= count; i++) if (file ~ pattern[i]) return height[i]
+            print file ": stands on no floor"; failed = 1
+            return 0
+        }
+        function BaseName(file) { sub(/.*\//, "", file); sub(/[.][^.]*$/, "", file); return file }
+        NR == FNR { hasHeader[BaseName($1)] = 1; known[$1] = 1; next }
+        !($2 in known) { next }
+        $1 ~ /[.]cpp$/ && !(BaseName($1) in hasHeader) { next }
+        Floor($1) < Floor($2) { print $1 ": includes " $2 " from an upper floor"; failed = 1 }
+        END { exit failed }
+    ' <(listFiles 'src/*.h') <(listIncludes)
+}
+
+# A ring of headers has no order, and tsort names its members.
+checkRings() { listIncludes | sed '/[.]cpp /d' | tsort >/dev/null; }
+
+checkSeam() {
+    local directive='^[[:space:]]*#[[:space:]]*' failed=0 files=()
+    local systems='\b(_?WIN32|_?WIN64|_MSC_VER|__MINGW(32|64)__|__linux(__)?|__unix(__)?|__APPLE__)\b'
+    mapfile -t files < <(listFiles src tools tests | grep -E '\.(h|cpp)$' | grep -vE "$seam")
+    grep -HnE "${directive}include[[:space:]]*<[^>]+\.h>" "${files[@]}" | grep -vE "$portableHeaders" && failed=1
+    grep -HnE "${directive}.*$systems" "${files[@]}" && failed=1
+    return $failed
+}
+
+status=0
+checkFloors || status=1
+checkRings || { status=1; echo "headers include each other in a ring"; }
+checkSeam || { status=1; echo "an operating system is seen outside src/platform and src/utilities/xmlparser"; }
+exit $status
