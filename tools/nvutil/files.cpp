@@ -101,7 +101,7 @@ void WriteFileAtomically(const fs::path& name, std::string_view bytes) {
 }  // namespace
 
 ByteBuffer ReadInput(ToolRun& run, const std::string& name, std::size_t limit) {
-    run.subject = name;
+    run.subject = name == standardStream ? "standard input" : name;
     if (name == standardStream) return ReadAll(run.in, limit);
     std::ifstream file(PathOf(name), std::ios::binary);
     if (!file) NV_THROW(ExceptionCreateFileForReading, "ReadInput", __LINE__, NV_TEXT("cannot be opened"));
@@ -109,7 +109,7 @@ ByteBuffer ReadInput(ToolRun& run, const std::string& name, std::size_t limit) {
 }
 
 void WriteOutput(ToolRun& run, const OutputChoice& choice, const ByteBuffer& bytes) {
-    run.subject = choice.name;
+    run.subject = choice.name == standardStream ? "standard output" : choice.name;
     const std::string hex = choice.isHex ? HexText(bytes) + '\n' : std::string();
     const std::string_view text =
         choice.isHex ? hex : std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size());

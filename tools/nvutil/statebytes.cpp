@@ -117,7 +117,7 @@ private:
 
     /// Takes the list up to m_end: its mark and its records.
     void WalkList() {
-        if (m_depth > deepestNesting) {
+        if (m_depth > deepestNesting + 1) {  // the namespaces are a list of lists
             NV_THROW(ExceptionInvalidArgument, "ReportNameSpacesFields", __LINE__,
                      NV_TEXT("lists are nested more than %d levels deep"), deepestNesting);
         }

@@ -28,6 +28,15 @@ using Json = nlohmann::json;
     NV_THROW(ExceptionInvalidArgument, "ReadStateJson", __LINE__, NV_TEXT("%s"), FromUtf8(message));
 }
 
+/// Refuses the member at a path, of which a long one is cut in its middle.
+[[noreturn]] void RefuseMember(const std::string& path, const std::string& problem) {
+    constexpr std::size_t longestPath = 160;
+    constexpr std::size_t part = (longestPath - 3) / 2;
+    const bool isLong = path.size() > longestPath;
+    const std::string shown = isLong ? path.substr(0, part) + "..." + path.substr(path.size() - part) : path;
+    Refuse((path.empty() ? "the document" : shown) + ": " + problem);
+}
+
 /// A place in a document, as a chain of members from the innermost to the root.
 class Place {
 public:
@@ -47,10 +56,7 @@ public:
         return parent.empty() ? std::string(m_name) : parent + '.' + std::string(m_name);
     }
 
-    [[noreturn]] void RefuseBecause(const std::string& problem) const {
-        const std::string path = GetPath();
-        Refuse((path.empty() ? "the document" : path) + ": " + problem);
-    }
+    [[noreturn]] void RefuseBecause(const std::string& problem) const { RefuseMember(GetPath(), problem); }
 
     const Place& RequireObject() const {
         if (!m_json.is_object()) RefuseBecause("must be an object");
@@ -146,15 +152,15 @@ private:
 
     void Enter() {
         constexpr std::size_t levelsOfAList = 4;  // attribute, value, list, items
-        constexpr std::size_t levelsOfTheRest = 8;
+        constexpr std::size_t levelsOfTheRest = 16;
         if (m_levels.size() == levelsOfAList * deepestNesting + levelsOfTheRest)
-            Refuse(GetPath() + ": is nested too deep");
+            RefuseMember(GetPath(), "is nested too deep");
         m_levels.emplace_back();
     }
     void TakeKey(const std::string& name) {
         Level& level = m_levels.back();
         level.name = name;
-        if (!level.names.insert(name).second) Refuse(GetPath() + ": comes twice");
+        if (!level.names.insert(name).second) RefuseMember(GetPath(), "comes twice");
     }
     void CountItem() {
         if (!m_levels.empty()) ++m_levels.back().index;
