@@ -101,8 +101,8 @@ CXString::~CXString() {
 
 CXString& CXString::operator=(const CXString& other) {
     if (m_characters == other.m_characters) return *this;
-    if (GetData()->refs < 0 && GetData() != &emptyBuffer.data) {
-        AssignCopy(other.GetLength(), other.m_characters);  // a locked buffer stays this string's own
+    if (IsLocked()) {
+        AssignCopy(other.GetLength(), other.m_characters);
     } else {
         CXString copy(other);
         Swap(copy);
@@ -111,7 +111,11 @@ CXString& CXString::operator=(const CXString& other) {
 }
 
 CXString& CXString::operator=(CXString&& other) noexcept {
-    Swap(other);
+    if (IsLocked() && other.GetLength() <= GetAllocLength()) {
+        AssignCopy(other.GetLength(), other.m_characters);
+    } else {
+        Swap(other);
+    }
     return *this;
 }
 
@@ -608,5 +612,9 @@ void CXString::FreeData(Data* data) {
 
 /// Whether no other string may see a change of the buffer.
 bool CXString::IsWritable() const {
-    return GetData()->refs == 1 || (GetData()->refs < 0 && GetData() != &emptyBuffer.data);
+    return GetData()->refs == 1 || IsLocked();
+}
+
+bool CXString::IsLocked() const {
+    return GetData()->refs < 0 && GetData() != &emptyBuffer.data;
 }

@@ -161,7 +161,8 @@ public:
     void FreeExtra();
     /// Code units available without growing.
     int GetAllocLength() const { return GetData()->allocLength; }
-    /// A private buffer that copies of this string do not share until UnlockBuffer.
+    /// A private buffer that copies of this string do not share until UnlockBuffer. Assignments write to it
+    /// as long as the text fits.
     WChar* LockBuffer();
     void UnlockBuffer();
 
@@ -205,6 +206,7 @@ private:
     static void Release(Data* data);
     static void FreeData(Data* data);
     bool IsWritable() const;
+    bool IsLocked() const;
     [[noreturn]] static void ThrowOutOfMemory();
 
     friend NVUTIL_API CXString operator+(const CXString& left, const CXString& right);

@@ -172,7 +172,8 @@ double Number::Round(double value, int decimals, double threshold) {
     auto whole = Truncate<std::int64_t>(scaled);
     if (scaled > 0 && whole < 0) whole = wholeOfOverflow;
 
-    // The single precision is deliberate: it decides the ties of large values. The difference may wrap.
+    // The single precision is deliberate: it decides the ties of large values. So is the difference that
+    // wraps after an overflow: it makes the whole part the largest 32-bit integer.
     const float wholeInUnits = static_cast<float>(whole) * 100000.0F;
     const auto fraction =
         static_cast<std::int64_t>(static_cast<std::uint64_t>(Truncate<std::int64_t>(scaled * 100000.0)) -

@@ -12,9 +12,8 @@ namespace {
 
 // Deflate data of one block each.
 constexpr char zeros32768[] =
-    "ED C1 01 01 00 00 00 80 90 FE AF EE 08 0A 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-    "00 "
-    "00 00 00 00 00 00 00 00 00 18 46";
+    "ED C1 01 01 00 00 00 80 90 FE AF EE 08 0A 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+    "00 00 00 00 00 00 00 00 00 00 00 00 00 18";
 constexpr char letterA[] = "73 04 00";
 
 struct Block {
@@ -159,8 +158,8 @@ TEST(CabinetLayout, AcceptsOrRefusesByItsRules) {
         {"a file of another folder", [](Cabinet& c) { c.fileFolder = 1; }, corrupt},
         {"no name", [](Cabinet& c) { c.name.clear(); }, corrupt},
         {"a name of 256 bytes", [](Cabinet& c) { c.name.assign(256, 'x'); }, corrupt},
-        {"another name", [](Cabinet& c) { c.name = "x"; }, "11: FDIERROR_USER_ABORT"},
-        {"the cabinet's own name", [](Cabinet& c) { c.name = "//Compressed-Data//"; },
+        {"another name", [](Cabinet& c) { c.name = std::string("x"); }, "11: FDIERROR_USER_ABORT"},
+        {"the cabinet's own name", [](Cabinet& c) { c.name = std::string("//Compressed-Data//"); },
          "11: FDIERROR_USER_ABORT"},
         {"a short block before the last", [](Cabinet& c) { std::swap(c.blocks[0], c.blocks[1]); }, corrupt},
         {"a block without bytes",

