@@ -21,6 +21,10 @@ constexpr FailureCodes fciCodes{FCIERR_ALLOC_FAIL, FCIERR_MCI_FAIL};
 constexpr int createFlags = 0x8302;
 constexpr int createMode = 0x180;
 
+template <class T>
+using List = std::vector<T, CallerAllocator<T>>;
+using Bytes = List<BYTE>;
+
 struct FciCallbacks {
     FciFilePlacedFunction filePlaced;
     FciOpenFunction open;
@@ -50,9 +54,7 @@ public:
         return got;
     }
 
-    template <class Bytes>
     void Write(Bytes& bytes) {
-        if (bytes.empty()) return;
         int error = 0;
         const auto size = static_cast<unsigned>(bytes.size());
         if (m_callbacks.write(m_handle, bytes.data(), size, &error, m_callbacks.user) != size) {
@@ -89,10 +91,6 @@ public:
     void FlushCabinet(FciStatusFunction status);
 
 private:
-    using Bytes = std::vector<BYTE, CallerAllocator<BYTE>>;
-    template <class T>
-    using List = std::vector<T, CallerAllocator<T>>;
-
     struct File {
         FileEntry entry;
         std::size_t name;  // Where its name begins in m_names.
@@ -124,12 +122,14 @@ private:
     std::size_t m_firstFileOfFolder = 0;
     std::size_t m_blockFill = 0;
     Scratch m_block;
+    Scratch m_encoded;
 
-    // The cabinet: offsets in the folder entries are relative to m_data until the tables are encoded.
+    // The cabinet: offsets in the folder entries count from the first block until the tables are encoded.
     List<FolderEntry> m_folders;
     List<File> m_files;
     List<char> m_names;
-    Bytes m_data;
+    List<Bytes> m_blocks;
+    std::size_t m_blocksSize = 0;
 };
 
 CabinetWriter::CabinetWriter(ERF& errors, const Memory& memory, const FciCallbacks& callbacks,
@@ -139,10 +139,11 @@ CabinetWriter::CabinetWriter(ERF& errors, const Memory& memory, const FciCallbac
       m_callbacks(callbacks),
       m_parameters(parameters),
       m_block(memory),
+      m_encoded(memory),
       m_folders(CallerAllocator<FolderEntry>(memory)),
       m_files(CallerAllocator<File>(memory)),
       m_names(CallerAllocator<char>(memory)),
-      m_data(CallerAllocator<BYTE>(memory)) {
+      m_blocks(CallerAllocator<Bytes>(memory)) {
     if (parameters.cbReserveCFHeader > maxHeaderReserve || parameters.cbReserveCFFolder > maxEntryReserve ||
         parameters.cbReserveCFData > maxEntryReserve) {
         throw Failure{FCIERR_CAB_FILE};
@@ -162,7 +163,7 @@ std::size_t CabinetWriter::FirstFolderOffset() const {
 std::size_t CabinetWriter::CabinetSize() const {
     return FirstFolderOffset() +
            m_folders.size() * (encodedSize<FolderEntry> + m_parameters.cbReserveCFFolder) +
-           m_files.size() * encodedSize<FileEntry> + m_names.size() + m_data.size();
+           m_files.size() * encodedSize<FileEntry> + m_names.size() + m_blocksSize;
 }
 
 void CabinetWriter::CheckCabinetSize() const {
@@ -227,22 +228,23 @@ void CabinetWriter::ReadSource(FciFile& source, File& file, FciStatusFunction st
     }
 }
 
-// Appends the block being filled to the data, with its header.
+// Encodes the block being filled, with its header and reserved area, and appends it to the cabinet's blocks.
 void CabinetWriter::AppendBlock(FciStatusFunction status) {
     if (m_folder.blockCount == 0xFFFF) throw Failure{FCIERR_CAB_FILE};
     const std::size_t headSize = encodedSize<DataHeader> + m_parameters.cbReserveCFData;
-    const std::size_t start = m_data.size();
-    m_data.resize(start + headSize + m_blockFill + maxMszipOverhead);
-    BYTE* head = m_data.data() + start;
+    BYTE* head = m_encoded.Reserve(headSize + m_blockFill + maxMszipOverhead);
     const std::size_t payloadSize = EncodeBlock(head + headSize);
 
     DataHeader header{0, static_cast<std::uint16_t>(payloadSize), static_cast<std::uint16_t>(m_blockFill)};
+    std::memset(head, 0, headSize);
     Encode(header, head);
     header.checksum = BlockChecksum({head, headSize}, {head + headSize, payloadSize});
     Encode(header, head);
 
-    m_data.resize(start + headSize + payloadSize);
-    m_folderDataSize += headSize + payloadSize;
+    const std::size_t size = headSize + payloadSize;
+    m_blocks.emplace_back(head, head + size, CallerAllocator<BYTE>(m_memory));
+    m_blocksSize += size;
+    m_folderDataSize += size;
     ++m_folder.blockCount;
     CheckCabinetSize();
     ReportStatus(status, statusFile, payloadSize, std::exchange(m_blockFill, 0));
@@ -260,7 +262,7 @@ void CabinetWriter::FlushFolder(FciStatusFunction status) {
     if (m_folders.size() == continuedFromPrevious)
         throw Failure{FCIERR_CAB_FILE};  // No folder number is left.
     if (m_blockFill != 0) AppendBlock(status);
-    m_folder.dataOffset = static_cast<std::uint32_t>(m_data.size() - m_folderDataSize);
+    m_folder.dataOffset = static_cast<std::uint32_t>(m_blocksSize - m_folderDataSize);
     m_folders.push_back(m_folder);
     CheckCabinetSize();
 
@@ -288,12 +290,13 @@ void CabinetWriter::FlushCabinet(FciStatusFunction status) {
     m_folders.clear();
     m_files.clear();
     m_names.clear();
-    m_data.clear();
+    m_blocks.clear();
+    m_blocksSize = 0;
     m_firstFileOfFolder = 0;
 }
 
 // Everything that stands before the folders' blocks. Reserved areas stay zero.
-CabinetWriter::Bytes CabinetWriter::EncodeTables() {
+Bytes CabinetWriter::EncodeTables() {
     const std::size_t folderEntrySize = encodedSize<FolderEntry> + m_parameters.cbReserveCFFolder;
     Header header{};
     header.signature = headerSignature;
@@ -308,7 +311,7 @@ CabinetWriter::Bytes CabinetWriter::EncodeTables() {
     header.setId = m_parameters.setID;
     header.cabinetIndex = static_cast<std::uint16_t>(m_parameters.iCab);
 
-    Bytes tables(CabinetSize() - m_data.size(), BYTE{0}, CallerAllocator<BYTE>(m_memory));
+    Bytes tables(CabinetSize() - m_blocksSize, BYTE{0}, CallerAllocator<BYTE>(m_memory));
     Encode(header, tables.data());
     if (HasReservedAreas()) {
         const ReserveSizes sizes{static_cast<std::uint16_t>(m_parameters.cbReserveCFHeader),
@@ -342,7 +345,8 @@ void CabinetWriter::WriteCabinetFile(Bytes& tables) {
     if (handle == invalidFileHandle) throw Failure{FCIERR_CAB_FILE, error};
     FciFile cabinet(m_callbacks, handle);
     cabinet.Write(tables);
-    cabinet.Write(m_data);
+    for (Bytes& block : m_blocks)
+        cabinet.Write(block);
     cabinet.Close(FCIERR_CAB_FILE);
 }
 

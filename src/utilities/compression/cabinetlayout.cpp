@@ -6,6 +6,9 @@
 #include <cstring>
 #include <span>
 
+#include "utilities/compression/mszippayload.h"
+#include "utilities/utilitiesdll/bytebuffer.h"
+
 namespace {
 
 using namespace platform::cabinet;
@@ -81,9 +84,7 @@ private:
         if (!ReadAt(m_folderEntryBegin, entry)) return FDIERROR_CORRUPT_CABINET;
         m_blocksBegin = DwordAt(entry);
         m_blockCount = WordAt(entry + 4);
-        m_compression = WordAt(entry + 6);
-        const bool known = m_compression == tcompTYPE_NONE || m_compression == tcompTYPE_MSZIP;
-        return known ? FDIERROR_NONE : FDIERROR_BAD_COMPR_TYPE;
+        return WordAt(entry + 6) == tcompTYPE_MSZIP ? FDIERROR_NONE : FDIERROR_BAD_COMPR_TYPE;
     }
 
     FDIERROR CheckFile() {
@@ -124,19 +125,27 @@ private:
                 (uncompressed == 0 && m_blockCount != 1))
                 return FDIERROR_CORRUPT_CABINET;
             position += blockHeaderSize + m_blockReserve;
-            if (!CheckPayload(position, payload, uncompressed)) return FDIERROR_CORRUPT_CABINET;
+            if (!CheckPayload(position, payload, uncompressed, total)) return FDIERROR_CORRUPT_CABINET;
             position += payload;
             total += uncompressed;
         }
         return total == m_fileSize ? FDIERROR_NONE : FDIERROR_CORRUPT_CABINET;
     }
 
-    bool CheckPayload(std::uint64_t begin, std::uint32_t payload, std::uint32_t uncompressed) {
+    bool CheckPayload(std::uint64_t begin, std::uint32_t payload, std::uint32_t uncompressed,
+                      std::uint64_t history) {
         if (payload > largestPayload || begin + payload > m_cabinetSize) return false;
-        if (m_compression == tcompTYPE_NONE) return payload == uncompressed;
-        BYTE start[sizeof blockSignature];
-        return payload >= sizeof start && ReadAt(begin, start) &&
-               std::memcmp(start, blockSignature, sizeof start) == 0;
+        constexpr std::uint32_t signatureSize = sizeof blockSignature;
+        BYTE start[signatureSize];
+        if (payload < signatureSize || !ReadAt(begin, start)) return false;
+        if (std::memcmp(start, blockSignature, signatureSize) != 0) return false;
+        // Nothing is expanded of a folder without data, whatever the payload of its block.
+        if (readerChecksPayloads || uncompressed == 0) return true;
+
+        m_payload.resize(payload - signatureSize);
+        return ReadAt(begin + signatureSize, m_payload) &&
+               MszipPayloadFillsBlock(m_payload, std::min<std::uint64_t>(history, largestBlock),
+                                      uncompressed);
     }
 
     /// Fills `out` with bytes of the cabinet; false when they do not all lie inside it.
@@ -157,7 +166,7 @@ private:
     std::uint32_t m_fileSize = 0;
     std::uint32_t m_blocksBegin = 0;
     unsigned m_blockCount = 0;
-    WORD m_compression = 0;
+    ByteBuffer m_payload;  ///< Of the block under check.
 };
 
 }  // namespace

@@ -25,8 +25,8 @@ ByteBuffer& AppendInteger(ByteBuffer& buffer, Integer value) {
 
 template <class Integer>
 ByteBuffer CreateFromInteger(Integer value) {
-    ByteBuffer buffer;
-    AppendInteger(buffer, value);
+    ByteBuffer buffer(sizeof(value), 0);
+    std::memcpy(buffer.data(), &value, sizeof(value));
     return buffer;
 }
 

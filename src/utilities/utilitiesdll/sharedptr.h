@@ -103,14 +103,14 @@ private:
     }
 
     void Unshare() {
-        static_assert(sizeof(T) > 0, "include the header of the class that is pointed to");
-        if (m_info == nullptr || --m_info->count != 0) {
-            m_info = nullptr;
-            return;
-        }
-        if (m_info->owned) delete m_info->object;
-        delete m_info;
-        m_info = nullptr;
+        SharedPtrInfoStruct* info = std::exchange(m_info, nullptr);
+        if (info != nullptr && --info->count == 0) Destroy(info);
+    }
+
+    // Out of line, for GCC would otherwise take the other holders' later use of the record for a mistake.
+    [[gnu::noinline]] static void Destroy(SharedPtrInfoStruct* info) {
+        if (info->owned) delete info->object;
+        delete info;
     }
 
     SharedPtrInfoStruct* m_info;

@@ -31,6 +31,9 @@ TEST(BuiltInCabinet, RefusesWithTheDocumentedCodes) {
     const Bytes valid = OneFile(tcompTYPE_NONE, 3, {{abc, 3}}).Build();
     HandMadeCabinet endlessName = OneFile(tcompTYPE_NONE, 3, {{abc, 3}});
     endlessName.files[0].name = std::string(256, 'n');
+    HandMadeCabinet otherFolder = OneFile(tcompTYPE_MSZIP, 32768, {{StoredMszip(Noise(32768)), 32768}});
+    otherFolder.folders.push_back({tcompTYPE_MSZIP, {{MatchAtLargestDistance(), 258}}});
+    otherFolder.files.push_back({"b", 258, 0, 1});
     const Bytes largeBlock = Noise(32781);
     const struct {
         const char* name;
@@ -68,6 +71,7 @@ TEST(BuiltInCabinet, RefusesWithTheDocumentedCodes) {
         {"too much data", OneFile(tcompTYPE_MSZIP, 2, {{StoredMszip(abc), 2}}).Build(), FDIERROR_MDI_FAIL},
         {"reference before the folder",
          OneFile(tcompTYPE_MSZIP, 258, {{MatchAtLargestDistance(), 258}}).Build(), FDIERROR_MDI_FAIL},
+        {"reference into another folder", otherFolder.Build(), FDIERROR_MDI_FAIL},
         {"Quantum", OneFile(tcompTYPE_QUANTUM, 3, {{abc, 3}}).Build(), FDIERROR_BAD_COMPR_TYPE},
         {"LZX", OneFile(tcompTYPE_LZX | 0x1500, 3, {{abc, 3}}).Build(), FDIERROR_BAD_COMPR_TYPE},
     };

@@ -12,9 +12,8 @@ namespace {
 
 // Deflate data of one block each.
 constexpr char zeros32768[] =
-    "ED C1 01 01 00 00 00 80 90 FE AF EE 08 0A 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-    "00 "
-    "00 00 00 00 00 00 00 00 00 18 46";
+    "ED C1 01 01 00 00 00 80 90 FE AF EE 08 0A 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+    "00 00 00 00 00 00 00 00 00 00 00 00 00 18";
 constexpr char letterA[] = "73 04 00";
 
 struct Block {
@@ -143,6 +142,7 @@ TEST(CabinetLayout, AcceptsOrRefusesByItsRules) {
         {"two folders", [](Cabinet& c) { c.folders = 2; }, corrupt},
         {"no file", [](Cabinet& c) { c.files = 0; }, corrupt},
         {"as many files as can be", [](Cabinet& c) { c.files = -1; }, corrupt},
+        {"no compression", [](Cabinet& c) { c.compression = 0; }, "6: FDIERROR_BAD_COMPR_TYPE"},
         {"another compression", [](Cabinet& c) { c.compression = 3; }, "6: FDIERROR_BAD_COMPR_TYPE"},
         {"blocks over the entries", [](Cabinet& c) { c.blocksOffset = 36; }, corrupt},
         {"blocks behind the end", [](Cabinet& c) { c.blocksOffset = 0x7FFFFFFF; }, corrupt},
@@ -159,8 +159,8 @@ TEST(CabinetLayout, AcceptsOrRefusesByItsRules) {
         {"a file of another folder", [](Cabinet& c) { c.fileFolder = 1; }, corrupt},
         {"no name", [](Cabinet& c) { c.name.clear(); }, corrupt},
         {"a name of 256 bytes", [](Cabinet& c) { c.name.assign(256, 'x'); }, corrupt},
-        {"another name", [](Cabinet& c) { c.name = "x"; }, "11: FDIERROR_USER_ABORT"},
-        {"the cabinet's own name", [](Cabinet& c) { c.name = "//Compressed-Data//"; },
+        {"another name", [](Cabinet& c) { c.name = std::string("x"); }, "11: FDIERROR_USER_ABORT"},
+        {"the cabinet's own name", [](Cabinet& c) { c.name = std::string("//Compressed-Data//"); },
          "11: FDIERROR_USER_ABORT"},
         {"a short block before the last", [](Cabinet& c) { std::swap(c.blocks[0], c.blocks[1]); }, corrupt},
         {"a block without bytes",

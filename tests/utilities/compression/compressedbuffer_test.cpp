@@ -29,10 +29,10 @@ constexpr char emptyState[] = "02 FF FF FF FF 00 00 00 00 43 4F 4D 35";
 constexpr char zlibOfAbc[] = "78 DA 4B 4C 4A 06 00 02 4D 01 27";
 // 32,767 and 32,768 zero bytes.
 constexpr char zlibOf32767Zeros[] =
-    "78 DA ED C1 01 01 00 00 00 82 20 FF AF 6E 48 40 01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00"
+    "78 DA ED C1 01 01 00 00 00 82 20 FF AF 6E 48 40 01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
     "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 C0 BD 01 7F FF 00 01";
 constexpr char zlibOf32768Zeros[] =
-    "78 DA ED C1 01 01 00 00 00 80 90 FE AF EE 08 0A 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00"
+    "78 DA ED C1 01 01 00 00 00 80 90 FE AF EE 08 0A 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
     "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 18 80 00 00 01";
 
 /// Bytes that compress to about half, the same on every run.
@@ -242,9 +242,10 @@ TEST(CompressedBuffer, DamageGivesTheDataOrADocumentedException) {
     const std::string intact = Hex(data);
     const auto expectDocumented = [&](const ByteBuffer& damaged, std::size_t where) {
         const std::string outcome = Outcome(damaged);
-        // A flipped sign of the size makes the buffer an empty one.
+        // Nothing protects the footer's size: one below 1 makes the buffer an empty one.
+        const bool inSize = where >= state.size() - 8 && where < state.size() - 4;
         const bool documented = outcome == intact || outcome == "damaged" || outcome == "incompatible" ||
-                                outcome == "bad footer" || (outcome.empty() && where == state.size() - 8);
+                                outcome == "bad footer" || (outcome.empty() && inSize);
         EXPECT_TRUE(documented) << "byte " << where << ": " << outcome;
     };
     for (std::size_t size = 0; size < state.size(); ++size) {
@@ -312,9 +313,10 @@ TEST(CabCompressedBuffer, WritesOverItsOutputAndNeverShortensIt) {
     CabCompressedBuffer::UncompressBuffer(longer, out);
     EXPECT_EQ(Hex(out), "61 62 63 04 05");
 
-    CabCompressedBuffer::UncompressBuffer(cabinet, cabinet);
-    EXPECT_EQ(Hex(LastBytes(cabinet, 1)), "00") << "the cabinet's own tail stays behind the data";
-    EXPECT_EQ(Hex(ByteBuffer(cabinet.begin(), cabinet.begin() + 3)), "61 62 63");
+    ByteBuffer both = cabinet;
+    CabCompressedBuffer::UncompressBuffer(both, both);
+    std::copy(data.begin(), data.end(), cabinet.begin());
+    EXPECT_EQ(both, cabinet) << "a buffer may be unpacked over itself";
 }
 
 TEST(CabCompressedBuffer, RefusesToCompressWithoutABuffer) {

@@ -193,10 +193,10 @@ TEST(ExceptionDescription, SplitsAnyPath) {
 }
 
 TEST(ExceptionDescription, OfAComExceptionAddsTheStatusCode) {
-    const std::string description = Describe(MakeComException(static_cast<HRESULT>(0x80004003)));
+    const std::string description = Describe(MakeComException(static_cast<HRESULT>(0x80004001)));
     EXPECT_NE(
         std::string::npos,
-        description.find("\r\nDetails:\r\n\tmessage\r\n\n\tCOM Error HRESULT = 0x80004003 (Invalid pointer"));
+        description.find("\r\nDetails:\r\n\tmessage\r\n\n\tCOM Error HRESULT = 0x80004001 (Not implemented"));
     EXPECT_EQ(").\n\n", description.substr(description.size() - 4));
     EXPECT_EQ(
         "COM Error HRESULT = 0x8badf00d ().",
