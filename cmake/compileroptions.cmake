@@ -2,8 +2,7 @@
 add_library(nvutil_options INTERFACE)
 
 if(MSVC)
-    # 5030: attributes of other compilers are to be ignored, as the language says.
-    target_compile_options(nvutil_options INTERFACE /W4 /WX /wd5030 /utf-8 /permissive- /Zc:preprocessor)
+    target_compile_options(nvutil_options INTERFACE /W4 /WX /utf-8 /permissive- /Zc:preprocessor)
 else()
     target_compile_options(nvutil_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
     # GCC 12's flow analysis raises false alarms in standard containers that it has inlined, and about deletes
