@@ -1,0 +1,229 @@
+// The fields of a compressed buffer, as `buffer info` prints them.
+#include "nvutil/cabinetinfo.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include "nvutil/text.h"
+#include "utilities/compression/compressedbuffer.h"
+#include "utilities/debuggingandexceptions/throwprotocol.h"
+#include "utilities/utilitiesdll/bytebuffer.h"
+
+namespace {
+
+constexpr std::size_t nameWidth = 18;
+
+void WriteLine(std::ostream& out, std::string_view name, std::string_view value) {
+    out << Padded(name, nameWidth) << value << '\n';
+}
+
+/// What the last bytes of a state say. Older footers lack some of it.
+struct Footer {
+    std::string_view signature;
+    std::size_t size;
+    std::optional<unsigned> format;
+    std::optional<std::int32_t> setting;
+    std::uint32_t originalSize;
+};
+
+std::uint32_t BigEndianAt(std::span<const BYTE> bytes) {
+    std::uint32_t number = 0;
+    for (const BYTE byte : bytes.first(4))
+        number = number << 8 | byte;
+    return number;
+}
+
+Footer ReadFooter(std::span<const BYTE> state) {
+    const auto endsIn = [state](const char(&signature)[4]) {
+        return state.size() >= CompressedBuffer::GetSizeOf37FooterInfo() &&
+               std::equal(std::begin(signature), std::end(signature), state.end() - 4);
+    };
+    const auto fieldBefore = [state](std::size_t distance) {
+        return BigEndianAt(state.subspan(state.size() - distance));
+    };
+    if (endsIn(CompressedBuffer::m_skrchSignatureBytes) &&
+        state.size() >= CompressedBuffer::GetSizeOfFooterInfo()) {
+        return {"COM5", CompressedBuffer::GetSizeOfFooterInfo(), state[state.size() - 13],
+                static_cast<std::int32_t>(fieldBefore(12)), fieldBefore(8)};
+    }
+    if (endsIn(CompressedBuffer::m_skrchSignatureBytes40) &&
+        state.size() >= CompressedBuffer::GetSizeOf40FooterInfo()) {
+        return {"COM4", CompressedBuffer::GetSizeOf40FooterInfo(), CompressedBuffer::CF_ZLIB,
+                static_cast<std::int32_t>(fieldBefore(12)), fieldBefore(8)};
+    }
+    if (endsIn(CompressedBuffer::m_skrchSignatureBytes37)) {
+        return {"COMP", CompressedBuffer::GetSizeOf37FooterInfo(), std::nullopt, std::nullopt,
+                fieldBefore(8)};
+    }
+    NV_THROW(ExceptionMissingOrBadCompressedBufferFooter, "WriteBufferInfo", __LINE__,
+             NV_TEXT("ends in no footer of a compressed buffer"));
+}
+
+std::string NameOfFormat(unsigned format) {
+    constexpr std::string_view names[] = {"unknown", "zlib", "cabinet"};
+    return std::to_string(format) + " (" + std::string(format < std::size(names) ? names[format] : names[0]) +
+           ')';
+}
+
+void WriteFooter(const Footer& footer, std::size_t stateSize, std::ostream& out) {
+    WriteLine(out, "State", CountText(stateSize, "byte"));
+    WriteLine(out, "Footer", std::string(footer.signature) + ", " + CountText(footer.size, "byte"));
+    WriteLine(out, "Format", footer.format ? NameOfFormat(*footer.format) : "not stored");
+    WriteLine(out, "Setting", footer.setting ? std::to_string(*footer.setting) : "not stored");
+    WriteLine(out, "Original size", CountText(footer.originalSize, "byte"));
+    WriteLine(out, "Compressed size", CountText(stateSize - footer.size, "byte"));
+}
+
+/// Prints a cabinet from front to back. The walks throw where it ends too early.
+class CabinetPrinter {
+public:
+    CabinetPrinter(std::span<const BYTE> cabinet, std::ostream& out) : m_cabinet(cabinet), m_out(out) {}
+
+    void Write() {
+        ByteWalk walk = WalkFrom(0);
+        if (TakeDword(walk) != signature) {
+            WriteLine(m_out, "Cabinet", "none: the signature is missing");
+            return;
+        }
+        WriteHeader(walk);
+        WriteFolders(walk);
+        WriteFiles();
+        WriteBlocks();
+    }
+
+private:
+    static constexpr std::uint32_t signature = 0x4643534D;  // "MSCF"
+    static constexpr WORD flagReservedAreas = 0x0004;
+
+    struct Folder {
+        std::uint32_t firstBlock;
+        WORD blocks;
+    };
+
+    ByteWalk WalkFrom(std::size_t offset) const {
+        const std::size_t begin = std::min(offset, m_cabinet.size());
+        return {m_cabinet.data() + begin, m_cabinet.size() - begin};
+    }
+    static BYTE TakeByte(ByteWalk& walk) {
+        return ByteBuffer::WalkBufferToGetByte(walk.cursor, walk.remaining);
+    }
+    static WORD TakeWord(ByteWalk& walk) {
+        return ByteBuffer::WalkBufferToGetWord(walk.cursor, walk.remaining);
+    }
+    static std::uint32_t TakeDword(ByteWalk& walk) {
+        return static_cast<std::uint32_t>(ByteBuffer::WalkBufferToGetInt(walk.cursor, walk.remaining));
+    }
+    static void Skip(ByteWalk& walk, unsigned size) {
+        for (unsigned i = 0; i < size; ++i)
+            TakeByte(walk);
+    }
+
+    void WriteHeader(ByteWalk& walk) {
+        TakeDword(walk);  // reserved
+        const std::uint32_t size = TakeDword(walk);
+        TakeDword(walk);
+        m_filesBegin = TakeDword(walk);
+        TakeDword(walk);
+        const unsigned minorVersion = TakeByte(walk);
+        const unsigned majorVersion = TakeByte(walk);
+        m_folderCount = TakeWord(walk);
+        m_fileCount = TakeWord(walk);
+        const WORD flags = TakeWord(walk);
+        const WORD setIdentifier = TakeWord(walk);
+        const WORD index = TakeWord(walk);
+        if ((flags & flagReservedAreas) != 0) {
+            const WORD headerReserve = TakeWord(walk);
+            m_folderReserve = TakeByte(walk);
+            m_blockReserve = TakeByte(walk);
+            Skip(walk, headerReserve);
+        }
+        WriteLine(m_out, "Cabinet",
+                  CountText(size, "byte") + ", version " + std::to_string(majorVersion) + '.' +
+                      std::to_string(minorVersion) + ", flags 0x" + HexNumber(flags, 4));
+        WriteLine(m_out, "Set", std::to_string(setIdentifier) + ", cabinet " + std::to_string(index));
+        WriteLine(m_out, "Entries",
+                  CountText(m_folderCount, "folder") + ", " + CountText(m_fileCount, "file"));
+        if (size < m_cabinet.size())
+            WriteLine(m_out, "Behind the cabinet", CountText(m_cabinet.size() - size, "byte"));
+    }
+
+    void WriteFolders(ByteWalk& walk) {
+        constexpr std::string_view compressions[] = {"not compressed", "MSZIP", "Quantum", "LZX"};
+        for (unsigned i = 0; i < m_folderCount; ++i) {
+            const Folder folder{TakeDword(walk), TakeWord(walk)};
+            const WORD compression = TakeWord(walk);
+            Skip(walk, m_folderReserve);
+            m_folders.push_back(folder);
+            WriteLine(m_out, "Folder " + std::to_string(i),
+                      std::string(compressions[compression & 3]) + ", " + CountText(folder.blocks, "block") +
+                          " from offset " + std::to_string(folder.firstBlock));
+        }
+    }
+
+    void WriteFiles() {
+        ByteWalk walk = WalkFrom(m_filesBegin);
+        for (unsigned i = 0; i < m_fileCount; ++i) {
+            const std::uint32_t size = TakeDword(walk);
+            const std::uint32_t offset = TakeDword(walk);
+            const WORD folder = TakeWord(walk);
+            const WORD date = TakeWord(walk);
+            const WORD time = TakeWord(walk);
+            const WORD attributes = TakeWord(walk);
+            std::string name;
+            while (const BYTE character = TakeByte(walk))
+                name += static_cast<char>(character);
+            WriteLine(m_out, "File " + std::to_string(i),
+                      QuotedText(name) + ", " + CountText(size, "byte") + " at offset " +
+                          std::to_string(offset) + " of folder " + std::to_string(folder) + ", " +
+                          DosTime(date, time) + ", attributes 0x" + HexNumber(attributes, 4));
+        }
+    }
+
+    void WriteBlocks() {
+        for (const Folder& folder : m_folders) {
+            std::size_t offset = folder.firstBlock;
+            for (unsigned i = 0; i < folder.blocks; ++i) {
+                ByteWalk walk = WalkFrom(offset);
+                const std::uint32_t checksum = TakeDword(walk);
+                const WORD compressed = TakeWord(walk);
+                const WORD uncompressed = TakeWord(walk);
+                Skip(walk, m_blockReserve + unsigned{compressed});
+                WriteLine(m_out, "Block " + std::to_string(i),
+                          "at offset " + std::to_string(offset) + ", checksum 0x" + HexNumber(checksum, 8) +
+                              ", " + CountText(uncompressed, "byte") + " in " + Grouped(compressed));
+                offset = m_cabinet.size() - walk.remaining;
+            }
+        }
+    }
+
+    /// "1997-03-12 11:13:52", from the two words of a DOS directory.
+    static std::string DosTime(unsigned date, unsigned time) {
+        const auto digits = [](unsigned number) { return (number < 10 ? "0" : "") + std::to_string(number); };
+        return std::to_string(1980 + (date >> 9)) + '-' + digits(date >> 5 & 0xF) + '-' +
+               digits(date & 0x1F) + ' ' + digits(time >> 11) + ':' + digits(time >> 5 & 0x3F) + ':' +
+               digits((time & 0x1F) * 2);
+    }
+
+    std::span<const BYTE> m_cabinet;
+    std::ostream& m_out;
+    std::uint32_t m_filesBegin = 0;
+    WORD m_folderCount = 0;
+    WORD m_fileCount = 0;
+    unsigned m_folderReserve = 0;
+    unsigned m_blockReserve = 0;
+    std::vector<Folder> m_folders;
+};
+
+}  // namespace
+
+void WriteBufferInfo(std::span<const BYTE> state, std::ostream& out) {
+    const Footer footer = ReadFooter(state);
+    WriteFooter(footer, state.size(), out);
+    const auto compressed = state.first(state.size() - footer.size);
+    if (footer.format != CompressedBuffer::CF_CABINET || compressed.empty()) return;
+    CabinetPrinter(compressed, out).Write();
+}

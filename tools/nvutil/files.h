@@ -1,0 +1,27 @@
+// Files as the commands read and write them; "-" is standard input or output.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "nvutil/command.h"
+#include "utilities/utilitiesdll/bytebuffer.h"
+
+/// The most that a buffer of the library can hold.
+constexpr std::size_t largestInput = 0x7FFFFFFF;
+
+/// Reads everything from a file, which becomes the subject of the run.
+/// @param name  in UTF-8
+/// @throws ExceptionCreateFileForReading, ExceptionReadFile, and ExceptionInvalidArgument when there are more
+///         than `limit` bytes
+ByteBuffer ReadInput(ToolRun& run, const std::string& name, std::size_t limit = largestInput);
+
+/// Where a command puts its bytes.
+struct OutputChoice {
+    std::string name = "-";
+    bool isHex = false;  ///< Print them as upper-case hexadecimal text instead.
+};
+
+/// Writes a file in one step: it appears complete or not at all, and one of that name is replaced.
+/// @throws ExceptionCreateFileForWriting, ExceptionWriteFile
+void WriteOutput(ToolRun& run, const OutputChoice& choice, const ByteBuffer& bytes);

@@ -1,0 +1,33 @@
+// A persisted attribute state, taken apart for showing and comparing.
+#pragma once
+
+#include <vector>
+
+#include "platform/types.h"
+#include "utilities/attributebytes/attributebytesrawlist.h"
+#include "utilities/attributebytes/persistentattributes.h"
+#include "utilities/utilitiesdll/bytebuffer.h"
+#include "utilities/utilitiesdll/driverversion.h"
+
+/// One namespace of a state.
+struct NameSpace {
+    LONG number;
+    AttributeBytesRawList attributes;
+};
+
+/// What a state holds.
+struct StateContents {
+    PersistentAttributes::PersistentAttributesHeaderType header;
+    std::size_t size;                   ///< Of the whole state, in bytes.
+    ByteBuffer uncompressed;            ///< The namespaces' state.
+    DriverVersion version;              ///< The version that the namespaces' state was written by.
+    std::vector<NameSpace> nameSpaces;  ///< In the order of their numbers.
+};
+
+/// Reads a state and checks every record in it.
+/// @throws ExceptionMissingOrBadPersistentAttributesFormat when it is damaged, and
+///         ExceptionInappropriateAttributeId when it holds something other than namespaces
+StateContents ReadState(const ByteBuffer& state);
+
+/// Number of attributes of a list, nested ones not counted.
+std::size_t CountAttributes(const AttributeBytesRawList& list);

@@ -1,0 +1,69 @@
+// The tool's one entry: the command line as a whole, and how failures are reported.
+#include "nvutil/tool.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <exception>
+#include <ostream>
+#include <vector>
+
+#include "nvutil/command.h"
+#include "nvutil/text.h"
+#include "utilities/debuggingandexceptions/norvaexception.h"
+
+namespace {
+
+constexpr auto description =
+    "Shows, builds, compares and checks what the printer driver stores.\n"
+    "\"-\" stands for standard input or output.\n"
+    "Exit status: 0 success, 1 the input was refused, 2 wrong usage.";
+
+bool IsNegativeNumber(const std::string& argument) {
+    return argument.size() > 1 && argument[0] == '-' &&
+           ((argument[1] >= '0' && argument[1] <= '9') || argument[1] == '.');
+}
+
+/// Parses and, by the commands' callbacks, runs. CLI11 reports by throwing.
+void Parse(CLI::App& app, std::span<const std::string> arguments) {
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    for (std::string& argument : reversed) {
+        if (IsNegativeNumber(argument)) argument.insert(argument.begin(), negativeNumberMark);
+    }
+    app.parse(std::move(reversed));
+}
+
+/// The command-line library's own failures are wrong usage, except that help is success.
+int ReportUsage(const CLI::App& app, const CLI::ParseError& error, ToolRun& run) {
+    return app.exit(error, run.out, run.error) == 0 ? exitstatus::success : exitstatus::usage;
+}
+
+}  // namespace
+
+void ReportRefusal(ToolRun& run, const std::exception& exception) {
+    run.error << "nvutil: " << RefusalText(exception, run.subject) << '\n';
+    if (run.isVerbose) run.error << ToUtf8(NorvaException::GetExceptionDescription(exception)) << '\n';
+}
+
+int RunTool(std::span<const std::string> arguments, std::istream& in, std::ostream& out,
+            std::ostream& error) {
+    ToolRun run{in, out, error};
+    CLI::App app(description, "nvutil");
+    app.allow_windows_style_options(false);  // a "/" begins a file's name, on every platform
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.add_flag("--verbose", run.isVerbose, "Describe a refusal in full");
+    AddStateCommands(app, run);
+    AddBufferCommands(app, run);
+    AddConvertCommand(app, run);
+    AddExceptionsCommand(app, run);
+    try {
+        Parse(app, arguments);
+        return run.exitStatus;
+    } catch (const CLI::ParseError& e) {
+        return ReportUsage(app, e, run);
+    } catch (const std::exception& e) {
+        ReportRefusal(run, e);
+        return exitstatus::refused;
+    }
+}
