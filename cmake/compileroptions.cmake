@@ -2,14 +2,15 @@
 add_library(nvutil_options INTERFACE)
 
 if(MSVC)
-    # 5030: attributes of other compilers are to be ignored, as the language says.
-    target_compile_options(nvutil_options INTERFACE /W4 /WX /wd5030 /utf-8 /permissive- /Zc:preprocessor)
+    target_compile_options(nvutil_options INTERFACE /W4 /WX /utf-8 /permissive- /Zc:preprocessor)
 else()
     target_compile_options(nvutil_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
-    # False alarms of GCC 12: a delete that a reference count guards, and std::string's operator+.
-    target_compile_options(nvutil_options INTERFACE
-        $<$<CXX_COMPILER_ID:GNU>:-Wno-use-after-free>
-        $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+    # GCC 12's flow analysis raises false alarms in standard containers that it has inlined, and about deletes
+    # that a reference count guards. Clang and the sanitizers look for the real ones.
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(nvutil_options INTERFACE
+            -Wno-array-bounds -Wno-restrict -Wno-stringop-overflow -Wno-use-after-free)
+    endif()
 endif()
 
 if(NVUTIL_SANITIZERS)

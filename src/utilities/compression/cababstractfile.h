@@ -33,6 +33,9 @@ enum CabOpenFlags : int {
 /// Open mode of a file that may be read and written.
 inline constexpr int cabModeReadAndWrite = 0x0180;
 
+/// The result of a read or write that failed.
+inline constexpr unsigned cabFailedTransfer = 0xFFFFFFFF;
+
 /// What a cabinet stores about a file besides its name and size.
 struct CabFileAttributes {
     WORD date;        ///< DOS encoding.
@@ -46,9 +49,6 @@ struct CabFileAttributes {
 /// failures leave as exceptions.
 class NVUTIL_API CabOpenFile {
 public:
-    /// The result of a read or write that failed.
-    static constexpr unsigned failedTransfer = 0xFFFFFFFF;
-
     CabOpenFile() = default;
     CabOpenFile(const CabOpenFile&) = delete;
     CabOpenFile& operator=(const CabOpenFile&) = delete;

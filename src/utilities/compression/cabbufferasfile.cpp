@@ -48,7 +48,7 @@ public:
 
     unsigned Write(const void* /*bytes*/, unsigned /*length*/, int& error) override {
         error = cabFileErrorAccessDenied;
-        return failedTransfer;
+        return cabFailedTransfer;
     }
 
 private:
@@ -64,7 +64,7 @@ public:
     unsigned Write(const void* bytes, unsigned length, int& error) override {
         if (length > largestPosition - m_position) {
             error = cabFileErrorNoMemory;
-            return failedTransfer;
+            return cabFailedTransfer;
         }
         if (length == 0) return 0;
         const auto begin = static_cast<std::size_t>(m_position);

@@ -75,10 +75,10 @@ void CabCompressionContext::OpenCabinetContext() {
 void CabCompressionContext::AddFile() {
     constexpr auto suffix =
         NV_TEXT(" while preparing to call FCIAddFile in CabCompressionContext::AddFile()");
-    char fileToRead[nameCapacity];
-    char nameInCabinet[nameCapacity];
-    GetPathAndNameFromFileObject(m_source, fileToRead, nameCapacity, suffix);
-    GetNameWithoutPathFromFileObject(m_source, nameInCabinet, nameCapacity, suffix);
+    char fileToRead[cabNameCapacity];
+    char nameInCabinet[cabNameCapacity];
+    GetPathAndNameFromFileObject(m_source, fileToRead, cabNameCapacity, suffix);
+    GetNameWithoutPathFromFileObject(m_source, nameInCabinet, cabNameCapacity, suffix);
     if (!GetFciAddFilePfn()(m_libraryHandle, fileToRead, nameInCabinet, false, &sfnFciGetNextCabinetCallback,
                             &sfnFciStatusCallback, &sfnFciGetOpenInfoCallback, cabinet::tcompTYPE_MSZIP))
         NV_THROW(ExceptionCompression, "CabCompressionContext::AddFile", __LINE__, NV_TEXT("%s"),
@@ -201,14 +201,14 @@ CabCompressionContext::FileHandle CabCompressionContext::sfnFciOpenCallback(char
 unsigned CabCompressionContext::sfnFciReadCallback(FileHandle handle, void* out, unsigned bytes, int* error,
                                                    void* user) {
     CabCompressionContext& context = ContextOf(user);
-    return context.GuardCallback(CabOpenFile::failedTransfer,
+    return context.GuardCallback(cabFailedTransfer,
                                  [&] { return context.DoFciRead(handle, out, bytes, *error); });
 }
 
 unsigned CabCompressionContext::sfnFciWriteCallback(FileHandle handle, void* bytes, unsigned length,
                                                     int* error, void* user) {
     CabCompressionContext& context = ContextOf(user);
-    return context.GuardCallback(CabOpenFile::failedTransfer,
+    return context.GuardCallback(cabFailedTransfer,
                                  [&] { return context.DoFciWrite(handle, bytes, length, *error); });
 }
 

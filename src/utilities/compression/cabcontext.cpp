@@ -52,7 +52,7 @@ void CabContext::GetPathAndNameFromFileObject(const CabAbstractFile& file, char*
 }
 
 void CabContext::CopyName(std::string_view name, char* out, int capacity, const WChar* messageSuffix) const {
-    if (static_cast<std::int64_t>(name.size()) >= std::min(capacity, nameCapacity))
+    if (static_cast<std::int64_t>(name.size()) >= std::min(capacity, cabNameCapacity))
         NV_THROW(ExceptionCompression, "CabContext::CopyName", __LINE__, NV_TEXT("%s"),
                  CreateFailureMessage(messageSuffix));
     *std::copy(name.begin(), name.end(), out) = '\0';
@@ -66,17 +66,17 @@ CabContext::FileHandle CabContext::OpenCabFile(const char* name, int flags, int 
 
 unsigned CabContext::ReadCabFile(FileHandle handle, void* out, unsigned bytes, int& error) {
     CabOpenFile* const file = FindOpenFile(handle, NV_TEXT("read"), error);
-    if (file == nullptr) return CabOpenFile::failedTransfer;
+    if (file == nullptr) return cabFailedTransfer;
     const unsigned result = file->Read(out, bytes, error);
-    if (result == CabOpenFile::failedTransfer) AppendFailure(NV_TEXT("read"), error);
+    if (result == cabFailedTransfer) AppendFailure(NV_TEXT("read"), error);
     return result;
 }
 
 unsigned CabContext::WriteCabFile(FileHandle handle, const void* bytes, unsigned length, int& error) {
     CabOpenFile* const file = FindOpenFile(handle, NV_TEXT("write"), error);
-    if (file == nullptr) return CabOpenFile::failedTransfer;
+    if (file == nullptr) return cabFailedTransfer;
     const unsigned result = file->Write(bytes, length, error);
-    if (result == CabOpenFile::failedTransfer) AppendFailure(NV_TEXT("write"), error);
+    if (result == cabFailedTransfer) AppendFailure(NV_TEXT("write"), error);
     return result;
 }
 

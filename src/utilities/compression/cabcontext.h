@@ -7,6 +7,9 @@
 #include "utilities/compression/cabfileobjectmanager.h"
 #include "utilities/utilitiesdll/cxstring.h"
 
+/// Bytes that a name may have in the cabinet library's interface, its terminator included.
+inline constexpr int cabNameCapacity = 256;
+
 /// Runs one cabinet operation between two virtual files, which must outlive it.
 ///
 /// A context is used by one thread from construction to destruction. The message of every exception that a
@@ -15,9 +18,6 @@
 class NVUTIL_API CabContext {
 public:
     using FileHandle = platform::cabinet::FileHandle;
-
-    /// Bytes that a name may have in the cabinet library's interface, its terminator included.
-    static constexpr int nameCapacity = 256;
 
     CabContext(const CabContext&) = delete;
     CabContext& operator=(const CabContext&) = delete;
@@ -32,7 +32,7 @@ public:
 
     // Copies of a file's name as terminated 8-bit text.
     //
-    // @param capacity       bytes available at `out`; no more than nameCapacity are used
+    // @param capacity       bytes available at `out`; no more than cabNameCapacity are used
     // @param messageSuffix  end of the exception's message
     // @throws ExceptionCompression when the name does not fit
     void GetNameWithoutPathFromFileObject(const CabAbstractFile& file, char* out, int capacity,

@@ -99,8 +99,8 @@ void CabDecompressionContext::OpenCabinetContext() {
 
 void CabDecompressionContext::ValidateCabinet() {
     constexpr auto suffix = NV_TEXT(" while validating the cabinet");
-    char name[nameCapacity];
-    GetPathAndNameFromFileObject(m_source, name, nameCapacity, suffix);
+    char name[cabNameCapacity];
+    GetPathAndNameFromFileObject(m_source, name, cabNameCapacity, suffix);
     const OpenSource source(name);
     if (source.handle == cabinet::invalidFileHandle)
         NV_THROW(ExceptionFileOperationCompression, "CabDecompressionContext::ValidateCabinet", __LINE__,
@@ -132,10 +132,10 @@ void CabDecompressionContext::CheckLayout(FileHandle handle) {
 void CabDecompressionContext::DecompressCabinetFile() {
     constexpr auto suffix =
         NV_TEXT(" while preparing to call FDICopy in CabDecompressionContext::DecompressCabinetFile()");
-    char name[nameCapacity];
-    char path[nameCapacity];
-    GetNameWithoutPathFromFileObject(m_source, name, nameCapacity, suffix);
-    GetPathFromFileObject(m_source, path, nameCapacity, suffix);
+    char name[cabNameCapacity];
+    char path[cabNameCapacity];
+    GetNameWithoutPathFromFileObject(m_source, name, cabNameCapacity, suffix);
+    GetPathFromFileObject(m_source, path, cabNameCapacity, suffix);
     const bool copied =
         GetFdiCopyPfn()(m_libraryHandle, name, path, 0, &sfnFdiNotifyCallback, nullptr, this) != 0;
     if (!copied || m_bytesWritten != m_fileSize)
@@ -186,18 +186,18 @@ CabDecompressionContext::FileHandle CabDecompressionContext::sfnFdiOpenCallback(
 unsigned CabDecompressionContext::sfnFdiReadCallback(FileHandle handle, void* out, unsigned bytes) {
     CabDecompressionContext* const context = currentContext;
     int error = 0;
-    if (context == nullptr) return CabOpenFile::failedTransfer;
-    return context->GuardCallback(CabOpenFile::failedTransfer,
+    if (context == nullptr) return cabFailedTransfer;
+    return context->GuardCallback(cabFailedTransfer,
                                   [&] { return context->ReadCabFile(handle, out, bytes, error); });
 }
 
 unsigned CabDecompressionContext::sfnFdiWriteCallback(FileHandle handle, void* bytes, unsigned length) {
     CabDecompressionContext* const context = currentContext;
     int error = 0;
-    if (context == nullptr) return CabOpenFile::failedTransfer;
-    return context->GuardCallback(CabOpenFile::failedTransfer, [&] {
+    if (context == nullptr) return cabFailedTransfer;
+    return context->GuardCallback(cabFailedTransfer, [&] {
         const unsigned written = context->WriteCabFile(handle, bytes, length, error);
-        if (written != CabOpenFile::failedTransfer) context->m_bytesWritten += written;
+        if (written != cabFailedTransfer) context->m_bytesWritten += written;
         return written;
     });
 }

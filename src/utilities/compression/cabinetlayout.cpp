@@ -84,9 +84,7 @@ private:
         if (!ReadAt(m_folderEntryBegin, entry)) return FDIERROR_CORRUPT_CABINET;
         m_blocksBegin = DwordAt(entry);
         m_blockCount = WordAt(entry + 4);
-        m_compression = WordAt(entry + 6);
-        const bool known = m_compression == tcompTYPE_NONE || m_compression == tcompTYPE_MSZIP;
-        return known ? FDIERROR_NONE : FDIERROR_BAD_COMPR_TYPE;
+        return WordAt(entry + 6) == tcompTYPE_MSZIP ? FDIERROR_NONE : FDIERROR_BAD_COMPR_TYPE;
     }
 
     FDIERROR CheckFile() {
@@ -137,7 +135,6 @@ private:
     bool CheckPayload(std::uint64_t begin, std::uint32_t payload, std::uint32_t uncompressed,
                       std::uint64_t history) {
         if (payload > largestPayload || begin + payload > m_cabinetSize) return false;
-        if (m_compression == tcompTYPE_NONE) return payload == uncompressed;
         constexpr std::uint32_t signatureSize = sizeof blockSignature;
         BYTE start[signatureSize];
         if (payload < signatureSize || !ReadAt(begin, start)) return false;
@@ -169,7 +166,6 @@ private:
     std::uint32_t m_fileSize = 0;
     std::uint32_t m_blocksBegin = 0;
     unsigned m_blockCount = 0;
-    WORD m_compression = 0;
     ByteBuffer m_payload;  ///< Of the block under check.
 };
 

@@ -10,11 +10,12 @@
 /// Cabinets come from places that other processes can write to, and cabinet libraries differ in what damage
 /// they survive. So both builds accept exactly the cabinets that hold to these rules:
 /// - version 1.3, not part of a set, no longer than the file; reserved areas are allowed and skipped;
-/// - one folder, not compressed or MSZIP, and one file, which is all that the folder holds;
+/// - one folder, with MSZIP compression, and one file, which is all that the folder holds; uncompressed folders
+///   are refused, since no checksum covers the compression type;
 /// - folder, file entry (a name of 1 to 255 bytes) and every block lie inside the cabinet;
 /// - every block but the last has 32,768 bytes, the last has fewer or as many, and a block without bytes is
 ///   the only one of its folder;
-/// - the payload of an MSZIP block begins with "CK"; where the platform's own library does the reading, it
+/// - the payload of a block begins with "CK"; where the platform's own library does the reading, it
 /// also
 ///   expands to exactly the block's bytes.
 ///

@@ -27,6 +27,10 @@ std::int32_t BigEndianBefore(ByteBuffer::const_iterator end) {
 
 }  // namespace
 
+const char CompressedBuffer::m_skrchSignatureBytes[4] = {'C', 'O', 'M', '5'};
+const char CompressedBuffer::m_skrchSignatureBytes40[4] = {'C', 'O', 'M', '4'};
+const char CompressedBuffer::m_skrchSignatureBytes37[4] = {'C', 'O', 'M', 'P'};
+
 CompressedBuffer::CompressedBuffer(CompressionFormatEnum format, int setting)
     : m_setting(setting), m_format(format) {
     m_state.reserve(GetSizeOfFooterInfo());

@@ -29,9 +29,9 @@ public:
         CF_CABINET = 2,  ///< A cabinet.
     };
 
-    static constexpr char m_skrchSignatureBytes[4] = {'C', 'O', 'M', '5'};
-    static constexpr char m_skrchSignatureBytes40[4] = {'C', 'O', 'M', '4'};
-    static constexpr char m_skrchSignatureBytes37[4] = {'C', 'O', 'M', 'P'};
+    static const char m_skrchSignatureBytes[4];    ///< "COM5", not terminated.
+    static const char m_skrchSignatureBytes40[4];  ///< "COM4"
+    static const char m_skrchSignatureBytes37[4];  ///< "COMP"
 
     static constexpr DWORD GetSizeOfFooterInfo() { return 13; }
     static constexpr DWORD GetSizeOf40FooterInfo() { return 12; }

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/errortext.h"
+#include "utilities/utilitiesdll/formattext.h"
 
 #define NV_DEFINE_EXCEPTION(Class, Base, code)                                           \
     Class::Class(const CXString& message, const CXString& sourceFile, int line,          \
@@ -39,13 +40,10 @@ CXString NorvaComException::GetExceptionTypeByNumericCode() const {
 }
 
 CXString NorvaComException::GetAdditionalExceptionDescription(const NorvaComException* exception) {
-    CXString description;
-    if (exception == nullptr) return description;
-
+    if (exception == nullptr) return {};
     const HRESULT hresult = exception->GetHresult();
-    description.Format(NV_TEXT("COM Error HRESULT = 0x%x (%s)."), static_cast<unsigned>(hresult),
-                       platform::ErrorText(hresult).c_str());
-    return description;
+    return FormatText(NV_TEXT("COM Error HRESULT = 0x%x (%s)."), static_cast<unsigned>(hresult),
+                      platform::ErrorText(hresult).c_str());
 }
 
 std::span<const ExceptionTypeCode> GetExceptionTypeCodes() {

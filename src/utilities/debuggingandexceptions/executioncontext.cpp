@@ -7,6 +7,7 @@
 #include "platform/debugger.h"
 #include "platform/process.h"
 #include "utilities/debuggingandexceptions/norvaexception.h"
+#include "utilities/utilitiesdll/formattext.h"
 #include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
 
 namespace {
@@ -60,36 +61,23 @@ bool ExecutionContextBase::operator<(const ExecutionContextBase& other) const {
 }
 
 CXString ExecutionContextBase::GetContextDebugDisplayString(bool withDetails) const {
-    CXString text =
-        GetDebugDisplayString(m_contextKind, false) + NV_TEXT(": ") + GetSingleLineLocationString();
-    if ((withDetails || m_showsDetails) && !m_details.IsEmpty()) {
-        text += NV_TEXT(" (");
-        text += m_details;
-        text += NV_TEXT(")");
-    }
-    return text;
+    const CXString text = FormatText(NV_TEXT("%s: %s"), GetDebugDisplayString(m_contextKind, false),
+                                     GetSingleLineLocationString());
+    const bool showsDetails = (withDetails || m_showsDetails) && !m_details.IsEmpty();
+    return showsDetails ? FormatText(NV_TEXT("%s (%s)"), text, m_details) : text;
 }
 
 CXString ExecutionContextBase::GetSingleLineLocationString() const {
     const LONG line = m_line;
-    CXString text;
     if (m_functionName.Find(NV_TEXT("::")) >= 0) {
-        text.Format(NV_TEXT("%s line %ld"), static_cast<const WChar*>(m_functionName), line);
-    } else {
-        text.Format(NV_TEXT("%s, %s line %ld"), static_cast<const WChar*>(m_sourceFile),
-                    static_cast<const WChar*>(m_functionName), line);
+        return FormatText(NV_TEXT("%s line %ld"), m_functionName, line);
     }
-    return text;
+    return FormatText(NV_TEXT("%s, %s line %ld"), m_sourceFile, m_functionName, line);
 }
 
 CXString ExecutionContextBase::GetDebugDisplayString(std::int32_t contextKind, bool withNumber) {
-    CXString text = IsContextKind(contextKind) ? kindNames[contextKind] : NV_TEXT("UNKNOWN!");
-    if (withNumber) {
-        CXString number;
-        number.Format(NV_TEXT(" (%ld)"), static_cast<LONG>(contextKind));
-        text += number;
-    }
-    return text;
+    const CXString name = IsContextKind(contextKind) ? kindNames[contextKind] : NV_TEXT("UNKNOWN!");
+    return withNumber ? FormatText(NV_TEXT("%s (%ld)"), name, static_cast<LONG>(contextKind)) : name;
 }
 
 std::int32_t ExecutionContextBase::AssertValidContextIdType(std::int32_t contextKind) {
@@ -119,9 +107,8 @@ void ExecutionContextStack::PopContext(const ExecutionContextPtr& /*context*/) {
 }
 
 CXString ExecutionContextStack::GetMultiLineDisplayString(bool withDetails) const {
-    CXString text;
-    text.Format(NV_TEXT("Execution context (Thread=0x%04lx) (%ld levels deep):\r\n"),
-                platform::CurrentThreadId(), static_cast<LONG>(m_contexts.size()));
+    CXString text = FormatText(NV_TEXT("Execution context (Thread=0x%04lx) (%ld levels deep):\r\n"),
+                               platform::CurrentThreadId(), static_cast<LONG>(m_contexts.size()));
     CXString indentation(NV_TEXT("  "));
     for (const ExecutionContextPtr& context : m_contexts) {
         text += indentation;

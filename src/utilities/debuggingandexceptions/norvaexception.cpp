@@ -7,6 +7,7 @@
 
 #include "platform/typename.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
+#include "utilities/utilitiesdll/formattext.h"
 
 namespace {
 
@@ -36,12 +37,6 @@ std::vector<char> NarrowForWhat(const CXString& text) {
         narrow = text.Left(length).GetAsMultiByte();
     }
     return narrow;
-}
-
-void AppendFormatted(CXString& text, const WChar* format, const WChar* argument) {
-    CXString line;
-    line.Format(format, argument);
-    text += line;
 }
 
 }  // namespace
@@ -96,10 +91,7 @@ CXString NorvaException::GetExceptionType() const {
 }
 
 CXString NorvaException::GetExceptionIdentifierForUserDisplay() const {
-    CXString identifier;
-    identifier.Format(NV_TEXT("%s:%04u"), static_cast<const WChar*>(GetExceptionTypeByNumericCode()),
-                      static_cast<unsigned>(m_line));
-    return identifier;
+    return FormatText(NV_TEXT("%s:%04u"), GetExceptionTypeByNumericCode(), static_cast<unsigned>(m_line));
 }
 
 CXString NorvaException::GetExceptionIdentifierForUserDisplay(const std::exception& exception) {
@@ -140,18 +132,16 @@ void NorvaException::AppendDescription(CXString& description, const std::excepti
     if (what.IsEmpty()) {
         description += NV_TEXT("\r\n\r\n\tNo additional information available.\r\n");
     } else {
-        AppendFormatted(description, NV_TEXT("\r\n\r\n\t%s\r\n"), what);
+        description += FormatText(NV_TEXT("\r\n\r\n\t%s\r\n"), what);
     }
 }
 
 void NorvaException::GetLocationAndMessageDescription(CXString& description) const {
     const int fileName = FileNamePosition(m_sourceFile);
-    AppendFormatted(description, NV_TEXT("Path:\t%s\r\n"), m_sourceFile.Left(fileName));
-    AppendFormatted(description, NV_TEXT("File:\t%s\r\n"), m_sourceFile.Mid(fileName));
-    AppendFormatted(description, NV_TEXT("Method:\t%s()\r\n"), m_functionName);
-    CXString line;
-    line.Format(NV_TEXT("Line:\t%u\r\n"), static_cast<unsigned>(m_line));
-    description += line;
+    description += FormatText(NV_TEXT("Path:\t%s\r\n"), m_sourceFile.Left(fileName));
+    description += FormatText(NV_TEXT("File:\t%s\r\n"), m_sourceFile.Mid(fileName));
+    description += FormatText(NV_TEXT("Method:\t%s()\r\n"), m_functionName);
+    description += FormatText(NV_TEXT("Line:\t%u\r\n"), static_cast<unsigned>(m_line));
     description += m_stack.GetMultiLineDisplayString(true);
     description += NV_TEXT("\r\nDetails:\r\n\t");
     description += m_message;

@@ -105,15 +105,11 @@ ByteBuffer ByteBuffer::createFromTime64Value(const std::int64_t& value) {
 }
 
 ByteBuffer ByteBuffer::createCountedStringFormatFromString(const CXString& text) {
-    ByteBuffer buffer;
-    buffer.appendCountedString(text);
-    return buffer;
+    return createFromShortValue(static_cast<short>(text.GetLength())).append(text);
 }
 
 ByteBuffer ByteBuffer::createCountedBytesFormat(const ByteBuffer& bytes) {
-    ByteBuffer buffer;
-    buffer.appendCountedBytes(bytes);
-    return buffer;
+    return createFromIntValue(static_cast<int>(bytes.size())).append(bytes);
 }
 
 ByteBuffer ByteBuffer::createFromHexBinaryString(const CXString& text) {

@@ -2,6 +2,7 @@
 #include "utilities/utilitiesdll/driverversion.h"
 
 #include <atomic>
+#include <cstdint>
 
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 #include "utilities/utilitiesdll/formattext.h"
@@ -9,10 +10,6 @@
 namespace {
 
 constexpr unsigned byteSize = 8;
-
-// One atomic store, so that no thread reads parts of two versions.
-std::atomic<DriverVersion> currentVersion =
-    DriverVersion(NVUTIL_VERSION_MAJOR, NVUTIL_VERSION_MINOR, NVUTIL_VERSION_PATCH, 0);
 
 WORD UpperHalf(LONG number) {
     return static_cast<WORD>(static_cast<DWORD>(number) >> 16);
@@ -25,6 +22,14 @@ WORD LowerHalf(LONG number) {
 LONG MakeLong(WORD upper, WORD lower) {
     return static_cast<LONG>(static_cast<DWORD>(upper) << 16 | lower);
 }
+
+constexpr std::uint64_t Pack(WORD p0, WORD p1, WORD p2, WORD p3) {
+    return std::uint64_t{p0} << 48 | std::uint64_t{p1} << 32 | std::uint64_t{p2} << 16 | p3;
+}
+
+// All parts in one number, so that no thread reads parts of two versions.
+std::atomic<std::uint64_t> currentVersion =
+    Pack(NVUTIL_VERSION_MAJOR, NVUTIL_VERSION_MINOR, NVUTIL_VERSION_PATCH, 0);
 
 }  // namespace
 
@@ -76,9 +81,12 @@ CXString DriverVersion::GetDumpDisplayString() const {
 }
 
 DriverVersion DriverVersion::GetCurrentDriverVersion() {
-    return currentVersion;
+    const std::uint64_t packed = currentVersion;
+    return DriverVersion(static_cast<WORD>(packed >> 48), static_cast<WORD>(packed >> 32),
+                         static_cast<WORD>(packed >> 16), static_cast<WORD>(packed));
 }
 
 void DriverVersion::SetCurrentDriverVersion(const DriverVersion& version) {
-    currentVersion = version;
+    const WORD(&parts)[4] = version.m_parts;
+    currentVersion = Pack(parts[0], parts[1], parts[2], parts[3]);
 }

@@ -2,12 +2,12 @@
 #pragma once
 
 #include <cstddef>
-#include <iterator>
 #include <list>
 #include <map>
 #include <utility>
 
 #include "utilities/utilitiesdll/cxstring.h"
+#include "utilities/utilitiesdll/formattext.h"
 
 /// How a cache has been used.
 struct CacheStatistics {
@@ -61,11 +61,11 @@ public:
 
     /// One line of numbers, then one indented line for each labelled entry, the most recently used first.
     CXString GetStatisticsDisplayString() const {
-        CXString text;
-        text.Format(NV_TEXT("%s: %ld of %ld entries, %ld hits, %ld misses, %ld evictions\r\n"), m_name,
-                    static_cast<LONG>(m_entries.size()), static_cast<LONG>(m_capacity),
-                    static_cast<LONG>(m_statistics.hits), static_cast<LONG>(m_statistics.misses),
-                    static_cast<LONG>(m_statistics.evictions));
+        CXString text =
+            FormatText(NV_TEXT("%s: %ld of %ld entries, %ld hits, %ld misses, %ld evictions\r\n"), m_name,
+                       static_cast<LONG>(m_entries.size()), static_cast<LONG>(m_capacity),
+                       static_cast<LONG>(m_statistics.hits), static_cast<LONG>(m_statistics.misses),
+                       static_cast<LONG>(m_statistics.evictions));
         for (const Entry& entry : m_entries) {
             if (!entry.label.IsEmpty()) text += NV_TEXT("  ") + entry.label + NV_TEXT("\r\n");
         }

@@ -107,8 +107,7 @@ private:
         if (info != nullptr && --info->count == 0) Destroy(info);
     }
 
-    // Out of line, for GCC would otherwise take the other holders' later use of the record for a mistake.
-    [[gnu::noinline]] static void Destroy(SharedPtrInfoStruct* info) {
+    static void Destroy(SharedPtrInfoStruct* info) {
         if (info->owned) delete info->object;
         delete info;
     }

@@ -187,8 +187,7 @@ TEST(CabContext, TemporaryFilesLiveInMemoryUntilTheyAreDeleted) {
     EXPECT_EQ(context.DoFciRead(writer, read, sizeof read, error), 3u);
     EXPECT_STREQ(read, "bcd");
     EXPECT_EQ(context.DoFciDelete(first, error), 0);
-    EXPECT_EQ(context.DoFciRead(writer, read, 1, error), CabOpenFile::failedTransfer)
-        << "closed with its file";
+    EXPECT_EQ(context.DoFciRead(writer, read, 1, error), cabFailedTransfer) << "closed with its file";
     EXPECT_EQ(context.DoFciOpen(first, 0x8000, 0, error), invalidFileHandle);
     EXPECT_EQ(error, 2);
     EXPECT_EQ(context.DoFciDelete("source", error), -1) << "not a temporary file";
@@ -230,7 +229,7 @@ TEST(CabBufferAsFile, RefusesWhatItsMemoryCannotDo) {
     EXPECT_EQ(error, 2);
     const auto reader = file.OpenCabFile(0x8000, 0, error);
     BYTE out[4];
-    EXPECT_EQ(reader->Write(out, 1, error), CabOpenFile::failedTransfer);
+    EXPECT_EQ(reader->Write(out, 1, error), cabFailedTransfer);
     EXPECT_EQ(reader->Seek(100, 0, error), 100);
     EXPECT_EQ(reader->Read(out, sizeof out, error), 0u);
 }
