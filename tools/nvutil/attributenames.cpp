@@ -7,6 +7,7 @@
 #include <span>
 
 #include "nvutil/attributevisit.h"
+#include "nvutil/statefile.h"
 #include "nvutil/text.h"
 #include "utilities/attributebytes/persistentattributes.h"
 
@@ -105,7 +106,8 @@ struct ValueDisplay {
         return bytes.size() > shown ? text + " ..." : text;
     }
     std::string operator()(const AttributeBytesListValue& value) const {
-        return "list of type " + std::to_string(value.GetListType());
+        return "of type " + std::to_string(value.GetListType()) + ", " +
+               CountText(CountAttributes(value.GetValue()), "item");
     }
     std::string operator()(const AttributeBytesDateTimeValue& value) const {
         return ToUtf8(value.GetValue().GetDisplayString());

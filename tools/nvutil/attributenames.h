@@ -19,7 +19,7 @@ std::string_view NameOfNameSpace(LONG number);
 
 /// `feature 12`, `new capability "X", type 3`.
 std::string DisplayOfId(const AttributeBytesId& id);
-/// One line: `300`, `215.9 mm (8.5 in)`, `list of type 0`.
+/// One line: `300`, `215.9 mm (8.5 in)`, `of type 0, 2 items`.
 std::string DisplayOfValue(const AttributeBytesValue& value);
 
 /// A stored length, in thousandths of a millimetre.

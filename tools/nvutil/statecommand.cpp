@@ -96,12 +96,9 @@ void Diff(ToolRun& run, const std::string& before, const std::string& after, boo
 
 std::string VerdictOn(ToolRun& run, const std::string& name) {
     const StateContents contents = ReadState(ReadInput(run, name));
-    std::size_t attributes = 0;
-    for (const NameSpace& nameSpace : contents.nameSpaces)
-        attributes += CountAttributes(nameSpace.attributes);
     return name + ": " + CountText(contents.size, "byte") + ", version " + VersionText(contents.version) +
            ", " + CountText(contents.nameSpaces.size(), "namespace") + ", " +
-           CountText(attributes, "attribute");
+           CountText(CountAllAttributes(contents), "attribute");
 }
 
 void Verify(ToolRun& run, const std::vector<std::string>& names) {

@@ -49,11 +49,8 @@ private:
 };
 
 std::string DisplayWithFlag(const AttributeBytesValue& value) {
-    std::string text =
+    const std::string text =
         std::string(NameOfValueKind(value.GetAttributeBytesValueType())) + ' ' + DisplayOfValue(value);
-    if (value.IsList())
-        text = DisplayOfValue(value) + ", " +
-               CountText(CountAttributes(value.GetListValue().GetValue()), "item");
     return value.IsSpecified() ? text : text + " (unspecified)";
 }
 

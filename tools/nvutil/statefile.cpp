@@ -1,6 +1,8 @@
 // A persisted attribute state, taken apart for showing and comparing.
 #include "nvutil/statefile.h"
 
+#include <utility>
+
 #include "utilities/attributebytes/attributebytes.h"
 #include "utilities/attributebytes/attributebytesindexedlist.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
@@ -44,5 +46,22 @@ std::size_t CountAttributes(const AttributeBytesRawList& list) {
     std::size_t count = 0;
     for (auto it = list.GetRawListIterator(); list.IsValidRawListIterator(it); ++count)
         list.GetNextAttributeBytesFromRawListIterator(it);
+    return count;
+}
+
+std::size_t CountAllAttributes(const StateContents& contents) {
+    std::vector<AttributeBytesRawList> uncounted;  // not recursive: nesting may be deep
+    for (const NameSpace& nameSpace : contents.nameSpaces)
+        uncounted.push_back(nameSpace.attributes);
+    std::size_t count = 0;
+    while (!uncounted.empty()) {
+        const AttributeBytesRawList list = std::move(uncounted.back());
+        uncounted.pop_back();
+        for (auto it = list.GetRawListIterator(); list.IsValidRawListIterator(it); ++count) {
+            const auto record = list.GetNextAttributeBytesFromRawListIterator(it);
+            const AttributeBytesValue& value = record->GetAttributeBytesValue();
+            if (value.IsList()) uncounted.push_back(value.GetListValue().GetValue());
+        }
+    }
     return count;
 }

@@ -1,6 +1,7 @@
 // A persisted attribute state, taken apart for showing and comparing.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "platform/types.h"
@@ -31,3 +32,5 @@ StateContents ReadState(const ByteBuffer& state);
 
 /// Number of attributes of a list, nested ones not counted.
 std::size_t CountAttributes(const AttributeBytesRawList& list);
+/// Number of attributes of all namespaces, nested ones included.
+std::size_t CountAllAttributes(const StateContents& contents);

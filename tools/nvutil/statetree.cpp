@@ -37,7 +37,6 @@ void AppendList(std::string& out, const AttributeBytesRawList& list, int depth) 
         out += Padded(indent + DisplayOfId(record->GetAttributeBytesId()), idWidth) + ' ';
         out += Padded(NameOfValueKind(value.GetAttributeBytesValueType()), kindWidth);
         out += DisplayOfValue(value);
-        if (value.IsList()) out += ", " + CountText(CountAttributes(value.GetListValue().GetValue()), "item");
         if (!value.IsSpecified()) out += "  (unspecified)";
         out += '\n';
         if (value.IsList()) AppendList(out, value.GetListValue().GetValue(), depth + 1);
