@@ -137,7 +137,7 @@ bool AttributeBytesStringValue::HasLessPayload(const AttributeBytesStringValue& 
 }
 
 void AttributeBytesStringValue::AppendTypeAndValueState(ByteBuffer& out) const {
-    out.appendCountedString(m_value);
+    out.appendValues(kindByte, UnspecifiedByte()).appendCountedString(m_value);
 }
 
 void AttributeBytesStringValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
