@@ -12,7 +12,7 @@ namespace platform {
 ///
 /// "%1" to "%99" stand for the arguments, which are terminated wide strings unless a conversion of the wide
 /// formatter follows ("%2!5d!"); every argument takes as much room as a pointer. "%n" is a line end, "%r" a
-/// carriage return, "%t" a tab, "%b" a blank; "%0" ends the text; a percent sign in front of any other
+/// carriage return, "%t" a tab; "%0" ends the text; a percent sign in front of any other
 /// character stands for that character. A line end of the text itself becomes "\r\n".
 ///
 /// @return whether the text is well formed; `text` is unchanged otherwise

@@ -6,7 +6,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 # The floors from the ground up. A file stands on the first that matches it and includes nothing from above.
 floors='
 1 ^src/platform/
-2 ^src/utilities/utilitiesdll/(cxstring|sharedptr|ownedcriticalresource|textresource(s|loader))[.]
+2 ^src/utilities/utilitiesdll/(cxstring|formattext|ownedcriticalresource|sharedptr|smallobject|textresource(s|loader))[.]
 3 ^src/utilities/(debuggingandexceptions/|utilitiesdll/utilitiesdllperthreadstorage[.])
 4 ^src/utilities/utilitiesdll/
 5 ^src/utilities/(compression|xmlparser)/
@@ -17,7 +17,7 @@ floors='
 '
 
 # Where an operating system may be seen, and the one kind of header with ".h" that is welcome elsewhere.
-seam='^(src/platform|src/utilities/xmlparser)/'
+seam='^(src/platform|src/utilities/xmlparser|tools/nvutil/platform)/'
 portableHeaders='<(gtest|gmock)/'
 
 listFiles() { git ls-files --cached --others --exclude-standard -- "$@"; }

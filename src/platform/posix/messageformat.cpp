@@ -132,9 +132,6 @@ bool ExpandEscape(Text& out, const WChar*& cursor) {
         case u't':
             out += u'\t';
             break;
-        case u'b':
-            out += u' ';
-            break;
         default:
             out += *cursor;
     }

@@ -9,11 +9,12 @@
 #include "utilities/utilitiesdll/bytebuffer.h"
 #include "utilities/utilitiesdll/cxstring.h"
 #include "utilities/utilitiesdll/sharedptr.h"
+#include "utilities/utilitiesdll/smallobject.h"
 
 /// A record that owns an identifier and a value. Copies are deep; lists share records through SharedPtr.
 ///
 /// Its bytes are those of the identifier and then those of the value, with nothing around them.
-class NVUTIL_API AttributeBytes {
+class NVUTIL_API AttributeBytes : public SmallObject {
 public:
     /// Reads a record; see ImportAttributeBytesState.
     explicit AttributeBytes(const ByteBuffer& state);

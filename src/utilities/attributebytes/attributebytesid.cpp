@@ -42,11 +42,6 @@ unsigned AttributeBytesId::GetTypeAndIdentifierState(BYTE* buffer, unsigned size
     return state.getDword();
 }
 
-void AttributeBytesId::AppendTypeAndIdentifierState(ByteBuffer& out) const {
-    out.appendByteValue(static_cast<BYTE>(GetAttributeBytesIdType()));
-    AppendIdentifierState(out);
-}
-
 std::unique_ptr<AttributeBytesId> AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(
     BYTE*& cursor, unsigned& remaining) {
     const BYTE kind = ByteBuffer::WalkBufferToGetByte(cursor, remaining);
@@ -122,8 +117,8 @@ bool AttributeBytesCapabilityId::HasLessPayload(const AttributeBytesCapabilityId
     return m_featureId < other.m_featureId || m_capabilityType < other.m_capabilityType;
 }
 
-void AttributeBytesCapabilityId::AppendIdentifierState(ByteBuffer& out) const {
-    out.appendShortValue(m_capabilityType).appendIntValue(m_featureId);
+void AttributeBytesCapabilityId::AppendTypeAndIdentifierState(ByteBuffer& out) const {
+    out.appendValues(kindByte, m_capabilityType, m_featureId);
 }
 
 void AttributeBytesCapabilityId::WalkBufferToSetIdentifier(BYTE*& cursor, unsigned& remaining) {
@@ -154,8 +149,8 @@ bool AttributeBytesNewCapabilityId::HasLessPayload(const AttributeBytesNewCapabi
     return m_newFeatureId.Compare(other.m_newFeatureId) < 0 || m_capabilityType < other.m_capabilityType;
 }
 
-void AttributeBytesNewCapabilityId::AppendIdentifierState(ByteBuffer& out) const {
-    out.appendShortValue(m_capabilityType).appendCountedString(m_newFeatureId);
+void AttributeBytesNewCapabilityId::AppendTypeAndIdentifierState(ByteBuffer& out) const {
+    out.appendValues(kindByte, m_capabilityType).appendCountedString(m_newFeatureId);
 }
 
 void AttributeBytesNewCapabilityId::WalkBufferToSetIdentifier(BYTE*& cursor, unsigned& remaining) {

@@ -10,9 +10,10 @@
 #include "platform/types.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
 #include "utilities/utilitiesdll/cxstring.h"
+#include "utilities/utilitiesdll/smallobject.h"
 
 /// The base of all identifiers. Two identifiers of different kinds are never equal, whatever they hold.
-class NVUTIL_API AttributeBytesId {
+class NVUTIL_API AttributeBytesId : public SmallObject {
 public:
     /// The kinds, by the numbers of their kind byte. "New" kinds carry a text where the others carry a
     /// number.
@@ -48,8 +49,6 @@ public:
     /// @return the number of bytes written
     /// @throws ExceptionNotEnoughBytesForDesiredDataType when they do not fit; nothing is written then
     unsigned GetTypeAndIdentifierState(BYTE* buffer, unsigned size) const;
-    /// Appends the kind byte and the payload.
-    void AppendTypeAndIdentifierState(ByteBuffer& out) const;
 
     /// Reads a kind byte and the payload of that kind.
     /// @throws ExceptionUnhandledSyntax when the kind is unknown; its byte is consumed
@@ -69,8 +68,12 @@ protected:
 
     virtual ByteBuffer GetIdentifierState() const = 0;
     virtual void WalkBufferToSetIdentifier(BYTE*& cursor, unsigned& remaining) = 0;
-    /// Appends what GetIdentifierState returns.
-    virtual void AppendIdentifierState(ByteBuffer& out) const = 0;
+
+public:
+    /// Appends the kind byte and the payload.
+    virtual void AppendTypeAndIdentifierState(ByteBuffer& out) const = 0;
+
+protected:
     /// The key order of indexed lists: LessThan, and where two identifiers are each less than the other, the
     /// feature decides.
     virtual bool IsBefore(const AttributeBytesId& other) const { return LessThan(other); }
@@ -93,7 +96,8 @@ private:
     friend class AttributeBytesIndexedList;
 };
 
-/// What all identifier classes share, given their HasEqualPayload, HasLessPayload and AppendIdentifierState.
+/// What all identifier classes share, given their HasEqualPayload, HasLessPayload and
+/// AppendTypeAndIdentifierState.
 template <class Concrete, AttributeBytesId::AttributeBytesIdEnum kind>
 class AttributeBytesIdOfKind : public AttributeBytesId {
 public:
@@ -115,10 +119,10 @@ public:
 
 protected:
     ByteBuffer GetIdentifierState() const override {
-        ByteBuffer state;
-        AppendIdentifierState(state);
-        return state;
+        const ByteBuffer state = GetTypeAndIdentifierState();
+        return {state.begin() + 1, state.end()};
     }
+    static constexpr BYTE kindByte = BYTE{kind};
 
 private:
     const Concrete& Self() const { return static_cast<const Concrete&>(*this); }
@@ -128,13 +132,15 @@ private:
 template <class Concrete, AttributeBytesId::AttributeBytesIdEnum kind>
 class AttributeBytesNumberId : public AttributeBytesIdOfKind<Concrete, kind> {
 public:
+    void AppendTypeAndIdentifierState(ByteBuffer& out) const override {
+        out.appendValues(this->kindByte, m_number);
+    }
     bool HasEqualPayload(const Concrete& other) const { return m_number == other.m_number; }
     bool HasLessPayload(const Concrete& other) const { return m_number < other.m_number; }
 
 protected:
     explicit AttributeBytesNumberId(LONG number) : m_number(number) {}
 
-    void AppendIdentifierState(ByteBuffer& out) const override { out.appendIntValue(m_number); }
     void WalkBufferToSetIdentifier(BYTE*& cursor, unsigned& remaining) override {
         m_number = ByteBuffer::WalkBufferToGetLong(cursor, remaining);
     }
@@ -152,13 +158,15 @@ public:
     CXString GetDumpDisplayString(bool /*ignored*/ = false) const override {
         return this->GetBaseDumpDisplayString() + NV_TEXT(": ") + m_text;
     }
+    void AppendTypeAndIdentifierState(ByteBuffer& out) const override {
+        out.appendValues(this->kindByte).appendCountedString(m_text);
+    }
     bool HasEqualPayload(const Concrete& other) const { return m_text.Compare(other.m_text) == 0; }
     bool HasLessPayload(const Concrete& other) const { return m_text.Compare(other.m_text) < 0; }
 
 protected:
     explicit AttributeBytesTextId(const CXString& text) : m_text(text) {}
 
-    void AppendIdentifierState(ByteBuffer& out) const override { out.appendCountedString(m_text); }
     void WalkBufferToSetIdentifier(BYTE*& cursor, unsigned& remaining) override {
         m_text = ByteBuffer::WalkBufferToGetCountedString(cursor, remaining);
     }
@@ -245,9 +253,9 @@ public:
     /// A smaller feature or a smaller type is less, so that two identifiers can each be less than the other.
     /// That is deliberate.
     bool HasLessPayload(const AttributeBytesCapabilityId& other) const;
+    void AppendTypeAndIdentifierState(ByteBuffer& out) const override;
 
 protected:
-    void AppendIdentifierState(ByteBuffer& out) const override;
     void WalkBufferToSetIdentifier(BYTE*& cursor, unsigned& remaining) override;
     bool IsBefore(const AttributeBytesId& other) const override;
     std::uint64_t GetOrderPrefix() const override;
@@ -273,9 +281,9 @@ public:
     /// A smaller name or a smaller type is less, so that two identifiers can each be less than the other.
     /// That is deliberate.
     bool HasLessPayload(const AttributeBytesNewCapabilityId& other) const;
+    void AppendTypeAndIdentifierState(ByteBuffer& out) const override;
 
 protected:
-    void AppendIdentifierState(ByteBuffer& out) const override;
     void WalkBufferToSetIdentifier(BYTE*& cursor, unsigned& remaining) override;
     bool IsBefore(const AttributeBytesId& other) const override;
     std::uint64_t GetOrderPrefix() const override;

@@ -6,6 +6,7 @@
 #include "utilities/attributebytes/attributebytesoptionvalue.h"
 #include "utilities/attributebytes/statemark.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
+#include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
 
 namespace {
 
@@ -66,6 +67,7 @@ void AttributeBytesIndexedList::ImportAttributeBytesIndexedListState(const BYTE*
 }
 
 void AttributeBytesIndexedList::ImportFromRawList(const AttributeBytesRawList& list) {
+    UtilitiesDllPerThreadStorage::Prepare();  // the records' memory comes from what the thread keeps
     DeleteAllAttributeBytes();
     auto iterator = list.GetRawListIterator();
     while (list.IsValidRawListIterator(iterator)) {

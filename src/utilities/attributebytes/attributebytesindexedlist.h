@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <utility>
 
 #include "platform/types.h"
 #include "utilities/attributebytes/attributebytes.h"
@@ -14,6 +15,7 @@
 #include "utilities/utilitiesdll/cxstring.h"
 #include "utilities/utilitiesdll/dimension.h"
 #include "utilities/utilitiesdll/sharedptr.h"
+#include "utilities/utilitiesdll/smallobject.h"
 #include "utilities/utilitiesdll/utctime.h"
 
 class AttributeBytesIndexedListIterator;
@@ -149,7 +151,8 @@ private:
         }
         static bool IsBefore(const AttributeBytesId& left, const AttributeBytesId& right);
     };
-    using Records = std::map<Key, SharedPtr<AttributeBytes>, KeyLess>;
+    using Records = std::map<Key, SharedPtr<AttributeBytes>, KeyLess,
+                             SmallObjectAllocator<std::pair<const Key, SharedPtr<AttributeBytes>>>>;
 
     static SoughtKey KeyOf(const AttributeBytesId& id);
     /// The value of an identifier when it is present and specified, or null.

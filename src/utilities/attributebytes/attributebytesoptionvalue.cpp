@@ -64,7 +64,8 @@ bool AttributeBytesOptionValue::HasLessPayload(const AttributeBytesOptionValue& 
     return m_value->LessThan(*other.m_value);
 }
 
-void AttributeBytesOptionValue::AppendValueState(ByteBuffer& out) const {
+void AttributeBytesOptionValue::AppendTypeAndValueState(ByteBuffer& out) const {
+    out.appendValues(kindByte, UnspecifiedByte());
     m_value->AppendTypeAndIdentifierState(out);
 }
 

@@ -22,8 +22,8 @@ constexpr const WChar* kindNames[] = {
 constexpr auto storedUnits = Dimension::ThousandthsOfMillimetres;
 constexpr double storedThreshold = 0.499999;
 
-void AppendDimension(ByteBuffer& out, const Dimension& dimension) {
-    out.appendIntValue(dimension.GetValue(storedUnits).GetIntValue(storedThreshold));
+LONG StoredNumber(const Dimension& dimension) {
+    return dimension.GetValue(storedUnits).GetIntValue(storedThreshold);
 }
 
 Dimension WalkBufferToGetDimension(BYTE*& cursor, unsigned& remaining) {
@@ -58,13 +58,6 @@ unsigned AttributeBytesValue::GetTypeAndValueState(BYTE* buffer, unsigned size) 
     }
     std::copy(state.begin(), state.end(), buffer);
     return state.getDword();
-}
-
-void AttributeBytesValue::AppendTypeAndValueState(ByteBuffer& out) const {
-    const BYTE head[] = {static_cast<BYTE>(GetAttributeBytesValueType()),
-                         static_cast<BYTE>(m_isSpecified ? 0 : 1)};
-    out.appendLpbyte(head, sizeof(head));
-    AppendValueState(out);
 }
 
 std::unique_ptr<AttributeBytesValue> AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(
@@ -121,8 +114,8 @@ bool AttributeBytesIntegerValue::HasLessPayload(const AttributeBytesIntegerValue
     return m_value < other.m_value;
 }
 
-void AttributeBytesIntegerValue::AppendValueState(ByteBuffer& out) const {
-    out.appendIntValue(m_value);
+void AttributeBytesIntegerValue::AppendTypeAndValueState(ByteBuffer& out) const {
+    out.appendValues(kindByte, UnspecifiedByte(), m_value);
 }
 
 void AttributeBytesIntegerValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
@@ -143,7 +136,7 @@ bool AttributeBytesStringValue::HasLessPayload(const AttributeBytesStringValue& 
     return m_value.Compare(other.m_value) < 0;
 }
 
-void AttributeBytesStringValue::AppendValueState(ByteBuffer& out) const {
+void AttributeBytesStringValue::AppendTypeAndValueState(ByteBuffer& out) const {
     out.appendCountedString(m_value);
 }
 
@@ -166,8 +159,8 @@ bool AttributeBytesBooleanValue::HasLessPayload(const AttributeBytesBooleanValue
     return !m_value && other.m_value;
 }
 
-void AttributeBytesBooleanValue::AppendValueState(ByteBuffer& out) const {
-    out.appendByteValue(m_value ? 1 : 0);
+void AttributeBytesBooleanValue::AppendTypeAndValueState(ByteBuffer& out) const {
+    out.appendValues(kindByte, UnspecifiedByte(), static_cast<BYTE>(m_value ? 1 : 0));
 }
 
 void AttributeBytesBooleanValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
@@ -198,8 +191,8 @@ bool AttributeBytesRangeValue::HasLessPayload(const AttributeBytesRangeValue& ot
     return m_low != other.m_low ? m_low < other.m_low : m_high < other.m_high;
 }
 
-void AttributeBytesRangeValue::AppendValueState(ByteBuffer& out) const {
-    out.appendIntValue(m_low).appendIntValue(m_high);
+void AttributeBytesRangeValue::AppendTypeAndValueState(ByteBuffer& out) const {
+    out.appendValues(kindByte, UnspecifiedByte(), m_low, m_high);
 }
 
 void AttributeBytesRangeValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
@@ -234,9 +227,8 @@ bool AttributeBytesRangeOfDimensionValue::HasLessPayload(
     return m_low != other.m_low ? m_low < other.m_low : m_high < other.m_high;
 }
 
-void AttributeBytesRangeOfDimensionValue::AppendValueState(ByteBuffer& out) const {
-    AppendDimension(out, m_low);
-    AppendDimension(out, m_high);
+void AttributeBytesRangeOfDimensionValue::AppendTypeAndValueState(ByteBuffer& out) const {
+    out.appendValues(kindByte, UnspecifiedByte(), StoredNumber(m_low), StoredNumber(m_high));
 }
 
 void AttributeBytesRangeOfDimensionValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
@@ -259,8 +251,8 @@ bool AttributeBytesDimensionValue::HasLessPayload(const AttributeBytesDimensionV
     return m_value < other.m_value;
 }
 
-void AttributeBytesDimensionValue::AppendValueState(ByteBuffer& out) const {
-    AppendDimension(out, m_value);
+void AttributeBytesDimensionValue::AppendTypeAndValueState(ByteBuffer& out) const {
+    out.appendValues(kindByte, UnspecifiedByte(), StoredNumber(m_value));
 }
 
 void AttributeBytesDimensionValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
@@ -295,8 +287,8 @@ bool AttributeBytesResolutionValue::HasLessPayload(const AttributeBytesResolutio
 }
 
 // The bytes have the feed first, although everything else names the cross-feed first: deliberate.
-void AttributeBytesResolutionValue::AppendValueState(ByteBuffer& out) const {
-    out.appendIntValue(m_feed).appendIntValue(m_crossFeed).appendShortValue(m_units);
+void AttributeBytesResolutionValue::AppendTypeAndValueState(ByteBuffer& out) const {
+    out.appendValues(kindByte, UnspecifiedByte(), m_feed, m_crossFeed, m_units);
 }
 
 void AttributeBytesResolutionValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
@@ -325,8 +317,8 @@ bool AttributeBytesDataBlobValue::HasLessPayload(const AttributeBytesDataBlobVal
     return m_value < other.m_value;
 }
 
-void AttributeBytesDataBlobValue::AppendValueState(ByteBuffer& out) const {
-    out.appendCountedBytes(m_value);
+void AttributeBytesDataBlobValue::AppendTypeAndValueState(ByteBuffer& out) const {
+    out.appendValues(kindByte, UnspecifiedByte()).appendCountedBytes(m_value);
 }
 
 void AttributeBytesDataBlobValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
@@ -348,9 +340,8 @@ bool AttributeBytesListValue::HasLessPayload(const AttributeBytesListValue& /*ot
     return false;
 }
 
-void AttributeBytesListValue::AppendValueState(ByteBuffer& out) const {
-    out.appendByteValue(m_listType)
-        .appendIntValue(static_cast<int>(m_value.GetAttributeBytesRawListStateSize()));
+void AttributeBytesListValue::AppendTypeAndValueState(ByteBuffer& out) const {
+    out.appendValues(kindByte, UnspecifiedByte(), m_listType, m_value.GetAttributeBytesRawListStateSize());
     m_value.AppendAttributeBytesRawListState(out);
 }
 
@@ -380,8 +371,8 @@ bool AttributeBytesDateTimeValue::HasLessPayload(const AttributeBytesDateTimeVal
     return static_cast<LONG>(m_value.GetTime64Value()) < static_cast<LONG>(other.m_value.GetTime64Value());
 }
 
-void AttributeBytesDateTimeValue::AppendValueState(ByteBuffer& out) const {
-    out.appendTime64Value(m_value.GetTime64Value());
+void AttributeBytesDateTimeValue::AppendTypeAndValueState(ByteBuffer& out) const {
+    out.appendValues(kindByte, UnspecifiedByte(), m_value.GetTime64Value());
 }
 
 void AttributeBytesDateTimeValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {

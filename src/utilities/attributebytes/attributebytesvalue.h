@@ -12,12 +12,13 @@
 #include "utilities/utilitiesdll/bytebuffer.h"
 #include "utilities/utilitiesdll/cxstring.h"
 #include "utilities/utilitiesdll/dimension.h"
+#include "utilities/utilitiesdll/smallobject.h"
 #include "utilities/utilitiesdll/utctime.h"
 
 class AttributeBytesListValue;
 
 /// The base of all values. A value that is not specified still has a payload.
-class NVUTIL_API AttributeBytesValue {
+class NVUTIL_API AttributeBytesValue : public SmallObject {
 public:
     /// The kinds, by the numbers of their kind byte.
     enum AttributeBytesValueEnum : int {
@@ -60,8 +61,6 @@ public:
     /// @return the number of bytes written
     /// @throws ExceptionNotEnoughBytesForDesiredDataType when they do not fit; nothing is written then
     unsigned GetTypeAndValueState(BYTE* buffer, unsigned size) const;
-    /// Appends the same bytes.
-    void AppendTypeAndValueState(ByteBuffer& out) const;
 
     /// Reads a kind byte, the unspecified byte and the payload of that kind.
     ///
@@ -89,8 +88,14 @@ protected:
 
     virtual ByteBuffer GetValueState() const = 0;
     virtual void WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) = 0;
-    /// Appends what GetValueState returns.
-    virtual void AppendValueState(ByteBuffer& out) const = 0;
+
+public:
+    /// Appends the kind byte, the unspecified byte and the payload.
+    virtual void AppendTypeAndValueState(ByteBuffer& out) const = 0;
+
+protected:
+    /// What stands behind the kind byte.
+    BYTE UnspecifiedByte() const { return m_isSpecified ? 0 : 1; }
 
     /// Whether kinds and specified flags are equal.
     bool operator==(const AttributeBytesValue& other) const;
@@ -102,7 +107,7 @@ private:
     bool m_isSpecified;
 };
 
-/// What all value classes share, given their HasEqualPayload, HasLessPayload and AppendValueState.
+/// What all value classes share, given their HasEqualPayload, HasLessPayload and AppendTypeAndValueState.
 template <class Concrete, AttributeBytesValue::AttributeBytesValueEnum valueKind>
 class AttributeBytesValueOfKind : public AttributeBytesValue {
 public:
@@ -126,10 +131,10 @@ protected:
     using AttributeBytesValue::AttributeBytesValue;
 
     ByteBuffer GetValueState() const override {
-        ByteBuffer state;
-        AppendValueState(state);
-        return state;
+        const ByteBuffer state = GetTypeAndValueState();
+        return {state.begin() + 2, state.end()};
     }
+    static constexpr BYTE kindByte = BYTE{kind};
 
 private:
     const Concrete& Self() const { return static_cast<const Concrete&>(*this); }
@@ -139,11 +144,11 @@ private:
 #define NV_VALUE_PAYLOAD_FUNCTIONS(Class)                               \
 public:                                                                 \
     CXString GetDumpDisplayString(bool ignored = false) const override; \
+    void AppendTypeAndValueState(ByteBuffer& out) const override;       \
     bool HasEqualPayload(const Class& other) const;                     \
     bool HasLessPayload(const Class& other) const;                      \
                                                                         \
 protected:                                                              \
-    void AppendValueState(ByteBuffer& out) const override;              \
     void WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) override;
 
 /// A signed 32-bit number.

@@ -53,6 +53,14 @@ public:
     std::uint32_t GetFileSize() const { return m_fileSize; }
 
 private:
+    struct Block {
+        std::uint64_t begin;  ///< Of the payload.
+        std::uint32_t payloadSize;
+        std::uint32_t uncompressedSize;
+        std::uint64_t history;  ///< Bytes of earlier blocks that the payload may refer to.
+        bool hasChecksum;
+    };
+
     FDIERROR CheckHeader() {
         BYTE header[headerSize];
         int error = 0;
@@ -118,34 +126,35 @@ private:
         for (unsigned block = 0; block < m_blockCount; ++block) {
             BYTE header[blockHeaderSize];
             if (!ReadAt(position, header)) return FDIERROR_CORRUPT_CABINET;
-            const std::uint32_t payload = WordAt(header + 4);
-            const std::uint32_t uncompressed = WordAt(header + 6);
-            const bool last = block + 1 == m_blockCount;
-            if (uncompressed > largestBlock || (!last && uncompressed != largestBlock) ||
-                (uncompressed == 0 && m_blockCount != 1))
-                return FDIERROR_CORRUPT_CABINET;
             position += blockHeaderSize + m_blockReserve;
-            if (!CheckPayload(position, payload, uncompressed, total)) return FDIERROR_CORRUPT_CABINET;
-            position += payload;
-            total += uncompressed;
+            const Block found{.begin = position,
+                              .payloadSize = WordAt(header + 4),
+                              .uncompressedSize = WordAt(header + 6),
+                              .history = std::min<std::uint64_t>(total, largestBlock),
+                              .hasChecksum = DwordAt(header) != 0};
+            const bool last = block + 1 == m_blockCount;
+            if (found.uncompressedSize > largestBlock || (!last && found.uncompressedSize != largestBlock) ||
+                (found.uncompressedSize == 0 && m_blockCount != 1) || !CheckPayload(found))
+                return FDIERROR_CORRUPT_CABINET;
+            position += found.payloadSize;
+            total += found.uncompressedSize;
         }
         return total == m_fileSize ? FDIERROR_NONE : FDIERROR_CORRUPT_CABINET;
     }
 
-    bool CheckPayload(std::uint64_t begin, std::uint32_t payload, std::uint32_t uncompressed,
-                      std::uint64_t history) {
-        if (payload > largestPayload || begin + payload > m_cabinetSize) return false;
+    bool CheckPayload(const Block& block) {
         constexpr std::uint32_t signatureSize = sizeof blockSignature;
         BYTE start[signatureSize];
-        if (payload < signatureSize || !ReadAt(begin, start)) return false;
+        if (block.payloadSize > largestPayload || block.begin + block.payloadSize > m_cabinetSize)
+            return false;
+        if (block.payloadSize < signatureSize || !ReadAt(block.begin, start)) return false;
         if (std::memcmp(start, blockSignature, signatureSize) != 0) return false;
         // Nothing is expanded of a folder without data, whatever the payload of its block.
-        if (readerChecksPayloads || uncompressed == 0) return true;
+        if ((readerChecksPayloads && block.hasChecksum) || block.uncompressedSize == 0) return true;
 
-        m_payload.resize(payload - signatureSize);
-        return ReadAt(begin + signatureSize, m_payload) &&
-               MszipPayloadFillsBlock(m_payload, std::min<std::uint64_t>(history, largestBlock),
-                                      uncompressed);
+        m_payload.resize(block.payloadSize - signatureSize);
+        return ReadAt(block.begin + signatureSize, m_payload) &&
+               MszipPayloadFillsBlock(m_payload, block.history, block.uncompressedSize);
     }
 
     /// Fills `out` with bytes of the cabinet; false when they do not all lie inside it.

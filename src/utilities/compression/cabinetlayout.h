@@ -15,9 +15,8 @@
 /// - folder, file entry (a name of 1 to 255 bytes) and every block lie inside the cabinet;
 /// - every block but the last has 32,768 bytes, the last has fewer or as many, and a block without bytes is
 ///   the only one of its folder;
-/// - the payload of a block begins with "CK"; where the platform's own library does the reading, it
-/// also
-///   expands to exactly the block's bytes.
+/// - the payload of a block begins with "CK"; of a block without a checksum, and of every block where the
+///   platform's own library does the reading, it is also known to expand to exactly the block's bytes.
 ///
 /// @param file      read from anywhere; its position is not restored
 /// @param fileSize  receives the size of the file in the cabinet, at most 32,768 times the number of blocks

@@ -14,15 +14,6 @@ static_assert(std::endian::native == std::endian::little);
 
 namespace {
 
-/// Appends an integer, least significant byte first.
-template <class Integer>
-ByteBuffer& AppendInteger(ByteBuffer& buffer, Integer value) {
-    const std::size_t end = buffer.size();
-    buffer.resize(end + sizeof(value));
-    std::memcpy(buffer.data() + end, &value, sizeof(value));
-    return buffer;
-}
-
 template <class Integer>
 ByteBuffer CreateFromInteger(Integer value) {
     ByteBuffer buffer(sizeof(value), 0);
@@ -141,7 +132,7 @@ ByteBuffer& ByteBuffer::setWithLpbyte(const BYTE* bytes, DWORD length) {
 }
 
 ByteBuffer& ByteBuffer::appendNullChar() {
-    return AppendInteger(*this, WChar{0});
+    return appendValues(WChar{0});
 }
 
 ByteBuffer& ByteBuffer::appendAscii(const CXString& text) {
@@ -153,31 +144,12 @@ ByteBuffer& ByteBuffer::appendAscii(const CXString& text) {
     return *this;
 }
 
-ByteBuffer& ByteBuffer::appendByteValue(BYTE value) {
-    push_back(value);
-    return *this;
-}
-
-ByteBuffer& ByteBuffer::appendShortValue(short value) {
-    return AppendInteger(*this, value);
-}
-
-ByteBuffer& ByteBuffer::appendIntValue(int value) {
-    return AppendInteger(*this, value);
-}
-
-ByteBuffer& ByteBuffer::appendTime64Value(std::int64_t value) {
-    return AppendInteger(*this, value);
-}
-
 ByteBuffer& ByteBuffer::appendCountedString(const CXString& text) {
-    appendShortValue(static_cast<short>(text.GetLength()));
-    return append(text);
+    return appendValues(static_cast<short>(text.GetLength())).append(text);
 }
 
 ByteBuffer& ByteBuffer::appendCountedBytes(const ByteBuffer& bytes) {
-    appendIntValue(static_cast<int>(bytes.size()));
-    return append(bytes);
+    return appendValues(static_cast<int>(bytes.size())).append(bytes);
 }
 
 LONG ByteBuffer::getAsLongValue() const {
@@ -241,7 +213,7 @@ bool ByteBuffer::persistToByteStream(BYTE*& cursor) const {
 bool ByteBuffer::persistToByteStream(ByteBuffer& out) const {
     const ByteBuffer source(*this);  // `out` may be this buffer
     const auto count = static_cast<WORD>(source.size());
-    AppendInteger(out, count).appendLpbyte(source.data(), count);
+    out.appendValues(count).appendLpbyte(source.data(), count);
     return true;
 }
 

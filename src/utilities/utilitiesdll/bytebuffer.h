@@ -11,8 +11,10 @@
 //   Stream block          a Word n, then n bytes
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "platform/types.h"
@@ -62,11 +64,17 @@ public:
     /// Appends the string in the system's ANSI code page, without a terminator.
     ByteBuffer& appendAscii(const CXString& text);
 
-    // The values of the table above, appended in place.
-    ByteBuffer& appendByteValue(BYTE value);
-    ByteBuffer& appendShortValue(short value);
-    ByteBuffer& appendIntValue(int value);
-    ByteBuffer& appendTime64Value(std::int64_t value);
+    /// Appends integers one after another, each little-endian in its own width.
+    template <std::integral... Integers>
+    ByteBuffer& appendValues(Integers... values) {
+        BYTE bytes[(sizeof(values) + ...)];
+        BYTE* next = bytes;
+        ((std::memcpy(next, &values, sizeof(values)), next += sizeof(values)), ...);
+        return appendLpbyte(bytes, sizeof(bytes));
+    }
+    ByteBuffer& appendByteValue(BYTE value) { return appendValues(value); }
+    ByteBuffer& appendShortValue(short value) { return appendValues(value); }
+    ByteBuffer& appendIntValue(int value) { return appendValues(value); }
     ByteBuffer& appendCountedString(const CXString& text);
     ByteBuffer& appendCountedBytes(const ByteBuffer& bytes);
 

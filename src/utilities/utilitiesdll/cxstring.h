@@ -1,6 +1,7 @@
 // CXString: the library's wide string, with value semantics over a shared, copy-on-write buffer.
 #pragma once
 
+#include <compare>
 #include <cstdarg>
 #include <cstdint>
 #include <cstring>
@@ -227,15 +228,6 @@ inline bool operator==(const CXString& left, const CXString& right) {
 inline bool operator==(const CXString& left, const WChar* right) {
     return left.Compare(right) == 0;
 }
-inline bool operator<(const CXString& left, const CXString& right) {
-    return left.Compare(right) < 0;
-}
-inline bool operator>(const CXString& left, const CXString& right) {
-    return left.Compare(right) > 0;
-}
-inline bool operator<=(const CXString& left, const CXString& right) {
-    return left.Compare(right) <= 0;
-}
-inline bool operator>=(const CXString& left, const CXString& right) {
-    return left.Compare(right) >= 0;
+inline std::strong_ordering operator<=>(const CXString& left, const CXString& right) {
+    return left.Compare(right) <=> 0;
 }

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "utilities/utilitiesdll/smallobject.h"
+
 /// The comparison of the library's own classes: the first object's `IsEqual` and `LessThan` where it has
 /// them, else its operators. Two null pointers are equal; a null pointer is less than any object.
 template <class T>
@@ -42,6 +44,11 @@ public:
         T* object;
         std::uint32_t count;  ///< Pointers that share this record.
         bool owned;           ///< Whether the last of them destroys the object.
+
+        static void* operator new(std::size_t size) { return SmallObjectMemory::Allocate(size); }
+        static void operator delete(void* block, std::size_t size) noexcept {
+            SmallObjectMemory::Free(block, size);
+        }
     };
 
     /// Begins to share an object.

@@ -9,6 +9,7 @@
 #include "platform/threadslot.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 #include "utilities/utilitiesdll/ownedcriticalresource.h"
+#include "utilities/utilitiesdll/smallobject.h"
 
 namespace {
 
@@ -68,6 +69,14 @@ UtilitiesDllPerThreadStorage& UtilitiesDllPerThreadStorage::GetUtilitiesDllPerTh
     return *object;
 }
 
+void UtilitiesDllPerThreadStorage::Prepare() noexcept {
+    if (FindObject() != nullptr) return;
+    try {
+        GetUtilitiesDllPerThreadStorageObject();
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): the thread goes on without an object
+    }
+}
+
 std::size_t UtilitiesDllPerThreadStorage::GetObjectCount() {
     ProcessWideState& state = State();
     const OwnedCriticalResource lock(state.lock);
@@ -92,6 +101,7 @@ void UtilitiesDllPerThreadStorage::CleanUpDueToThreadDetach(bool /*ignored*/) {
     std::erase(state.objects, object);
     DestroyObject(object);
     platform::SetThreadSlot(state.slot, nullptr);
+    SmallObjectMemory::StopKeeping();
 }
 
 void UtilitiesDllPerThreadStorage::CleanUpDueToProcessDetach() {
@@ -124,7 +134,10 @@ UtilitiesDllPerThreadStorage* UtilitiesDllPerThreadStorage::MakeObject() {
     auto* object = new (memory) UtilitiesDllPerThreadStorage;
     try {
         state.objects.push_back(object);
-        if (platform::SetThreadSlot(state.slot, object)) return object;
+        if (platform::SetThreadSlot(state.slot, object)) {
+            SmallObjectMemory::StartKeeping();
+            return object;
+        }
         state.objects.pop_back();
     } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): no memory is the result below
     }

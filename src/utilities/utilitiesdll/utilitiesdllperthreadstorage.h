@@ -37,6 +37,9 @@ public:
     /// @throws ExceptionOutOfMemory when there is no memory for it
     /// @throws ExceptionAccessPriorToInitialization when the library is not loaded, or no longer
     static UtilitiesDllPerThreadStorage& GetUtilitiesDllPerThreadStorageObject();
+    /// Makes the calling thread's object when it has none and the library is loaded; does nothing where that
+    /// fails.
+    static void Prepare() noexcept;
     /// Number of threads that have an object.
     static std::size_t GetObjectCount();
 

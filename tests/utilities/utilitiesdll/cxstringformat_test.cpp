@@ -130,7 +130,7 @@ TEST(CXStringFormatTest, ExpandsMessages) {
     text.FormatMessageW(NV_TEXT("%2 %1|%3!5d!|%4!-4s!|%5!S!|%6!x!"), NV_TEXT("one"), NV_TEXT("two"), 5,
                         NV_TEXT("w"), "n", 255);
     EXPECT_EQ(text, NV_TEXT("two one|    5|w   |n|ff"));
-    text.FormatMessageW(NV_TEXT("100%% %. %!%b%n\nx%tx%0ignored"));
+    text.FormatMessageW(NV_TEXT("100%% %. %!% %n\nx%tx%0ignored"));
     EXPECT_EQ(text, NV_TEXT("100% . ! \r\n\r\nx\tx"));
     text.FormatMessageW(NV_TEXT("%1|%12%3"), text.GetBuffer(0), 2, NV_TEXT("3"), 4, 5, 6, 7, 8, 9, 10, 11,
                         NV_TEXT("12"));
