@@ -37,30 +37,37 @@ std::uint32_t BigEndianAt(std::span<const BYTE> bytes) {
     return number;
 }
 
+/// Reads a footer by the library's rules: where the state is too short for its footer, only the fields that
+/// the oldest one had are read.
 Footer ReadFooter(std::span<const BYTE> state) {
-    const auto endsIn = [state](const char(&signature)[4]) {
-        return state.size() >= CompressedBuffer::GetSizeOf37FooterInfo() &&
-               std::equal(std::begin(signature), std::end(signature), state.end() - 4);
-    };
-    const auto fieldBefore = [state](std::size_t distance) {
+    constexpr std::size_t signatureSize = 4;
+    const std::size_t size = state.size();
+    const auto fieldAt = [state](std::size_t distance) {
         return BigEndianAt(state.subspan(state.size() - distance));
     };
-    if (endsIn(CompressedBuffer::m_skrchSignatureBytes) &&
-        state.size() >= CompressedBuffer::GetSizeOfFooterInfo()) {
-        return {"COM5", CompressedBuffer::GetSizeOfFooterInfo(), state[state.size() - 13],
-                static_cast<std::int32_t>(fieldBefore(12)), fieldBefore(8)};
+    const auto endsIn = [state](const char(&signature)[signatureSize]) {
+        return std::equal(std::begin(signature), std::end(signature), state.end() - signatureSize);
+    };
+    const bool longEnough = size >= CompressedBuffer::GetSizeOf37FooterInfo();
+    const bool isCurrent = longEnough && endsIn(CompressedBuffer::m_skrchSignatureBytes);
+    const bool isPrevious = longEnough && endsIn(CompressedBuffer::m_skrchSignatureBytes40);
+    if (!isCurrent && !isPrevious && !(longEnough && endsIn(CompressedBuffer::m_skrchSignatureBytes37))) {
+        NV_THROW(ExceptionMissingOrBadCompressedBufferFooter, "WriteBufferInfo", __LINE__,
+                 NV_TEXT("ends in no footer of a compressed buffer"));
     }
-    if (endsIn(CompressedBuffer::m_skrchSignatureBytes40) &&
-        state.size() >= CompressedBuffer::GetSizeOf40FooterInfo()) {
-        return {"COM4", CompressedBuffer::GetSizeOf40FooterInfo(), CompressedBuffer::CF_ZLIB,
-                static_cast<std::int32_t>(fieldBefore(12)), fieldBefore(8)};
+    Footer footer{"COMP", CompressedBuffer::GetSizeOf37FooterInfo(), std::nullopt, std::nullopt, fieldAt(8)};
+    if (isCurrent) footer.signature = "COM5";
+    if (isPrevious) footer.signature = "COM4";
+    if (isCurrent && size >= CompressedBuffer::GetSizeOfFooterInfo()) {
+        footer.size = CompressedBuffer::GetSizeOfFooterInfo();
+        footer.format = state[size - 13];
+        footer.setting = static_cast<std::int32_t>(fieldAt(12));
+    } else if (isPrevious && size >= CompressedBuffer::GetSizeOf40FooterInfo()) {
+        footer.size = CompressedBuffer::GetSizeOf40FooterInfo();
+        footer.format = CompressedBuffer::CF_ZLIB;
+        footer.setting = static_cast<std::int32_t>(fieldAt(12));
     }
-    if (endsIn(CompressedBuffer::m_skrchSignatureBytes37)) {
-        return {"COMP", CompressedBuffer::GetSizeOf37FooterInfo(), std::nullopt, std::nullopt,
-                fieldBefore(8)};
-    }
-    NV_THROW(ExceptionMissingOrBadCompressedBufferFooter, "WriteBufferInfo", __LINE__,
-             NV_TEXT("ends in no footer of a compressed buffer"));
+    return footer;
 }
 
 std::string NameOfFormat(unsigned format) {

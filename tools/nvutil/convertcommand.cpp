@@ -75,8 +75,9 @@ struct Conversion {
 void Convert(ToolRun& run, const Conversion& conversion) {
     const Dimension length(ParseLength(conversion.length), FindUnit(conversion.from).units);
     const Dimension::UnitsEnum to = FindUnit(conversion.to).units;
-    run.out << DisplayOfNumber(length.GetDoubleValue(to), conversion.decimals) << ' ' << GetPrintedName(to)
-            << '\n';
+    const double converted = length.GetDoubleValue(to);
+    if (!std::isfinite(converted)) throw CLI::ValidationError(conversion.length, "is too long");
+    run.out << DisplayOfNumber(converted, conversion.decimals) << ' ' << GetPrintedName(to) << '\n';
 }
 
 std::string DescribeUnits() {

@@ -338,7 +338,7 @@ void AppendBlob(const Place& place, const ValueTarget& target) {
 
 void AppendList(const Place& place, const ValueTarget& target) {
     if (target.depth == deepestNesting)
-        place.RefuseBecause("is nested in more than " + std::to_string(deepestNesting - 1) + " lists");
+        place.RefuseBecause("lists are nested more than " + std::to_string(deepestNesting) + " levels deep");
     place.RequireMembersAmong({"type", "items"});
     AttributeBytesListValue value(place.GetMember("type").GetNumber<BYTE>(),
                                   ReadItems(place.GetMember("items"), target.depth + 1));

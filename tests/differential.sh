@@ -1,0 +1,173 @@
+#!/usr/bin/env bash
+# Runs the tools of both builds over the same inputs and compares what they print, write and end with.
+#
+# usage: differential.sh NATIVE_TOOL OTHER_TOOL_COMMAND...
+#
+# Compressed bytes may differ, since the builds compress with different libraries; everything else may not.
+set -euo pipefail
+
+[[ $# -ge 2 ]] || { echo "usage: differential.sh NATIVE_TOOL OTHER_TOOL_COMMAND..." >&2; exit 2; }
+native=("$(realpath "$1")")
+shift
+other=()
+for word in "$@"; do
+    [[ -f $word ]] && word=$(realpath "$word")
+    other+=("$word")
+done
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+mkdir inputs native other
+passed=0
+failed=0
+
+report() {
+    local name=$1 isSame=$2
+    if [[ $isSame == yes ]]; then
+        passed=$((passed + 1))
+    else
+        failed=$((failed + 1))
+        printf 'FAILED: %s\n' "$name"
+    fi
+}
+
+# Only identifier and class: what the platforms say about files and cabinets is in their own words. Lines of
+# the other tool's launcher are left out.
+firstWords() { sed -n '/^nvutil: /p' "$1" | cut -d' ' -f1-3; }
+
+# runBoth NAME ARGUMENT... leaves output, errors and status of NAME in native/ and other/. "@" in an argument
+# stands for the folder of the build at hand.
+runBoth() {
+    local name=$1 build status
+    shift
+    for build in native other; do
+        local -n command=$build
+        status=0
+        "${command[@]}" "${@//@/$build}" <"${input:-/dev/null}" >"$build/$name.out" 2>"$build/$name.errors" || status=$?
+        echo "$status" >"$build/$name.status"
+        firstWords "$build/$name.errors" >"$build/$name.refusal"
+    done
+}
+
+isSame() { cmp -s "native/$1" "other/$1"; }
+
+# Both builds must print the same and end with the same status.
+compare() {
+    local name=$1 same=yes
+    runBoth "$@"
+    isSame "$name.out" && isSame "$name.status" && isSame "$name.refusal" || same=no
+    report "$name: nvutil ${*:2}" $same
+}
+
+# Both builds write the file NAME; what it holds must be the same once expanded.
+compareBuilt() {
+    local name=$1 same=yes
+    runBoth "$name-build" state build "$2" -o "@/$name.state"
+    isSame "$name-build.status" || same=no
+    for build in native other; do
+        if [[ -e $build/$name.state ]]; then
+            "${native[@]}" state show --bytes "$build/$name.state" | sed '/^Compressed/d' >"$build/$name.bytes"
+        else
+            echo "not written" >"$build/$name.bytes"
+        fi
+    done
+    isSame "$name.bytes" || same=no
+    report "$name: state build $2" $same
+}
+
+# Every way of looking at a state.
+compareShown() {
+    local name=$1 state=$2
+    compare "$name-tree" state show "$state"
+    compare "$name-json" state show --json "$state"
+    compare "$name-bytes" state show --bytes "$state"
+    compare "$name-verify" state verify "$state"
+}
+
+# --- Inputs ---------------------------------------------------------------------------------------------
+
+settings=inputs/settings.json
+cp "$root/examples/settings.json" "$settings"
+sed -e '/"feature": 10}, "value"/s/"integer": 1}/"integer": 25}/' -e 's/"DRAFT"/"PROOF"/' "$settings" >inputs/changed.json
+cat >inputs/empty.json <<'JSON'
+{"driverVersion": "0.0.0.65535", "namespaces": {}}
+JSON
+cat >inputs/odd.json <<'JSON'
+{"namespaces": {"-7": [], "2147483647": [
+  {"id": {"newFeature": "lone \ud800 and \udfff, pair \ud83d\ude00, \uffff, \u0000 and \u001b"}, "value": {"string": "\\u\"/ü"}},
+  {"id": {"feature": 1}, "value": {"dateTime": -62167219201}},
+  {"id": {"feature": 1}, "value": {"dateTime": 253402300800}, "unspecified": true},
+  {"id": {"feature": 1}, "value": {"dimension": 2147483647}},
+  {"id": {"feature": 1}, "value": {"dimensionRange": [-2147483648, 16777217]}},
+  {"id": {"feature": 1}, "value": {"list": {"type": 255, "items": []}}, "unspecified": true}]}}
+JSON
+"${native[@]}" state build "$settings" -o inputs/whole.state
+"${native[@]}" state build inputs/changed.json -o inputs/changed.state
+size=$(stat -c %s inputs/whole.state)
+tail -c +17 inputs/whole.state >inputs/whole.buffer
+
+wrongDocuments=(
+    '' '[]' '{' '{"namespaces":{}} x' '{"namespaces":{"1":[],"1":[]}}' '{"namespaces":{"one":[]}}'
+    '{"driverVersion":"1.2.3","namespaces":{}}'
+    '{"namespaces":{"1":[{"id":{"feature":1}}]}}'
+    '{"namespaces":{"1":[{"id":{"feature":1,"value":2},"value":{"integer":1}}]}}'
+    '{"namespaces":{"1":[{"id":{"feature":1},"value":{"integer":2147483648}}]}}'
+    '{"namespaces":{"1":[{"id":{"feature":1},"value":{"blob":"ABC"}}]}}'
+)
+
+# --- Comparisons ----------------------------------------------------------------------------------------
+
+for document in settings changed empty odd; do
+    compareBuilt "$document" "inputs/$document.json"
+    # Each build reads what either wrote.
+    for maker in native other; do
+        cp "$maker/$document.state" "inputs/$document-by-$maker.state"
+        compareShown "$document-by-$maker" "inputs/$document-by-$maker.state"
+    done
+    compare "$document-same" state diff "inputs/$document-by-native.state" "inputs/$document-by-other.state"
+done
+compare changes state diff inputs/whole.state inputs/changed.state
+compare changes-status state diff --exit-code inputs/whole.state inputs/changed.state
+
+compare info buffer info inputs/whole.buffer
+runBoth pack buffer pack "$settings" -o "@/packed"
+for maker in native other; do
+    cp "$maker/packed" "inputs/packed-by-$maker"
+    compare "unpack-by-$maker" buffer unpack "inputs/packed-by-$maker"
+    compare "hex-by-$maker" buffer unpack --hex "inputs/packed-by-$maker"
+    report "what $maker packed is unpacked whole" "$(cmp -s "$settings" "native/unpack-by-$maker.out" && echo yes || echo no)"
+done
+
+for number in "${!wrongDocuments[@]}"; do
+    printf '%s' "${wrongDocuments[number]}" >inputs/wrong.json
+    compare "wrong-$number" state build inputs/wrong.json --hex
+done
+for length in 0 7 15 16 17 28 29 100 $((size - 13)) $((size - 1)); do
+    head -c "$length" inputs/whole.state >inputs/cut.state
+    compare "cut-at-$length" state show --bytes inputs/cut.state
+    tail -c "$length" inputs/whole.state >inputs/end.buffer
+    compare "end-of-$length" buffer unpack inputs/end.buffer
+done
+# A byte changed in the header, in the cabinet's header, entries and block, and in each field of the footer.
+for offset in 0 4 8 16 20 24 32 40 41 42 44 46 52 56 58 68 72 74 76 90 98 100 102 104 110 500 \
+    $((size - 13)) $((size - 12)) $((size - 8)) $((size - 6)) $((size - 5)) $((size - 4)) $((size - 1)); do
+    cp inputs/whole.state inputs/changed-byte.state
+    printf '\xA5' | dd of=inputs/changed-byte.state bs=1 seek="$offset" conv=notrunc status=none
+    compare "changed-at-$offset" state show inputs/changed-byte.state
+done
+
+input=$settings
+compare input-is-standard state build - --hex -o "@/hex.state"
+unset input
+compare missing state show inputs/no-such-file
+compare no-command
+compare wrong-option state show --no-such-option inputs/whole.state
+compare convert convert 8.5 inches mm
+compare convert-negative convert -72 pt in
+compare convert-unknown convert 1 furlong mm
+compare exceptions exceptions
+compare help --help
+
+printf '%d passed, %d failed\n' "$passed" "$failed"
+[[ $failed -eq 0 ]]
