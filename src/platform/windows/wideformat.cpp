@@ -11,8 +11,8 @@ namespace platform {
 
 namespace {
 
-// The C library would store through the argument of "%n", or end the program. "%.0s" takes an argument too and
-// neither reads nor prints anything.
+// The C library would store through the argument of "%n", or end the program. "%.0s" takes an argument too
+// and neither reads nor prints anything.
 Text WithoutStores(const WChar* format) {
     Text safe;
     while (*format != 0) {
