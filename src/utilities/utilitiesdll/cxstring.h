@@ -25,12 +25,11 @@ public:
 
     /// The empty string.
     CXString() noexcept;
-    CXString(std::nullptr_t) noexcept
-        : CXString() {}  // NOLINT(google-explicit-constructor): as for a pointer
+    CXString(std::nullptr_t) noexcept : CXString() {}
     CXString(const CXString& other);
     CXString(CXString&& other) noexcept;
     /// A copy of a terminated wide string.
-    CXString(const WChar* text);  // NOLINT(google-explicit-constructor): text is a string everywhere
+    CXString(const WChar* text);
     /// A copy of `length` code units, which may contain zeros. A negative length is taken as 0.
     CXString(const WChar* text, int length);
     /// The character repeated `count` times; empty when `count` is not positive.
@@ -71,7 +70,7 @@ public:
     /// Makes the string empty and gives up its buffer.
     void Empty();
     /// The terminated code units, valid until the string is modified or destroyed.
-    operator const WChar*() const { return m_characters; }  // NOLINT(google-explicit-constructor)
+    operator const WChar*() const { return m_characters; }
 
     /// What lies in front of the characters.
     struct Data {

@@ -13,10 +13,9 @@
 class NVUTIL_API Number {
 public:
     constexpr Number() = default;
-    constexpr Number(double value) : m_value(value) {}  // NOLINT(google-explicit-constructor)
-    constexpr Number(int value) : m_value(value) {}     // NOLINT(google-explicit-constructor)
-    constexpr Number(long value)
-        : m_value(static_cast<double>(value)) {}  // NOLINT(google-explicit-constructor)
+    constexpr Number(double value) : m_value(value) {}
+    constexpr Number(int value) : m_value(value) {}
+    constexpr Number(long value) : m_value(static_cast<double>(value)) {}
     /// The number that SetStringValue reads.
     explicit Number(const CXString& text) { SetStringValue(text); }
 

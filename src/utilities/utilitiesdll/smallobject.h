@@ -39,8 +39,7 @@ struct SmallObjectAllocator {
 
     SmallObjectAllocator() = default;
     template <class Other>
-    SmallObjectAllocator(const SmallObjectAllocator<Other>&) noexcept {
-    }  // NOLINT(google-explicit-constructor)
+    SmallObjectAllocator(const SmallObjectAllocator<Other>&) noexcept {}
 
     T* allocate(std::size_t count) { return static_cast<T*>(SmallObjectMemory::Allocate(count * sizeof(T))); }
     void deallocate(T* block, std::size_t count) noexcept {

@@ -123,7 +123,7 @@ TEST(AttributeBytesRawList, ChecksListsThatNestDeeplyInLinearTime) {
         ByteBuffer state = Bytes("41 42 52 4C");
         for (int level = levels; level > 0; --level) {
             state.append(Bytes("02 01 00 00 00 0B 00 00"));
-            state.appendIntValue(static_cast<int>(4 + 16 * (level - 1) + innermost.size()));
+            state.appendIntValue(4 + 16 * (level - 1) + static_cast<int>(innermost.size()));
             state.append(Bytes("41 42 52 4C"));
         }
         return AttributeBytesRawList(state.append(innermost));
