@@ -22,7 +22,7 @@ inline constexpr std::uint8_t formatMinor = 3;
 /// A block holds at most this many bytes of uncompressed data.
 inline constexpr std::size_t maxBlockSize = 32768;
 /// A block's payload is at most this much larger than its uncompressed data.
-inline constexpr std::size_t maxBlockOverhead = 12;
+inline constexpr std::size_t maxBlockOverhead = 6144;
 /// Cabinets, folders and files are addressed with signed 32-bit offsets.
 inline constexpr std::uint32_t maxCabinetSize = 0x7FFFFFFF;
 /// Longest name of a file, cabinet or disk, including its NUL.

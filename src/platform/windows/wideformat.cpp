@@ -11,7 +11,7 @@ namespace platform {
 
 namespace {
 
-// The C library would store through the argument of "%n", or end the program. "%.0s" takes that argument too
+// The C library would store through the argument of "%n", or end the program. "%.0s" takes an argument too
 // and neither reads nor prints anything.
 Text WithoutStores(const WChar* format) {
     Text safe;
@@ -22,7 +22,9 @@ Text WithoutStores(const WChar* format) {
         } else if (*format == L'%') {
             ++format;
             safe += L"%%";
-        } else if (ReadFormatConversion(format).type == L'n') {
+        } else if (const auto conversion = ReadFormatConversion(format); conversion.type == L'n') {
+            if (conversion.widthIsArgument) safe += L"%.0s";
+            if (conversion.precisionIsArgument) safe += L"%.0s";
             safe += L"%.0s";
         } else {
             safe.append(begin, format);

@@ -72,10 +72,7 @@ SharedPtr<AttributeBytes> AttributeBytes::WalkBufferToCreateAttributeBytes(BYTE*
                                                                            unsigned& remaining) {
     auto id = AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(cursor, remaining);
     auto value = AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(cursor, remaining);
-    auto record = std::make_unique<AttributeBytes>(std::move(id), std::move(value));
-    SharedPtr<AttributeBytes> shared(record.get(), true);
-    record.release();
-    return shared;
+    return SharedPtr<AttributeBytes>(new AttributeBytes(std::move(id), std::move(value)));
 }
 
 bool AttributeBytes::operator==(const AttributeBytes& other) const {

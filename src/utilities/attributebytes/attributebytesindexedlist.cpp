@@ -68,7 +68,7 @@ void AttributeBytesIndexedList::ImportAttributeBytesIndexedListState(const BYTE*
 
 void AttributeBytesIndexedList::ImportFromRawList(const AttributeBytesRawList& list) {
     UtilitiesDllPerThreadStorage::Prepare();  // the records' memory comes from what the thread keeps
-    DeleteAllAttributeBytes();
+    const Records replaced = std::exchange(m_records, {});  // `list` may belong to one of these records
     auto iterator = list.GetRawListIterator();
     while (list.IsValidRawListIterator(iterator)) {
         AddAttributeBytes(list.GetNextAttributeBytesFromRawListIterator(iterator));
@@ -95,7 +95,7 @@ void AttributeBytesIndexedList::AddAttributeBytes(const SharedPtr<AttributeBytes
 }
 
 void AttributeBytesIndexedList::AddAttributeBytes(const AttributeBytes& attribute) {
-    AddAttributeBytes(SharedPtr<AttributeBytes>(new AttributeBytes(attribute), true));
+    AddAttributeBytes(SharedPtr<AttributeBytes>(new AttributeBytes(attribute)));
 }
 
 void AttributeBytesIndexedList::DeleteAllAttributeBytes() {

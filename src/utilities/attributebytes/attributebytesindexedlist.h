@@ -20,7 +20,9 @@
 
 class AttributeBytesIndexedListIterator;
 
-/// Attributes in the order of their identifiers (AttributeBytesId::LessThan), each identifier once.
+/// Attributes in the order of their identifiers, each identifier once. The order is
+/// AttributeBytesId::LessThan; where that says less both ways, as it can of two capabilities, the feature
+/// decides.
 ///
 /// Records are shared: a copy of a list holds the same records, and what changes a record through one list is
 /// seen through the other.
@@ -77,7 +79,8 @@ public:
     /// @throws ExceptionFeatureNotFound when it is absent
     AttributeBytes& GetAttributeBytesRef(const AttributeBytesId& id) const;
 
-    // Iteration in key order. Removing the attribute at an iterator makes that iterator unusable.
+    // Iteration in key order. Removing the attribute at an iterator ends that iterator; emptying or filling
+    // the list anew ends all.
     AttributeBytesIndexedListIterator GetIndexedListIterator() const;
     bool IsValidIndexedListIterator(const AttributeBytesIndexedListIterator& iterator) const;
     // @throws ExceptionIndexOutOfBounds when the iterator is not valid

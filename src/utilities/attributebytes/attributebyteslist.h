@@ -38,8 +38,8 @@ public:
     /// Does nothing.
     virtual void Dump(bool ignored = false) const;
 
-    /// Replaces everything by the attributes of another list, in its order. Records of an indexed list are
-    /// shared by an indexed list.
+    /// Replaces everything by the attributes of another list, in its order; a list imported into itself stays
+    /// as it is. Records of an indexed list are shared by an indexed list.
     /// @throws ExceptionDuplicateAttributeId when this list is indexed and an identifier comes twice; the
     ///         attributes before it stay
     void ImportFromOtherList(const AttributeBytesList& other);

@@ -1,6 +1,8 @@
 // AttributeBytesRawList: attributes kept as the bytes of their records, parsed only when iterated.
 #include "utilities/attributebytes/attributebytesrawlist.h"
 
+#include <vector>
+
 #include "utilities/attributebytes/attributebytes.h"
 #include "utilities/attributebytes/attributebytesindexedlist.h"
 #include "utilities/attributebytes/statemark.h"
@@ -28,7 +30,7 @@ void AttributeBytesRawList::AppendAttributeBytesRawListState(ByteBuffer& out) co
 }
 
 unsigned AttributeBytesRawList::GetAttributeBytesRawListStateSize() const {
-    return StateMark::size + m_count;
+    return StateMark::size + m_records.getDword();
 }
 
 void AttributeBytesRawList::ImportAttributeBytesRawListState(const ByteBuffer& state) {
@@ -40,8 +42,43 @@ void AttributeBytesRawList::ImportAttributeBytesRawListState(const BYTE* state, 
         NV_THROW(ExceptionMissingOrBadAttributeBytesFormat,
                  "AttributeBytesRawList::ImportAttributeBytesRawListState", 330);
     }
-    m_count = length - StateMark::size;
-    m_records.setWithLpbyte(state + StateMark::size, m_count);
+    m_records.setWithLpbyte(state + StateMark::size, length - StateMark::size);
+}
+
+void AttributeBytesRawList::CheckRecords() const {
+    ByteWalk walk(m_records);
+    std::vector<unsigned> behind;  // bytes behind each open list; no recursion, since lists may nest deeply
+    for (;;) {
+        for (; walk.remaining == 0; behind.pop_back()) {
+            if (behind.empty()) return;
+            walk.remaining = behind.back();
+        }
+        AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(walk.cursor, walk.remaining);
+        if (walk.remaining > 0 && *walk.cursor == AttributeBytesValue::ABVTE_LIST) {
+            behind.push_back(EnterListValue(walk));
+        } else {
+            AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(walk.cursor, walk.remaining);
+        }
+    }
+}
+
+unsigned AttributeBytesRawList::EnterListValue(ByteWalk& walk) {
+    ByteBuffer::WalkBufferToGetByte(walk.cursor, walk.remaining);  // kind
+    ByteBuffer::WalkBufferToGetBool(walk.cursor, walk.remaining);  // unspecified
+    ByteBuffer::WalkBufferToGetByte(walk.cursor, walk.remaining);  // list type
+    const auto length = static_cast<unsigned>(ByteBuffer::WalkBufferToGetLong(walk.cursor, walk.remaining));
+    if (length > walk.remaining) {
+        NV_THROW(ExceptionNotEnoughBytesForDesiredDataType, "AttributeBytesRawList::EnterListValue",
+                 __LINE__);
+    }
+    if (!mark.Begins(walk.cursor, length)) {
+        NV_THROW(ExceptionMissingOrBadAttributeBytesFormat, "AttributeBytesRawList::EnterListValue",
+                 __LINE__);
+    }
+    const unsigned behind = walk.remaining - length;
+    walk.cursor += StateMark::size;
+    walk.remaining = length - StateMark::size;
+    return behind;
 }
 
 void AttributeBytesRawList::ImportFromIndexedList(const AttributeBytesIndexedList& list) {
@@ -90,10 +127,11 @@ SharedPtr<AttributeBytes> AttributeBytesRawList::GetNextAttributeBytesFromRawLis
 }
 
 SharedPtr<AttributeBytes> AttributeBytesRawList::WalkRecord(AttributeBytesRawListIterator& iterator) const {
-    ByteWalk walk(m_records.data() + iterator.m_position, m_count - iterator.m_position);
+    const unsigned count = m_records.getDword();
+    ByteWalk walk(m_records.data() + iterator.m_position, count - iterator.m_position);
     auto record = AttributeBytes::WalkBufferToCreateAttributeBytes(walk.cursor, walk.remaining);
     // Taken from what remains: a list value does not move the cursor past its bytes.
-    iterator.m_position = m_count - walk.remaining;
+    iterator.m_position = count - walk.remaining;
     return record;
 }
 
@@ -102,11 +140,15 @@ void AttributeBytesRawList::AddAttributeBytes(const SharedPtr<AttributeBytes>& a
 }
 
 void AttributeBytesRawList::AddAttributeBytes(const AttributeBytes& attribute) {
-    attribute.AppendAttributeBytesState(m_records);
-    m_count = m_records.getDword();
+    const std::size_t before = m_records.size();
+    try {
+        attribute.AppendAttributeBytesState(m_records);
+    } catch (...) {
+        m_records.resize(before);
+        throw;
+    }
 }
 
 void AttributeBytesRawList::DeleteAllAttributeBytes() {
     m_records.clear();
-    m_count = 0;
 }

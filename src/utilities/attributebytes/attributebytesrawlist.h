@@ -43,10 +43,15 @@ public:
     /// Number of bytes of the state.
     unsigned GetAttributeBytesRawListStateSize() const;
 
-    /// Replaces everything by the attributes of an indexed list, in key order.
+    /// Replaces everything by the attributes of an indexed list, in key order; the list must not hold this
+    /// one.
     void ImportFromIndexedList(const AttributeBytesIndexedList& list);
 
-    bool IsEmpty() const override { return m_count == 0; }
+    /// Parses every record, those of nested lists included, and throws what iteration would throw at a
+    /// damaged one.
+    void CheckRecords() const;
+
+    bool IsEmpty() const override { return m_records.empty(); }
     bool LengthIsExactlyOne() const override;
     std::unique_ptr<AttributeBytesListIterator> GetIterator() const override;
     bool IsValid(const AttributeBytesListIterator& iterator) const override;
@@ -57,7 +62,7 @@ public:
 
     AttributeBytesRawListIterator GetRawListIterator() const { return AttributeBytesRawListIterator(); }
     bool IsValidRawListIterator(const AttributeBytesRawListIterator& iterator) const {
-        return iterator.m_position < m_count;
+        return iterator.m_position < m_records.getDword();
     }
     /// The attribute at the iterator, which is then advanced.
     /// @throws ExceptionIndexOutOfBounds when the iterator is not valid
@@ -72,8 +77,9 @@ protected:
         AttributeBytesListIterator& iterator) const override;
 
 private:
+    /// Moves to the first record of the list value at the walk; returns how many bytes lie behind the list.
+    static unsigned EnterListValue(ByteWalk& walk);
     SharedPtr<AttributeBytes> WalkRecord(AttributeBytesRawListIterator& iterator) const;
 
-    ByteBuffer m_records;  ///< Without the mark.
-    unsigned m_count = 0;  ///< Number of bytes in `m_records`.
+    ByteBuffer m_records;  ///< Without the mark; their count is the buffer's own size.
 };

@@ -165,7 +165,7 @@ private:
     LONG m_value;
 };
 
-/// A text.
+/// A text. One of more than 32,767 code units can be written but not read back.
 class NVUTIL_API AttributeBytesStringValue final
     : public AttributeBytesValueOfKind<AttributeBytesStringValue, AttributeBytesValue::ABVTE_STRING> {
 public:
@@ -257,7 +257,7 @@ private:
     short m_units;
 };
 
-/// Any bytes.
+/// Any bytes. Their display shows short ones in hexadecimal.
 class NVUTIL_API AttributeBytesDataBlobValue final
     : public AttributeBytesValueOfKind<AttributeBytesDataBlobValue, AttributeBytesValue::ABVTE_DATABLOB> {
 public:

@@ -26,21 +26,6 @@ std::vector<AttributeBytesRawList> ListsOf(const AttributeBytesNameSpaces& nameS
     return lists;
 }
 
-/// Parses every record, nested lists included; throws at the first damaged one.
-void CheckRecords(const AttributeBytesNameSpaces& nameSpaces) {
-    std::vector<AttributeBytesRawList> unchecked = ListsOf(nameSpaces);  // not recursive: nesting may be deep
-    while (!unchecked.empty()) {
-        const AttributeBytesRawList list = std::move(unchecked.back());
-        unchecked.pop_back();
-        auto iterator = list.GetRawListIterator();
-        while (list.IsValidRawListIterator(iterator)) {
-            const auto record = list.GetNextAttributeBytesFromRawListIterator(iterator);
-            const AttributeBytesValue& value = record->GetAttributeBytesValue();
-            if (value.IsList()) unchecked.push_back(value.GetListValue().GetValue());
-        }
-    }
-}
-
 CXString DisplayOfAttributes(const AttributeBytesNameSpaces& nameSpaces) {
     CXString text;
     for (const AttributeBytesRawList& list : ListsOf(nameSpaces)) {
@@ -112,7 +97,10 @@ bool PersistentAttributes::ImportPersistentAttributesState(const ByteBuffer& sta
     DriverVersion writer;
     try {
         const AttributeBytesNameSpaces nameSpaces(uncompressed, &writer);
-        if (checkRecords) CheckRecords(nameSpaces);
+        if (checkRecords) {
+            for (const AttributeBytesRawList& list : ListsOf(nameSpaces))
+                list.CheckRecords();
+        }
     } catch (const NorvaException& e) {
         NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat, function, line,
                  NV_TEXT("the namespaces cannot be read: %s"), e.GetExceptionIdentifierForUserDisplay());

@@ -73,9 +73,13 @@ void CabCompressedBuffer::GetCompressedData(ByteBuffer& out) const {
 }
 
 void CabCompressedBuffer::CompressBuffer(const BYTE* data, DWORD size, ByteBuffer& out, int /*setting*/) {
-    static constexpr BYTE nothing = 0;
+    // Cabinet libraries differ over a cabinet without data; a state without data has no cabinet.
+    if (size == 0) {
+        NV_THROW(ExceptionCompression, "CabCompressedBuffer::CompressBuffer", __LINE__,
+                 NV_TEXT("there is nothing to compress"));
+    }
     const OwnedCriticalResource lock(CompressionLock());
-    CabBufferAsFile source(uncompressedName, size != 0 ? data : &nothing, size);
+    CabBufferAsFile source(uncompressedName, data, size);
     CabBufferAsFile destination(compressedName, out);
     CabCompressionContext(source, destination).CompressSourceFile();
 }

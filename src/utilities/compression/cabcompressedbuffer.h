@@ -42,7 +42,7 @@ public:
     /// Writes a cabinet of the data over `out` from its first byte. `out` grows as needed and never becomes
     /// shorter.
     /// @param setting  has no effect
-    /// @throws ExceptionCompression and the other exceptions of CabCompressionContext
+    /// @throws ExceptionCompression when there is no data, and the exceptions of CabCompressionContext
     static void CompressBuffer(const BYTE* data, DWORD size, ByteBuffer& out, int setting);
     /// Writes the data of a cabinet over `out` in the same way.
     /// @param in  a cabinet; any bytes that follow it are ignored

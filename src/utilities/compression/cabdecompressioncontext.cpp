@@ -136,6 +136,7 @@ void CabDecompressionContext::DecompressCabinetFile() {
     char path[cabNameCapacity];
     GetNameWithoutPathFromFileObject(m_source, name, cabNameCapacity, suffix);
     GetPathFromFileObject(m_source, path, cabNameCapacity, suffix);
+    m_bytesWritten = 0;
     const bool copied =
         GetFdiCopyPfn()(m_libraryHandle, name, path, 0, &sfnFdiNotifyCallback, nullptr, this) != 0;
     if (!copied || m_bytesWritten != m_fileSize)

@@ -92,7 +92,9 @@ private:
         if (!ReadAt(m_folderEntryBegin, entry)) return FDIERROR_CORRUPT_CABINET;
         m_blocksBegin = DwordAt(entry);
         m_blockCount = WordAt(entry + 4);
-        return WordAt(entry + 6) == tcompTYPE_MSZIP ? FDIERROR_NONE : FDIERROR_BAD_COMPR_TYPE;
+        const WORD compression = WordAt(entry + 6);
+        m_isStored = compression == tcompTYPE_NONE;
+        return m_isStored || compression == tcompTYPE_MSZIP ? FDIERROR_NONE : FDIERROR_BAD_COMPR_TYPE;
     }
 
     FDIERROR CheckFile() {
@@ -147,8 +149,10 @@ private:
         BYTE start[signatureSize];
         if (block.payloadSize > largestPayload || block.begin + block.payloadSize > m_cabinetSize)
             return false;
-        if (block.payloadSize < signatureSize || !ReadAt(block.begin, start)) return false;
-        if (std::memcmp(start, blockSignature, signatureSize) != 0) return false;
+        const bool isSigned = block.payloadSize >= signatureSize && ReadAt(block.begin, start) &&
+                              std::memcmp(start, blockSignature, signatureSize) == 0;
+        if (m_isStored) return block.payloadSize == block.uncompressedSize && !isSigned;
+        if (!isSigned) return false;
         // Nothing is expanded of a folder without data, whatever the payload of its block.
         if ((readerChecksPayloads && block.hasChecksum) || block.uncompressedSize == 0) return true;
 
@@ -175,6 +179,7 @@ private:
     std::uint32_t m_fileSize = 0;
     std::uint32_t m_blocksBegin = 0;
     unsigned m_blockCount = 0;
+    bool m_isStored = false;
     ByteBuffer m_payload;  ///< Of the block under check.
 };
 

@@ -96,7 +96,11 @@ std::int32_t ExecutionContextBase::AssertValidContextIdType(std::int32_t context
 ExecutionContextStack::ExecutionContextStack() = default;
 ExecutionContextStack::ExecutionContextStack(const ExecutionContextStack& other) = default;
 ExecutionContextStack& ExecutionContextStack::operator=(const ExecutionContextStack& other) = default;
-ExecutionContextStack::~ExecutionContextStack() = default;
+// The innermost first, and never a stack in between states: what ends may look at the stack.
+ExecutionContextStack::~ExecutionContextStack() {
+    while (!m_contexts.empty())
+        m_contexts.pop_back();
+}
 
 void ExecutionContextStack::PushContext(const ExecutionContextPtr& context) {
     m_contexts.push_back(context);

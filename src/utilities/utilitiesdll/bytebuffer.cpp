@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "platform/codepage.h"
+#include "platform/widechar.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
 // Code units and the eight bytes of a time are copied as they lie in memory.
@@ -262,8 +263,8 @@ std::int64_t ByteBuffer::WalkBufferToGetTime64(BYTE*& cursor, unsigned& remainin
 
 CXString ByteBuffer::WalkBufferToGetCountedString(BYTE*& cursor, unsigned& remaining) {
     const int count = WalkBufferToGetShort(cursor, remaining);
-    const auto length =
-        static_cast<unsigned>(count) * 2u;  // a negative count asks for more than there can be
+    // A negative count asks for more than there can be.
+    const unsigned length = count < 0 ? UINT_MAX : static_cast<unsigned>(count) * 2u;
     NV_REQUIRE_BYTES(length, "ByteBuffer::WalkBufferToGetCountedString");
     CXString text = StringFromBytes(cursor, static_cast<std::size_t>(count));
     cursor += length;
@@ -318,7 +319,7 @@ bool ByteBuffer::ConvertValueToSingleHexChar(BYTE value, unsigned short& charact
 }
 
 bool ByteBuffer::ConvertSingleHexCharToValue(unsigned short character, BYTE& value, bool /*ignored*/) {
-    if (character >= '0' && character <= '9') {
+    if (platform::IsDigit(static_cast<WChar>(character))) {
         value = static_cast<BYTE>(character - '0');
         return true;
     }

@@ -462,7 +462,7 @@ WChar* CXString::LockBuffer() {
 }
 
 void CXString::UnlockBuffer() {
-    if (GetData() != &emptyBuffer.data) GetData()->refs = 1;
+    if (IsLocked()) GetData()->refs = 1;
 }
 
 // Conversion to 8-bit text

@@ -3,6 +3,7 @@
 
 #include <compare>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <vector>
@@ -24,6 +25,8 @@ public:
 
     /// The empty string.
     CXString() noexcept;
+    CXString(std::nullptr_t) noexcept
+        : CXString() {}  // NOLINT(google-explicit-constructor): as for a pointer
     CXString(const CXString& other);
     CXString(CXString&& other) noexcept;
     /// A copy of a terminated wide string.
@@ -41,6 +44,10 @@ public:
     CXString& operator=(const CXString& other);
     CXString& operator=(CXString&& other) noexcept;
     CXString& operator=(const WChar* text);
+    CXString& operator=(std::nullptr_t) {
+        Empty();
+        return *this;
+    }
     CXString& operator=(WChar character);
     /// Replaces the text by a terminated 8-bit string, converted from the ANSI code page. Null empties.
     CXString& operator=(const char* text);
@@ -229,5 +236,8 @@ inline bool operator==(const CXString& left, const WChar* right) {
     return left.Compare(right) == 0;
 }
 inline std::strong_ordering operator<=>(const CXString& left, const CXString& right) {
+    return left.Compare(right) <=> 0;
+}
+inline std::strong_ordering operator<=>(const CXString& left, const WChar* right) {
     return left.Compare(right) <=> 0;
 }

@@ -1,6 +1,7 @@
 // SharedPtr: a reference-counted pointer that compares the objects it points to.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -32,8 +33,7 @@ struct SharedPtrCompare {
 /// Shares one object between any number of pointers and destroys it with the last of them.
 ///
 /// The count is a plain integer: a pointer and all its copies belong to one thread at a time. Every pointer
-/// has a record, also when it holds no object; only a moved-from pointer has none, and may only be assigned
-/// to or destroyed.
+/// has a record, also when it holds no object.
 ///
 /// @tparam Compare  static tests `IsEqual` and `LessThan` of two `const T*`
 template <class T, class Compare = SharedPtrCompare<T>>
@@ -53,10 +53,9 @@ public:
 
     /// Begins to share an object.
     /// @param object  may be null; destroyed with the last pointer when `owned`
-    explicit SharedPtr(T* object = nullptr, bool owned = true)
-        : m_info(new SharedPtrInfoStruct{object, 1, owned}) {}
-    SharedPtr(const SharedPtr& other) : m_info(other.m_info) { ++m_info->count; }
-    SharedPtr(SharedPtr&& other) noexcept : m_info(std::exchange(other.m_info, nullptr)) {}
+    explicit SharedPtr(T* object = nullptr, bool owned = true) : m_info(MakeInfo(object, owned)) {}
+    explicit SharedPtr(std::nullptr_t, bool owned = true) : SharedPtr(static_cast<T*>(nullptr), owned) {}
+    SharedPtr(const SharedPtr& other) noexcept : m_info(other.m_info) { ++m_info->count; }
     ~SharedPtr() { Unshare(); }
 
     SharedPtr& operator=(const SharedPtr& other) {
@@ -68,19 +67,11 @@ public:
         }
         return *this;
     }
-    SharedPtr& operator=(SharedPtr&& other) noexcept {
-        if (this != &other) {
-            SharedPtrInfoStruct* info = std::exchange(other.m_info, nullptr);
-            Unshare();
-            m_info = info;
-        }
-        return *this;
-    }
 
     /// Shares another object instead; does nothing when it is the object already held.
     void Reset(T* object, bool owned) {
         if (object == Get()) return;
-        auto* info = new SharedPtrInfoStruct{object, 1, owned};
+        SharedPtrInfoStruct* info = MakeInfo(object, owned);
         Unshare();
         m_info = info;
     }
@@ -94,7 +85,7 @@ public:
     T* operator->() const { return m_info->object; }
     T& operator*() const { return *m_info->object; }
     /// The object; null when there is none.
-    T* Get() const { return m_info != nullptr ? m_info->object : nullptr; }
+    T* Get() const { return m_info->object; }
 
     bool operator==(const SharedPtr& other) const { return Compare::IsEqual(Get(), other.Get()); }
     bool operator<(const SharedPtr& other) const { return Compare::LessThan(Get(), other.Get()); }
@@ -109,9 +100,19 @@ private:
         ++m_info->count;
     }
 
+    /// A record with a count of 1; an owned object does not outlive the failure to make one.
+    static SharedPtrInfoStruct* MakeInfo(T* object, bool owned) {
+        try {
+            return new SharedPtrInfoStruct{object, 1, owned};
+        } catch (...) {
+            if (owned) delete object;
+            throw;
+        }
+    }
+
     void Unshare() {
         SharedPtrInfoStruct* info = std::exchange(m_info, nullptr);
-        if (info != nullptr && --info->count == 0) Destroy(info);
+        if (--info->count == 0) Destroy(info);
     }
 
     static void Destroy(SharedPtrInfoStruct* info) {

@@ -110,10 +110,14 @@ void UtilitiesDllPerThreadStorage::CleanUpDueToProcessDetach() {
     if (state.slot == platform::invalidThreadSlot) return;
 
     state.stateWord = stateUnloading;
-    CleanUpDueToThreadDetach(false);
-    for (UtilitiesDllPerThreadStorage* object : state.objects)
+    // One at a time: what ends with an object may ask for the calling thread's object once more.
+    for (;;) {
+        CleanUpDueToThreadDetach(false);
+        if (state.objects.empty()) break;
+        UtilitiesDllPerThreadStorage* object = state.objects.back();
+        state.objects.pop_back();
         DestroyObject(object);
-    state.objects.clear();
+    }
     platform::FreeThreadSlot(state.slot);
     state.slot = platform::invalidThreadSlot;
 }

@@ -34,7 +34,7 @@ TEST(BuiltInCabinet, RefusesWithTheDocumentedCodes) {
     HandMadeCabinet otherFolder = OneFile(tcompTYPE_MSZIP, 32768, {{StoredMszip(Noise(32768)), 32768}});
     otherFolder.folders.push_back({tcompTYPE_MSZIP, {{MatchAtLargestDistance(), 258}}});
     otherFolder.files.push_back({"b", 258, 0, 1});
-    const Bytes largeBlock = Noise(32781);
+    const Bytes largeBlock = Noise(32768 + 6145);
     const struct {
         const char* name;
         Bytes cabinet;

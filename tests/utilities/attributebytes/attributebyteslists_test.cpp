@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "support/bytes.h"
 #include "support/throws.h"
@@ -90,6 +91,46 @@ TEST(AttributeBytesLists, ImportFromEachOther) {
     AttributeBytesIndexedList sharing;
     sharing.ImportFromOtherList(indexed);
     EXPECT_EQ(sharing.GetAttributeBytesPtr(Feature(9)), indexed.GetAttributeBytesPtr(Feature(9)));
+}
+
+TEST(AttributeBytesLists, CanBeFilledFromAListInsideThem) {
+    AttributeBytesIndexedList outer;
+    outer.SetAttributeBytes(Feature(1), AttributeBytesListValue(0, RawListOf({5, 6})));
+    const auto inner = [&]() -> const AttributeBytesRawList& {
+        return outer.GetAttributeBytesRef(Feature(1)).GetAttributeBytesValue().GetListValue().GetValue();
+    };
+    AttributeBytesIndexedList copy;
+    copy.SetAttributeBytes(Feature(1), AttributeBytesListValue(0, RawListOf({5, 6})));
+    outer.ImportFromRawList(inner());
+    EXPECT_EQ(FeaturesOf(outer), "5 6 ");
+    copy.ImportFromOtherList(
+        copy.GetAttributeBytesRef(Feature(1)).GetAttributeBytesValue().GetListValue().GetValue());
+    EXPECT_EQ(FeaturesOf(copy), "5 6 ");
+}
+
+TEST(AttributeBytesRawList, IsEmptyAfterItsRecordsWereMovedAway) {
+    AttributeBytesRawList list = RawListOf({1});
+    const AttributeBytesRawList moved = std::move(list);
+    EXPECT_TRUE(list.IsEmpty());  // NOLINT(bugprone-use-after-move): that is what is tested
+    EXPECT_EQ(Hex(list.GetAttributeBytesRawListState()), emptyRaw);
+    EXPECT_EQ(FeaturesOf(moved), "1 ");
+}
+
+TEST(AttributeBytesRawList, ChecksListsThatNestDeeplyInLinearTime) {
+    const auto nested = [](ByteBuffer innermost) {
+        constexpr int levels = 20000;
+        // Built from the outside in: each level's head, then the innermost records.
+        ByteBuffer state = Bytes("41 42 52 4C");
+        for (int level = levels; level > 0; --level) {
+            state.append(Bytes("02 01 00 00 00 0B 00 00"));
+            state.appendIntValue(static_cast<int>(4 + 16 * (level - 1) + innermost.size()));
+            state.append(Bytes("41 42 52 4C"));
+        }
+        return AttributeBytesRawList(state.append(innermost));
+    };
+    EXPECT_NO_THROW(nested(Bytes("02 01 00 00 00 05 00 01")).CheckRecords());
+    EXPECT_THROW(nested(Bytes("02 01 00 00 00 05 00")).CheckRecords(),
+                 ExceptionNotEnoughBytesForDesiredDataType);
 }
 
 TEST(AttributeBytesLists, RefuseIteratorsThatAreSpentOrForeign) {

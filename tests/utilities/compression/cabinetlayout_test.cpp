@@ -142,7 +142,19 @@ TEST(CabinetLayout, AcceptsOrRefusesByItsRules) {
         {"two folders", [](Cabinet& c) { c.folders = 2; }, corrupt},
         {"no file", [](Cabinet& c) { c.files = 0; }, corrupt},
         {"as many files as can be", [](Cabinet& c) { c.files = -1; }, corrupt},
-        {"no compression", [](Cabinet& c) { c.compression = 0; }, "6: FDIERROR_BAD_COMPR_TYPE"},
+        {"no compression of compressed blocks", [](Cabinet& c) { c.compression = 0; }, corrupt},
+        {"no compression",
+         [](Cabinet& c) {
+             c.compression = 0;
+             c.blocks = {{ByteBuffer(32768, 0), 32768}, {Bytes("41"), 1}};
+         },
+         ""},
+        {"no compression and a block too short",
+         [](Cabinet& c) {
+             c.compression = 0;
+             c.blocks = {{ByteBuffer(32767, 0), 32768}, {Bytes("41"), 1}};
+         },
+         corrupt},
         {"another compression", [](Cabinet& c) { c.compression = 3; }, "6: FDIERROR_BAD_COMPR_TYPE"},
         {"blocks over the entries", [](Cabinet& c) { c.blocksOffset = 36; }, corrupt},
         {"blocks behind the end", [](Cabinet& c) { c.blocksOffset = 0x7FFFFFFF; }, corrupt},

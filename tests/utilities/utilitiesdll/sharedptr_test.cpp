@@ -128,12 +128,12 @@ TEST(SharedPtr, ComparesObjects) {
     EXPECT_EQ(2, pointers[2]->value);
 }
 
-TEST(SharedPtr, MovesWithoutCounting) {
+TEST(SharedPtr, KeepsItsRecordWhenItIsMovedFrom) {
     Pointer pointer(new Counted(1), true);
-    Pointer moved = std::move(pointer);
-    EXPECT_EQ(1u, Count(moved));
-    pointer = moved;  // a moved-from pointer may be assigned to
+    const Pointer moved = std::move(pointer);
     EXPECT_EQ(2u, Count(moved));
+    EXPECT_TRUE(pointer == moved);  // NOLINT(bugprone-use-after-move): that is what is tested
+    EXPECT_EQ(nullptr, Pointer(nullptr).Get());
 }
 
 TEST(SharedPtr, TakesARecord) {
