@@ -66,5 +66,5 @@ checkSeam() {
 status=0
 checkFloors || status=1
 checkRings || { status=1; echo "headers include each other in a ring"; }
-checkSeam || { status=1; echo "an operating system is seen outside src/platform and src/utilities/xmlparser"; }
+checkSeam || { status=1; echo "an operating system is seen outside the platform seams"; }
 exit $status

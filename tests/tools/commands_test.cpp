@@ -81,6 +81,18 @@ TEST_F(Commands, FilesThatCannotBeUsedAreRefusedByTheirClass) {
     EXPECT_EQ(Nvutil({"buffer", "pack", state, "-o", In(u8".")}).status, 1);
 }
 
+TEST_F(Commands, OutputThatCannotBePrintedIsAFailure) {
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"exceptions"}, {"buffer", "pack", "-"}, {"convert", "1", "in", "mm"}}) {
+        std::istringstream in;
+        std::ostringstream error;
+        std::ostream full(nullptr);
+        EXPECT_EQ(RunTool(arguments, in, full, error), 1) << arguments[0];
+        EXPECT_NE(error.str().find(" ExceptionWriteFile: standard output: "), std::string::npos)
+            << error.str();
+    }
+}
+
 TEST_F(Commands, VerifyGivesOneVerdictAFile) {
     const std::string good = In(u8"good");
     const std::string bad = In(u8"bad");

@@ -179,8 +179,10 @@ struct WrongDocument {
 
 std::string NestedLists(int depth) {
     std::string json = R"({"id": {"feature": 1}, "value": {"integer": 1}})";
-    for (int i = 0; i < depth; ++i)
-        json = R"({"id": {"feature": 1}, "value": {"list": {"type": 0, "items": [)" + json + "]}}}";
+    for (int i = 0; i < depth; ++i) {
+        json.insert(0, R"({"id": {"feature": 1}, "value": {"list": {"type": 0, "items": [)");
+        json += "]}}}";
+    }
     return json;
 }
 

@@ -60,7 +60,7 @@ public:
 
     void Compare(const StateContents& before, const StateContents& after) {
         if (!(before.version == after.version))
-            Print("~ driver version: " + VersionText(before.version) + " -> " + VersionText(after.version));
+            Print('~', "driver version", VersionText(before.version) + " -> " + VersionText(after.version));
         std::map<LONG, std::pair<const NameSpace*, const NameSpace*>> pairs;
         for (const NameSpace& nameSpace : before.nameSpaces)
             pairs[nameSpace.number].first = &nameSpace;
@@ -73,19 +73,19 @@ public:
     std::size_t GetCount() const { return m_count; }
 
 private:
-    void Print(const std::string& line) {
+    void Print(char sign, const std::string& path, const std::string& text) {
         ++m_count;
-        m_out << line << '\n';
+        m_out << sign << ' ' << path << ": " << text << '\n';
     }
 
     void CompareNameSpaces(const std::string& path, const NameSpace* before, const NameSpace* after) {
         const auto sizeOf = [](const NameSpace& nameSpace) {
-            return ": " + CountText(CountAttributes(nameSpace.attributes), "attribute");
+            return CountText(CountAttributes(nameSpace.attributes), "attribute");
         };
         if (before == nullptr) {
-            Print("+ " + path + sizeOf(*after));
+            Print('+', path, sizeOf(*after));
         } else if (after == nullptr) {
-            Print("- " + path + sizeOf(*before));
+            Print('-', path, sizeOf(*before));
         } else {
             CompareLists(path, before->attributes, after->attributes, 0);
         }
@@ -101,20 +101,21 @@ private:
         const std::size_t countBefore = m_count;
         const NamedRecords old(before);
         const NamedRecords current(after);
+        const std::string prefix = path + " / ";
         for (const auto& [name, record] : old.GetAll()) {
             const auto* const match = current.Find(name);
             const AttributeBytesValue& value = record->GetAttributeBytesValue();
             if (match == nullptr) {
-                Print("- " + path + " / " + name + ": " + DisplayWithFlag(value));
+                Print('-', prefix + name, DisplayWithFlag(value));
             } else {
-                CompareValues(path + " / " + name, value, match->record->GetAttributeBytesValue(), depth);
+                CompareValues(prefix + name, value, match->record->GetAttributeBytesValue(), depth);
             }
         }
         for (const auto& [name, record] : current.GetAll()) {
             if (old.Find(name) == nullptr)
-                Print("+ " + path + " / " + name + ": " + DisplayWithFlag(record->GetAttributeBytesValue()));
+                Print('+', prefix + name, DisplayWithFlag(record->GetAttributeBytesValue()));
         }
-        if (m_count == countBefore) Print("~ " + path + ": " + DescribeSilentDifference(old, current));
+        if (m_count == countBefore) Print('~', path, DescribeSilentDifference(old, current));
     }
 
     /// Why two lists of equal attributes have different bytes.
@@ -129,7 +130,7 @@ private:
                        const AttributeBytesValue& after, int depth) {
         const bool areLists = before.IsList() && after.IsList();
         const bool isSame = areLists ? HaveSameHead(before, after) : HaveSameContent(before, after);
-        if (!isSame) Print("~ " + path + ": " + DisplayOfChange(before, after));
+        if (!isSame) Print('~', path, DisplayOfChange(before, after));
         if (areLists)
             CompareLists(path, before.GetListValue().GetValue(), after.GetListValue().GetValue(), depth + 1);
     }

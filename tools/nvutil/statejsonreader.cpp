@@ -103,7 +103,7 @@ public:
     }
     CXString GetText() const {
         constexpr int longestText = std::numeric_limits<short>::max();  // what readers of the count can take
-        const CXString text = DecodeJsonString(GetString());
+        CXString text = DecodeJsonString(GetString());
         if (text.GetLength() > longestText) {
             RefuseBecause("has " + Grouped(static_cast<std::uint64_t>(text.GetLength())) +
                           " UTF-16 code units, more than " + Grouped(longestText));

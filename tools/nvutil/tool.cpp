@@ -10,7 +10,7 @@
 
 #include "nvutil/command.h"
 #include "nvutil/text.h"
-#include "utilities/debuggingandexceptions/norvaexception.h"
+#include "utilities/debuggingandexceptions/throwprotocol.h"
 
 namespace {
 
@@ -31,6 +31,14 @@ void Parse(CLI::App& app, std::span<const std::string> arguments) {
         if (IsNegativeNumber(argument)) argument.insert(argument.begin(), negativeNumberMark);
     }
     app.parse(std::move(reversed));
+}
+
+/// What was printed may have been kept back until now, and a full disk must not pass for success.
+void FinishOutput(ToolRun& run) {
+    run.out.flush();
+    if (run.out) return;
+    run.subject = "standard output";
+    NV_THROW(ExceptionWriteFile, "RunTool", __LINE__, NV_TEXT("cannot be written"));
 }
 
 /// The command-line library's own failures are wrong usage, except that help is success.
@@ -59,6 +67,7 @@ int RunTool(std::span<const std::string> arguments, std::istream& in, std::ostre
     AddExceptionsCommand(app, run);
     try {
         Parse(app, arguments);
+        FinishOutput(run);
         return run.exitStatus;
     } catch (const CLI::ParseError& e) {
         return ReportUsage(app, e, run);
