@@ -328,7 +328,8 @@ TEST(StateJson, ADeeperStateIsVerifiedButNotShown) {
     AttributeBytesNameSpaces nameSpaces;
     nameSpaces.SetNameSpaceAttributes(AttributeBytesNameSpacesId(1), list);
     const std::string state = TextOf(PersistentAttributes(nameSpaces).GetPersistentAttributesState());
-    EXPECT_EQ(Nvutil({"state", "verify", "-"}, state).status, 0);
+    const ToolResult verdict = Nvutil({"state", "verify", "-"}, state);
+    EXPECT_TRUE(verdict.out.ends_with(", 1 namespace, 2,000 attributes\n")) << verdict.out << verdict.error;
     for (const std::vector<std::string>& form : {std::vector<std::string>{}, {"--json"}, {"--bytes"}}) {
         std::vector<std::string> arguments = {"state", "show", "-"};
         arguments.insert(arguments.end(), form.begin(), form.end());

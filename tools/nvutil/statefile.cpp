@@ -1,14 +1,13 @@
 // A persisted attribute state, taken apart for showing and comparing.
 #include "nvutil/statefile.h"
 
-#include <utility>
-
 #include "utilities/attributebytes/attributebytes.h"
 #include "utilities/attributebytes/attributebytesindexedlist.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
 namespace {
 
+constexpr unsigned markSize = 4;
 constexpr unsigned indexedListBegin = 12;  // behind the mark and the driver version
 
 /// The namespaces of an uncompressed state that is known to be sound.
@@ -50,18 +49,21 @@ std::size_t CountAttributes(const AttributeBytesRawList& list) {
 }
 
 std::size_t CountAllAttributes(const StateContents& contents) {
-    std::vector<AttributeBytesRawList> uncounted;  // not recursive: nesting may be deep
-    for (const NameSpace& nameSpace : contents.nameSpaces)
-        uncounted.push_back(nameSpace.attributes);
+    // The records of a list lie where it stands, so that the records of all lists follow one another, with
+    // the head of each list in between.
+    constexpr unsigned recordsBegin = indexedListBegin + 2 * markSize;
+    constexpr unsigned listHeadSize = 7 + markSize;  // kind, unspecified flag, type, size
+    const ByteBuffer& state = contents.uncompressed;
+    ByteWalk walk(state.data() + recordsBegin, state.size() - recordsBegin);
     std::size_t count = 0;
-    while (!uncounted.empty()) {
-        const AttributeBytesRawList list = std::move(uncounted.back());
-        uncounted.pop_back();
-        for (auto it = list.GetRawListIterator(); list.IsValidRawListIterator(it); ++count) {
-            const auto record = list.GetNextAttributeBytesFromRawListIterator(it);
-            const AttributeBytesValue& value = record->GetAttributeBytesValue();
-            if (value.IsList()) uncounted.push_back(value.GetListValue().GetValue());
+    for (; walk.remaining != 0; ++count) {
+        AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(walk.cursor, walk.remaining);
+        if (*walk.cursor == AttributeBytesValue::ABVTE_LIST) {
+            walk.cursor += listHeadSize;
+            walk.remaining -= listHeadSize;
+        } else {
+            AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(walk.cursor, walk.remaining);
         }
     }
-    return count;
+    return count - contents.nameSpaces.size();
 }
