@@ -117,7 +117,7 @@ TEST(AttributeBytesRawList, IsEmptyAfterItsRecordsWereMovedAway) {
 }
 
 TEST(AttributeBytesRawList, ChecksListsThatNestDeeplyInLinearTime) {
-    const auto nested = [](ByteBuffer innermost) {
+    const auto nested = [](const ByteBuffer& innermost) {
         constexpr int levels = 20000;
         // Built from the outside in: each level's head, then the innermost records.
         ByteBuffer state = Bytes("41 42 52 4C");
