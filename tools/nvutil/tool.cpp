@@ -64,6 +64,7 @@ int RunTool(std::span<const std::string> arguments, std::istream& in, std::ostre
     AddStateCommands(app, run);
     AddBufferCommands(app, run);
     AddConvertCommand(app, run);
+    AddIntegrityCommands(app, run);
     AddExceptionsCommand(app, run);
     try {
         Parse(app, arguments);
