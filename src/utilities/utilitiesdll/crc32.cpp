@@ -14,11 +14,12 @@
 
 namespace {
 
-using Word = std::uint64_t;
+using Half = std::uint32_t;
 using Table = std::array<std::uint32_t, 256>;
 
-constexpr std::size_t wordSize = sizeof(Word);
-constexpr std::size_t registerCount = 5;
+// As many as have room in a processor's registers, with words that are read as two halves.
+constexpr std::size_t wordSize = 2 * sizeof(Half);
+constexpr std::size_t registerCount = 4;
 constexpr std::size_t blockSize = registerCount * wordSize;
 
 static_assert(std::endian::native == std::endian::little, "words are read as they lie in memory");
@@ -61,17 +62,19 @@ constexpr WordTables MakeWordTables(std::size_t distance) {
 constexpr WordTables wordTables = MakeWordTables(wordSize);
 constexpr WordTables blockTables = MakeWordTables(blockSize);
 
-Word ReadWord(const BYTE* bytes) {
-    Word word;
-    std::memcpy(&word, bytes, wordSize);
-    return word;
+/// Reads a half of a word and looks up its bytes, the register added.
+std::uint32_t LookUpHalf(const Table* tables, const BYTE* bytes, std::uint32_t value) {
+    Half half;
+    std::memcpy(&half, bytes, sizeof(half));
+    half ^= value;
+    return tables[0][half & 0xFF] ^ tables[1][half >> 8 & 0xFF] ^ tables[2][half >> 16 & 0xFF] ^
+           tables[3][half >> 24];
 }
 
-std::uint32_t LookUp(const WordTables& tables, Word word) {
-    std::uint32_t value = 0;
-    for (std::size_t i = 0; i < wordSize; ++i)
-        value ^= tables[i][(word >> (8 * i)) & 0xFF];
-    return value;
+/// The register behind a word, as far as the tables run ahead.
+std::uint32_t AddWord(const WordTables& tables, const BYTE* bytes, std::uint32_t value) {
+    return LookUpHalf(tables.data(), bytes, value) ^
+           LookUpHalf(tables.data() + sizeof(Half), bytes + sizeof(Half), 0);
 }
 
 /// Adds whole blocks, at least one.
@@ -79,11 +82,11 @@ std::uint32_t AddBlocks(std::uint32_t value, const BYTE* bytes, std::size_t bloc
     std::array<std::uint32_t, registerCount> registers{value};
     for (; blockCount > 1; --blockCount, bytes += blockSize) {
         for (std::size_t i = 0; i < registerCount; ++i)
-            registers[i] = LookUp(blockTables, ReadWord(bytes + i * wordSize) ^ registers[i]);
+            registers[i] = AddWord(blockTables, bytes + i * wordSize, registers[i]);
     }
     value = 0;
     for (std::size_t i = 0; i < registerCount; ++i)
-        value = LookUp(wordTables, ReadWord(bytes + i * wordSize) ^ registers[i] ^ value);
+        value = AddWord(wordTables, bytes + i * wordSize, registers[i] ^ value);
     return value;
 }
 
@@ -98,7 +101,7 @@ DWORD Crc32::GetCrc(const BYTE* bytes, DWORD length, DWORD seed) {
         left -= blockCount * blockSize;
     }
     for (; left >= wordSize; left -= wordSize, bytes += wordSize)
-        value = LookUp(wordTables, ReadWord(bytes) ^ value);
+        value = AddWord(wordTables, bytes, value);
     for (; left > 0; --left)
         value = AddByte(value, *bytes++);
     return ~value;

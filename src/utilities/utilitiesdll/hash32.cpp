@@ -9,14 +9,12 @@ namespace {
 
 /// The string hash of the ELF object format: 28 bits.
 std::uint32_t ElfHash(const BYTE* bytes, DWORD length) {
-    constexpr std::uint32_t topBits = 0xF0000000;
     std::uint32_t hash = 0;
     for (const BYTE* const end = bytes + length; bytes != end; ++bytes) {
         hash = (hash << 4) + *bytes;
-        const std::uint32_t top = hash & topBits;
-        hash = (hash ^ (top >> 24)) & ~top;
+        hash ^= (hash >> 24) & 0xF0;
     }
-    return hash;
+    return hash & 0x0FFFFFFF;  // the upper four bits take no part: the next shift drops them
 }
 
 }  // namespace
