@@ -26,6 +26,8 @@
 #include "utilities/utilitiesdll/checksum.h"
 #include "utilities/utilitiesdll/crc32.h"
 #include "utilities/utilitiesdll/cxstring.h"
+#include "utilities/utilitiesdll/dataencrypter.h"
+#include "utilities/utilitiesdll/dataobscurer.h"
 #include "utilities/utilitiesdll/dimension.h"
 #include "utilities/utilitiesdll/driverversion.h"
 #include "utilities/utilitiesdll/hash32.h"

@@ -116,6 +116,33 @@ TEST_F(Commands, IntegrityValuesOfEveryFileThatCanBeRead) {
         EXPECT_EQ(Nvutil(c.arguments, c.input).out, c.printed) << c.arguments[0] << ' ' << c.input;
 }
 
+TEST_F(Commands, SealedFilesComeBackWholeOrNotAtAll) {
+    const std::string sealed = In(u8"sealed");
+    const std::string plain = In(u8"plain");
+    const std::string secret("se\0cret\r\n", 9);
+    EXPECT_EQ(Nvutil({"seal", "-", "-o", sealed}, secret).error, "");
+    EXPECT_EQ(ReadFile(sealed).find("cret"), std::string::npos);
+    EXPECT_EQ(Nvutil({"unseal", sealed}).out, secret);
+    EXPECT_EQ(Nvutil({"unseal", "-", "--hex"}, ReadFile(sealed)).out, "736500637265740D0A\n");
+    WriteFile(plain, "kept");
+    const ToolResult cut = Nvutil({"unseal", "-", "-o", plain}, ReadFile(sealed).substr(1));
+    EXPECT_EQ(cut.status, 1);
+    EXPECT_EQ(cut.error.find("nvutil: 054:000:"), 0u) << cut.error;
+    EXPECT_NE(cut.error.find(" ExceptionDataEncrypterFailure: "), std::string::npos) << cut.error;
+    EXPECT_EQ(ReadFile(plain), "kept");
+}
+
+TEST_F(Commands, ObscuredTextCanBeGivenBack) {
+    EXPECT_EQ(Nvutil({"obscure", "Ab"}).out, "\"\u5541\u6640\"\n");
+    EXPECT_EQ(Nvutil({"obscure", "--quoted", "\"\\u5541\u6640\""}).out, "\"Ab\"\n");
+    std::string literal = Nvutil({"obscure", "a text of more than sixteen characters \"1\""}).out;
+    literal.pop_back();  // the line's end
+    EXPECT_EQ(Nvutil({"obscure", "--quoted", literal}).out,
+              "\"a text of more than sixteen characters \\\"1\\\"\"\n");
+    for (const char* const noLiteral : {"Ab", "\"Ab", "12", "[\"Ab\"]", ""})
+        EXPECT_EQ(Nvutil({"obscure", "--quoted", noLiteral}).status, 1) << noLiteral;
+}
+
 TEST_F(Commands, TheBarOfALargeFileFills) {
     EXPECT_EQ(BarText(0, "a"), "[                    ]   0% a");
     EXPECT_EQ(BarText(44, "a"), "[########            ]  44% a");
