@@ -1,6 +1,7 @@
 // Everything that users of the library include.
 #pragma once
 
+#include "environment/printer.h"
 #include "utilities/attributebytes/attributebytes.h"
 #include "utilities/attributebytes/attributebytesid.h"
 #include "utilities/attributebytes/attributebytesidfactory.h"
