@@ -14,6 +14,7 @@
 #include "utilities/attributebytes/attributebytesvalue.h"
 #include "utilities/attributebytes/attributebytesvaluefactory.h"
 #include "utilities/attributebytes/datamodelids.h"
+#include "utilities/attributebytes/devicesettingsmanager.h"
 #include "utilities/attributebytes/driverloadedcontext.h"
 #include "utilities/attributebytes/globalcaches.h"
 #include "utilities/attributebytes/persistentattributes.h"

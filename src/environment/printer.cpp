@@ -13,8 +13,12 @@ namespace {
 using platform::PrinterStatus;
 using platform::Text;
 
+/// A name as the platform takes it, which would cut it at a zero.
 Text TextOf(const CXString& text) {
-    return {static_cast<const WChar*>(text), static_cast<std::size_t>(text.GetLength())};
+    Text name{static_cast<const WChar*>(text), static_cast<std::size_t>(text.GetLength())};
+    if (name.find(WChar{0}) != Text::npos)
+        NV_THROW(ExceptionInvalidArgument, "Printer", __LINE__, NV_TEXT("a name has a zero in it: %s"), text);
+    return name;
 }
 
 CXString StringOf(const Text& text) {

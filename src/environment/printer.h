@@ -23,7 +23,8 @@ struct PrinterUpdate;
 ///
 /// Every member that meets a failure throws ExceptionPrinterFailure with the printer's name and the
 /// platform's reason (off Windows with the name of the database), and ExceptionInvalidPrinterHandle when the
-/// handle is not open, or no longer. What is merely absent is a result and not a failure.
+/// handle is not open, or no longer. A name with a zero in it is an ExceptionInvalidArgument. What is merely
+/// absent is a result and not a failure.
 class NVUTIL_API Printer {
 public:
     /// What an unknown name means to the constructor.

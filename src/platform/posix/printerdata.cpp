@@ -107,9 +107,9 @@ public:
     const Text& GetName() const { return m_printer->name; }
     /// Whether there is a database to read from; nothing is made for a reader.
     bool HasStore() const {
-        std::error_code unreadable;
-        return m_printer->store != nullptr || fs::exists(fs::status(m_printer->file, unreadable)) ||
-               unreadable.value() != 0;
+        std::error_code unreadable;  // such a file is there, and opening it tells why it is of no use
+        return m_printer->store != nullptr ||
+               fs::status(m_printer->file, unreadable).type() != fs::file_type::not_found;
     }
     PrinterStore& GetStore() {
         if (m_printer->store == nullptr) m_printer->store = std::make_unique<PrinterStore>(m_printer->file);

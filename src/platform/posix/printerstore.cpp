@@ -77,12 +77,13 @@ constexpr CodeOfResult codes[] = {
     {SQLITE_CANTOPEN, 110}, {SQLITE_PROTOCOL, 170}, {SQLITE_SCHEMA, 13},    {SQLITE_TOOBIG, 13},
     {SQLITE_NOTADB, 1392},  {SQLITE_AUTH, 5},
 };
+constexpr int primaryResultMask = 0xFF;
 constexpr DWORD codeOfOtherResults = 31;  // a device that does not work
 constexpr DWORD invalidData = 13;
 
 DWORD CodeOf(int result) {
     for (const CodeOfResult& row : codes) {
-        if (row.result == (result & 0xFF)) return row.code;
+        if (row.result == (result & primaryResultMask)) return row.code;
     }
     return codeOfOtherResults;
 }
@@ -376,9 +377,13 @@ void PrinterStore::Require(int result) {
 }
 
 void PrinterStore::Fail(int result) {
-    const char* const message =
-        m_connection != nullptr ? sqlite3_errmsg(m_connection.get()) : sqlite3_errstr(result);
-    FailWithFile(m_file, CodeOf(result), message);
+    sqlite3* const connection = m_connection.get();
+    std::string problem = connection != nullptr ? sqlite3_errmsg(connection) : sqlite3_errstr(result);
+    const int systemError = connection != nullptr ? sqlite3_system_errno(connection) : 0;
+    const int primary = result & primaryResultMask;
+    if (systemError != 0 && (primary == SQLITE_CANTOPEN || primary == SQLITE_IOERR))
+        problem += ", " + std::generic_category().message(systemError);
+    FailWithFile(m_file, CodeOf(result), problem);
 }
 
 void PrinterStore::Fail(DWORD code, const Text& problem) {

@@ -1,0 +1,64 @@
+// What tests change about their process off Windows, and change back.
+#include "support/platform/posix/process.h"
+
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+void SetOrUnset(const char* name, const char* value) {
+    value != nullptr ? setenv(name, value, 1) : unsetenv(name);
+}
+
+std::size_t ExchangeFileSizeLimit(std::size_t size) {
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const std::size_t former = limit.rlim_cur;
+    limit.rlim_cur = size;
+    setrlimit(RLIMIT_FSIZE, &limit);
+    return former;
+}
+
+}  // namespace
+
+EnvironmentScope::EnvironmentScope(const char* name, const char* value) : m_name(name) {
+    if (const char* const former = getenv(name)) m_former = former;
+    SetOrUnset(name, value);
+}
+
+EnvironmentScope::~EnvironmentScope() {
+    SetOrUnset(m_name, m_former ? m_former->c_str() : nullptr);
+}
+
+FileSizeLimit::FileSizeLimit(std::size_t size) {
+    signal(SIGXFSZ, SIG_IGN);  // the write fails instead
+    m_former = ExchangeFileSizeLimit(size);
+}
+
+FileSizeLimit::~FileSizeLimit() {
+    ExchangeFileSizeLimit(m_former);
+}
+
+bool IsTrueInChild(const std::function<bool()>& body) {
+    const pid_t child = fork();
+    if (child == 0) {
+        bool isTrue = false;
+        try {
+            isTrue = body();
+        } catch (...) {  // NOLINT(bugprone-empty-catch): not true
+        }
+        _exit(isTrue ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+unsigned ModeOf(const std::string& file) {
+    struct stat status {};
+    return stat(file.c_str(), &status) == 0 ? status.st_mode & 0777 : 0;
+}
