@@ -2,17 +2,21 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "environment/printer.h"
 #include "support/narrow.h"
 #include "support/platform/posix/process.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
+#include "utilities/utilitiesdll/formattext.h"
 
 namespace {
 
@@ -96,6 +100,34 @@ TEST_F(PrinterStore, TakesBackAnUpdateThatIsNotCommitted) {
         EXPECT_EQ(Read(), ByteBuffer{1}) << "others see the former value meanwhile";
     }
     EXPECT_EQ(Read(), ByteBuffer{1});
+}
+
+TEST_F(PrinterStore, IsMadeByManyProcessesAtOnce) {
+    std::vector<std::unique_ptr<Child>> makers;
+    for (int i = 0; i < 8; ++i) {
+        makers.push_back(std::make_unique<Child>([&, i] {
+            Printer(printerName, Printer::Opening::MayBeNew)
+                .SetPrinterDataExW(key, FormatText(NV_TEXT("Value %d"), i), Printer::typeBinary, {1});
+            return true;
+        }));
+    }
+    for (const auto& maker : makers)
+        EXPECT_TRUE(maker->Succeeds());
+    EXPECT_EQ(Printer(printerName).EnumeratePrinterDataExW(key).size(), 8u);
+}
+
+TEST_F(PrinterStore, SurvivesTheDeathOfItsMaker) {
+    for (int microseconds = 0; microseconds < 30'000; microseconds += 1000) {
+        fs::remove_all(m_folder);
+        Child maker([&] {
+            for (;;)
+                Write({1});
+        });
+        std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+        EXPECT_TRUE(maker.Kill());
+        Write({2});
+        EXPECT_EQ(Read(), ByteBuffer{2});
+    }
 }
 
 TEST_F(PrinterStore, BelongsToItsUserAlone) {
@@ -214,23 +246,23 @@ TEST_F(PrinterStore, IsUsedOnBothSidesOfAFork) {
         return data;
     };
     EXPECT_EQ(read(), ByteBuffer{1});
-    EXPECT_TRUE(IsTrueInChild([&] {
-        const bool isRead = read() == ByteBuffer{1};
-        printer.SetPrinterDataExW(key, name, Printer::typeBinary, {2});
-        return isRead && read() == ByteBuffer{2};
-    }));
+    EXPECT_TRUE(Child([&] {
+                    const bool isRead = read() == ByteBuffer{1};
+                    printer.SetPrinterDataExW(key, name, Printer::typeBinary, {2});
+                    return isRead && read() == ByteBuffer{2};
+                }).Succeeds());
     EXPECT_EQ(read(), ByteBuffer{2});
 
     PrinterDataUpdate update(printer);
     printer.SetPrinterDataExW(key, name, Printer::typeBinary, {3});
-    EXPECT_TRUE(IsTrueInChild([&] {
-        try {
-            read();
-            return false;  // the update is the parent's
-        } catch (const ExceptionInvalidPrinterHandle&) {
-            return true;
-        }
-    }));
+    EXPECT_TRUE(Child([&] {
+                    try {
+                        read();
+                        return false;  // the update is the parent's
+                    } catch (const ExceptionInvalidPrinterHandle&) {
+                        return true;
+                    }
+                }).Succeeds());
     update.Commit();
     EXPECT_EQ(read(), ByteBuffer{3});
 }

@@ -43,19 +43,35 @@ FileSizeLimit::~FileSizeLimit() {
     ExchangeFileSizeLimit(m_former);
 }
 
-bool IsTrueInChild(const std::function<bool()>& body) {
-    const pid_t child = fork();
-    if (child == 0) {
-        bool isTrue = false;
-        try {
-            isTrue = body();
-        } catch (...) {  // NOLINT(bugprone-empty-catch): not true
-        }
-        _exit(isTrue ? 0 : 1);
+Child::Child(const std::function<bool()>& body) : m_process(fork()) {
+    if (m_process != 0) return;
+    bool isTrue = false;
+    try {
+        isTrue = body();
+    } catch (...) {  // NOLINT(bugprone-empty-catch): not true
     }
-    int status = -1;
-    waitpid(child, &status, 0);
+    _exit(isTrue ? 0 : 1);
+}
+
+Child::~Child() {
+    if (m_process > 0) Kill();
+}
+
+bool Child::Kill() {
+    kill(m_process, SIGKILL);
+    return WIFSIGNALED(Wait());
+}
+
+bool Child::Succeeds() {
+    const int status = Wait();
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+int Child::Wait() {
+    int status = -1;
+    waitpid(m_process, &status, 0);
+    m_process = 0;
+    return status;
 }
 
 unsigned ModeOf(const std::string& file) {

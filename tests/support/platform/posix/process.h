@@ -31,8 +31,26 @@ private:
     std::size_t m_former;
 };
 
-/// Whether a body, run in a copy of the process, returns true there.
-bool IsTrueInChild(const std::function<bool()>& body);
+/// A copy of the process that runs a body and ends with it. It is killed at the latest with this object.
+class Child {
+public:
+    explicit Child(const std::function<bool()>& body);
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+    ~Child();
+
+    /// Ends it at once, whatever it is doing.
+    /// @return whether it was still running
+    bool Kill();
+    /// Waits for its end.
+    /// @return whether the body returned true
+    bool Succeeds();
+
+private:
+    int Wait();
+
+    int m_process;
+};
 
 /// The lowest nine bits of a file's mode: 0600.
 unsigned ModeOf(const std::string& file);
