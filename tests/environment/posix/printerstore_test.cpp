@@ -119,7 +119,7 @@ TEST_F(PrinterStore, IsMadeByManyProcessesAtOnce) {
 TEST_F(PrinterStore, SurvivesTheDeathOfItsMaker) {
     for (int microseconds = 0; microseconds < 30'000; microseconds += 1000) {
         fs::remove_all(m_folder);
-        Child maker([&] {
+        Child maker([]() -> bool {
             for (;;)
                 Write({1});
         });

@@ -48,11 +48,13 @@ void InstallDriver(Text name) {
 void InstallPrinter(Text name, Text driver) {
     Text port = L"FILE:";
     Text processor = L"WinPrint";
+    Text datatype = L"RAW";
     PRINTER_INFO_2W printer{};
     printer.pPrinterName = name.data();
     printer.pDriverName = driver.data();
     printer.pPortName = port.data();
     printer.pPrintProcessor = processor.data();
+    printer.pDatatype = datatype.data();
     const HANDLE handle = AddPrinterW(nullptr, 2, reinterpret_cast<BYTE*>(&printer));
     Require(handle != nullptr, "AddPrinter");
     ClosePrinter(handle);
