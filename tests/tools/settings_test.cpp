@@ -7,6 +7,7 @@
 
 #include "environment/printer.h"
 #include "nvutil/text.h"
+#include "support/bytes.h"
 #include "support/platform/testprinter.h"
 #include "tools/toolruns.h"
 #include "utilities/attributebytes/devicesettingsmanager.h"
@@ -75,6 +76,32 @@ TEST_F(Settings, MoveWholeToAnotherPrinter) {
         const std::string line =
             "ok       " + name + ": version 1.2.3.4, " + std::to_string(state.size()) + " bytes, 1 attribute";
         EXPECT_NE(list.find(line), std::string::npos) << list;
+    }
+}
+
+// The same settings as each build writes them: only the compressed bytes differ.
+constexpr const char* statesOfBuilds[] = {
+    "100000000100072001000200030004004D534346000000009B000000000000002C00000000000000"
+    "03010100010000003930010052000000010001007C0000000000000000006C22BA5900002F2F556E"
+    "636F6D707265737365642D446174612F2F0026D93BD741007C00434BA5C6A10D80300000B08ECD10"
+    "3882A0796273240B621804960F26389F23A86A2EC7190CA22497BDE6D2EA1830712397568719D116"
+    "88C12559758F57B7FCD80702FFFFFFFF0000007C434F4D35",
+    "100000000100072001000200030004004D5343460000000098000000000000002C00000000000000"
+    "03010100010000003930010052000000010001007C0000000000000000006C22BA5900002F2F556E"
+    "636F6D707265737365642D446174612F2F0025AC6FDE3E007C00434B7374F20B6664606260666061"
+    "7074F2F471740AF2E164646060E06660880152203E130F90C1CCA003146666648800AA5462286148"
+    "65A800920A14B00002FFFFFFFF0000007C434F4D35"};
+
+TEST_F(Settings, MoveBetweenBuildsByteByByte) {
+    for (const char* const hex : statesOfBuilds) {
+        const std::string state = TextOf(Bytes(hex));
+        EXPECT_EQ(Run("import", {"-"}, state).error, "");
+        EXPECT_EQ(Run("export").out, state);
+        EXPECT_EQ(TextOf(m_test.ReadDirectly(NV_TEXT("NrvDeviceSettings"))), state);
+        EXPECT_EQ(Run("get", {"12"}).out, Attribute(12, 300) + "\n");
+        EXPECT_EQ(Run("get", {R"({"newFeature": "X"})"}).out,
+                  R"({"id": {"newFeature": "X"}, "value": {"string": "text text text text text text text"}})"
+                  "\n");
     }
 }
 

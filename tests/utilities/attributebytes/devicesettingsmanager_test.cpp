@@ -28,13 +28,7 @@ protected:
     void Store(const ByteBuffer& state) {
         m_printer.SetPrinterDataExW(NV_TEXT("PrinterDriverData"), settingsValue, Printer::typeBinary, state);
     }
-    ByteBuffer GetStored() const {
-        DWORD type = 0;
-        ByteBuffer state;
-        EXPECT_TRUE(m_printer.GetPrinterDataW(settingsValue, type, state));
-        EXPECT_EQ(type, 3u);
-        return state;
-    }
+    ByteBuffer GetStored() const { return m_test.ReadDirectly(settingsValue); }
     LONG GetStoredNumber() {
         return DeviceSettingsManager(m_printer).GetIntegerValueFromAttributeBytes(feature);
     }
@@ -69,6 +63,9 @@ TEST_F(DeviceSettings, AreEmptyUntilTheyAreSaved) {
     EXPECT_TRUE(manager.GetDeviceSettingsDataFromStorage(data, size));
     EXPECT_EQ(data, GetStored());
     EXPECT_EQ(size, data.size());
+    DWORD type = 0;
+    EXPECT_TRUE(m_printer.GetPrinterDataExW(NV_TEXT("PrinterDriverData"), settingsValue, type, data));
+    EXPECT_EQ(type, 3u);
     EXPECT_TRUE(manager.IsAttributeBytesListEmpty()) << "the list that was handed out stays";
     EXPECT_EQ(GetStoredNumber(), 300);
 }

@@ -1,6 +1,7 @@
 // TestPrinter: a printer in a store of the test program's own.
 #include "support/platform/testprinter.h"
 
+#include <sqlite3.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <string>
 
 #include "environment/printer.h"
+#include "support/narrow.h"
 #include "utilities/utilitiesdll/formattext.h"
 
 namespace {
@@ -53,4 +55,23 @@ TestPrinter::~TestPrinter() {
         for (const CXString& value : printer.EnumeratePrinterDataExW(key))
             printer.DeletePrinterDataExW(key, value);
     }
+}
+
+ByteBuffer TestPrinter::ReadDirectly(const CXString& valueName) const {
+    sqlite3* store = nullptr;
+    sqlite3_stmt* row = nullptr;
+    ByteBuffer bytes;
+    sqlite3_open(getenv("NVUTIL_PRINTER_STORE"), &store);
+    sqlite3_prepare_v2(
+        store, "SELECT data FROM printerdata WHERE printer = ? AND key = 'PrinterDriverData' AND value = ?",
+        -1, &row, nullptr);
+    sqlite3_bind_text(row, 1, Narrow(m_name).c_str(), -1, SQLITE_TRANSIENT);
+    sqlite3_bind_text(row, 2, Narrow(valueName).c_str(), -1, SQLITE_TRANSIENT);
+    if (sqlite3_step(row) == SQLITE_ROW) {
+        bytes.setWithLpbyte(static_cast<const BYTE*>(sqlite3_column_blob(row, 0)),
+                            static_cast<DWORD>(sqlite3_column_bytes(row, 0)));
+    }
+    sqlite3_finalize(row);
+    sqlite3_close(store);
+    return bytes;
 }

@@ -79,3 +79,17 @@ TestPrinter::~TestPrinter() {
     Text driver = driverName;
     DeletePrinterDriverExW(nullptr, nullptr, driver.data(), DPD_DELETE_UNUSED_FILES, 0);
 }
+
+ByteBuffer TestPrinter::ReadDirectly(const CXString& valueName) const {
+    Text name = static_cast<const wchar_t*>(m_name);
+    Text value = static_cast<const wchar_t*>(valueName);
+    HANDLE handle = nullptr;
+    if (OpenPrinterW(name.data(), &handle, nullptr) == FALSE) return {};
+    ByteBuffer bytes(100'000);
+    DWORD size = 0;
+    const DWORD result =
+        ::GetPrinterDataW(handle, value.data(), nullptr, bytes.data(), bytes.getDword(), &size);
+    ClosePrinter(handle);
+    bytes.resize(result == ERROR_SUCCESS ? size : 0);
+    return bytes;
+}
