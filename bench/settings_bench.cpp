@@ -2,11 +2,10 @@
 // through the reader beside those in the list.
 #include <benchmark/benchmark.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <random>
 #include <string>
-
-#include <stdlib.h>
-#include <unistd.h>
 
 #include "environment/printer.h"
 #include "settings.h"
@@ -39,7 +38,8 @@ private:
     ~BenchPrinter() { fs::remove_all(m_folder); }
 
     static fs::path MakeFolder() {
-        fs::path folder = fs::temp_directory_path() / ("nvutil_bench_" + std::to_string(getpid()));
+        fs::path folder =
+            fs::temp_directory_path() / ("nvutil_bench_" + std::to_string(std::random_device{}()));
         setenv("NVUTIL_PRINTER_STORE", (folder / "printers.sqlite").c_str(), 1);
         return folder;
     }

@@ -27,6 +27,7 @@ CXString StringOf(const Text& text) {
 
 std::vector<CXString> StringsOf(const std::vector<Text>& texts) {
     std::vector<CXString> strings;
+    strings.reserve(texts.size());
     for (const Text& text : texts)
         strings.push_back(StringOf(text));
     return strings;

@@ -19,7 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr DWORD invalidName = 123;
 constexpr DWORD busy = 170;
 
 /// What a handle stands for: a printer's name, and a connection that is made when it is first needed.
@@ -181,7 +180,7 @@ PrinterStatus OpenPrinterByName(const Text& name, bool mayBeNew, HANDLE& handle)
         return error.status;
     }
     if (mayBeNew) return {};
-    const PrinterStatus status = WithPrinter(handle, [&](PrinterInUse& printer) -> PrinterStatus {
+    PrinterStatus status = WithPrinter(handle, [&](PrinterInUse& printer) -> PrinterStatus {
         if (printer.HasStore() && printer.GetStore().HasPrinter(name)) return {};
         return {unknownPrinter, {}};
     });
@@ -256,7 +255,7 @@ PrinterStatus ListPrinters(std::vector<Text>& names) {
 
 PrinterStatus BeginPrinterUpdate(HANDLE handle, PrinterUpdate*& update) {
     auto begun = std::make_unique<PrinterUpdate>(PrinterUpdate{handle});
-    const PrinterStatus status = WithPrinter(handle, [&](PrinterInUse& printer) -> PrinterStatus {
+    PrinterStatus status = WithPrinter(handle, [&](PrinterInUse& printer) -> PrinterStatus {
         if (printer.GetStore().IsInUpdate()) return {busy, NV_TEXT("is being updated by this handle")};
         printer.GetStore().BeginUpdate();
         return {};

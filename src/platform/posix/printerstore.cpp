@@ -37,6 +37,10 @@ constexpr char tableSql[] =
     "written INTEGER NOT NULL, "
     "PRIMARY KEY (printer, key, value)) STRICT";
 
+constexpr char writeSql[] =
+    "INSERT INTO printerdata (printer, key, value, type, data, written) VALUES (?1, ?2, ?3, ?4, ?5, ?6) "
+    "ON CONFLICT DO UPDATE SET type = excluded.type, data = excluded.data, written = excluded.written";
+
 // In the order of PrinterStore::Sql.
 constexpr const char* statementTexts[] = {
     "SELECT 1 FROM printerdata WHERE printer = ?1 LIMIT 1",
@@ -44,8 +48,7 @@ constexpr const char* statementTexts[] = {
     "SELECT value FROM printerdata WHERE printer = ?1 AND key = ?2",
     "SELECT type, data FROM printerdata WHERE printer = ?1 AND key = ?2 AND value = ?3",
     "SELECT written FROM printerdata WHERE printer = ?1 AND key = ?2 AND value = ?3",
-    "INSERT INTO printerdata (printer, key, value, type, data, written) VALUES (?1, ?2, ?3, ?4, ?5, ?6) "
-    "ON CONFLICT DO UPDATE SET type = excluded.type, data = excluded.data, written = excluded.written",
+    writeSql,
     "DELETE FROM printerdata WHERE printer = ?1 AND key = ?2 AND value = ?3",
 };
 

@@ -1,12 +1,13 @@
 // What tests change about their process off Windows, and change back.
 #include "support/platform/posix/process.h"
 
-#include <signal.h>
-#include <stdlib.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
 
 namespace {
 

@@ -2,10 +2,10 @@
 #include "support/platform/testprinter.h"
 
 #include <sqlite3.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
