@@ -1,6 +1,7 @@
 // Everything that users of the library include.
 #pragma once
 
+#include "environment/printer.h"
 #include "utilities/attributebytes/attributebytes.h"
 #include "utilities/attributebytes/attributebytesid.h"
 #include "utilities/attributebytes/attributebytesidfactory.h"
@@ -13,6 +14,7 @@
 #include "utilities/attributebytes/attributebytesvalue.h"
 #include "utilities/attributebytes/attributebytesvaluefactory.h"
 #include "utilities/attributebytes/datamodelids.h"
+#include "utilities/attributebytes/devicesettingsmanager.h"
 #include "utilities/attributebytes/driverloadedcontext.h"
 #include "utilities/attributebytes/globalcaches.h"
 #include "utilities/attributebytes/persistentattributes.h"

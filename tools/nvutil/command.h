@@ -27,6 +27,7 @@ constexpr char negativeNumberMark = ' ';
 // Each adds one group of commands, which run once the whole command line has been read.
 void AddStateCommands(CLI::App& app, ToolRun& run);
 void AddBufferCommands(CLI::App& app, ToolRun& run);
+void AddSettingsCommands(CLI::App& app, ToolRun& run);
 void AddConvertCommand(CLI::App& app, ToolRun& run);
 void AddIntegrityCommands(CLI::App& app, ToolRun& run);
 void AddSealCommands(CLI::App& app, ToolRun& run);

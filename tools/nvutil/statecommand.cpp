@@ -17,25 +17,11 @@
 #include "nvutil/statejson.h"
 #include "nvutil/statetree.h"
 #include "nvutil/text.h"
+#include "nvutil/versionscope.h"
 #include "utilities/attributebytes/persistentattributes.h"
 #include "utilities/utilitiesdll/driverversion.h"
 
 namespace {
-
-/// Gives the process another current driver version, and the former one back at the end.
-class CurrentVersionScope {
-public:
-    explicit CurrentVersionScope(const DriverVersion& version)
-        : m_former(DriverVersion::GetCurrentDriverVersion()) {
-        DriverVersion::SetCurrentDriverVersion(version);
-    }
-    CurrentVersionScope(const CurrentVersionScope&) = delete;
-    CurrentVersionScope& operator=(const CurrentVersionScope&) = delete;
-    ~CurrentVersionScope() { DriverVersion::SetCurrentDriverVersion(m_former); }
-
-private:
-    DriverVersion m_former;
-};
 
 std::string_view TextOf(const ByteBuffer& bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};

@@ -429,3 +429,21 @@ StateDocument ReadStateJson(std::string_view json) {
     document.nameSpaces = ReadNameSpaces(root.GetMember("namespaces"));
     return document;
 }
+
+bool IsAttributeJson(std::string_view json) {
+    const Json parsed = Parse(json);
+    return parsed.is_object() && parsed.contains("id");
+}
+
+AttributeBytes ReadAttributeJson(std::string_view json) {
+    const Json parsed = Parse(json);
+    ByteBuffer state;
+    AppendRecord(state, Place(parsed), 0);
+    return AttributeBytes(state);
+}
+
+std::unique_ptr<AttributeBytesId> ReadIdJson(std::string_view json) {
+    const Json parsed = Parse(json);
+    const Place place(parsed);
+    return parsed.is_number() ? ReadNumberId<AttributeBytesFeatureId>(place) : ReadId(place);
+}

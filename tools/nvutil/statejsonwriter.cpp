@@ -151,6 +151,10 @@ std::string WriteStateJson(const StateContents& contents) {
     return json + "}\n}\n";
 }
 
+std::string WriteAttributeJson(const AttributeBytes& attribute) {
+    return WriteRecord(attribute, 0, true);
+}
+
 std::string WriteValueJson(const AttributeBytesValue& value) {
     return VisitValue(value, ValueJson{0, true});
 }

@@ -63,6 +63,7 @@ int RunTool(std::span<const std::string> arguments, std::istream& in, std::ostre
     app.add_flag("--verbose", run.isVerbose, "Describe a refusal in full");
     AddStateCommands(app, run);
     AddBufferCommands(app, run);
+    AddSettingsCommands(app, run);
     AddConvertCommand(app, run);
     AddIntegrityCommands(app, run);
     AddSealCommands(app, run);

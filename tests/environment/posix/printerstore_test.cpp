@@ -1,0 +1,270 @@
+// The store of printers off Windows: where it is, what it survives and how it fails.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "environment/printer.h"
+#include "support/narrow.h"
+#include "support/platform/posix/process.h"
+#include "utilities/debuggingandexceptions/exceptions.h"
+#include "utilities/utilitiesdll/formattext.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const CXString printerName = NV_TEXT("Office");
+const CXString key = Printer::driverDataKey;
+const CXString name = NV_TEXT("Value");
+
+/// Every test has a folder of its own, and in it the store.
+class PrinterStore : public testing::Test {
+protected:
+    PrinterStore()
+        : m_folder(
+              fs::temp_directory_path() /
+              (std::string("nvutil_store_") + testing::UnitTest::GetInstance()->current_test_info()->name())),
+          m_file((m_folder / "new" / "folders" / "printers.sqlite").string()),
+          m_choice("NVUTIL_PRINTER_STORE", m_file.c_str()) {
+        fs::remove_all(m_folder);
+    }
+    ~PrinterStore() override { fs::remove_all(m_folder); }
+
+    static void Write(const ByteBuffer& data) {
+        Printer(printerName, Printer::Opening::MayBeNew)
+            .SetPrinterDataExW(key, name, Printer::typeBinary, data);
+    }
+    static ByteBuffer Read() {
+        DWORD type = 0;
+        ByteBuffer data;
+        EXPECT_TRUE(Printer(printerName).GetPrinterDataW(name, type, data));
+        return data;
+    }
+    std::string ReadStore() const {
+        std::ifstream file(m_file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    void WriteStore(const std::string& bytes) const { std::ofstream(m_file, std::ios::binary) << bytes; }
+
+    /// Expects a failure whose message names the store.
+    template <class Action>
+    void ExpectFailure(Action action) const {
+        try {
+            action();
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (const ExceptionPrinterFailure& failure) {
+            EXPECT_NE(Narrow(failure.GetExceptionMesage()).find(m_file), std::string::npos)
+                << Narrow(failure.GetExceptionMesage());
+        }
+    }
+
+    fs::path m_folder;
+    std::string m_file;
+    EnvironmentScope m_choice;
+};
+
+TEST_F(PrinterStore, HoldsAPrinterFromItsFirstValueToItsLast) {
+    EXPECT_THROW(Printer{printerName}, ExceptionPrinterFailure);
+    EXPECT_TRUE(Printer::EnumeratePrinters().empty());
+    Printer printer(printerName, Printer::Opening::MayBeNew);
+    DWORD type = 0;
+    ByteBuffer data;
+    EXPECT_FALSE(printer.GetPrinterDataW(name, type, data));
+    EXPECT_FALSE(printer.DeletePrinterDataExW(key, name));
+    EXPECT_FALSE(fs::exists(m_folder)) << "reading makes no store";
+
+    printer.SetPrinterDataExW(key, name, Printer::typeBinary, {1});
+    EXPECT_EQ(Printer::EnumeratePrinters(), std::vector{printerName});
+    EXPECT_EQ(Narrow(Printer(NV_TEXT("OFFICE")).GetName()), "OFFICE") << "names have no case";
+    EXPECT_TRUE(printer.DeletePrinterDataExW(key, name));
+    EXPECT_FALSE(printer.DeletePrinterDataExW(key, name));
+    EXPECT_TRUE(Printer::EnumeratePrinters().empty());
+    EXPECT_THROW(Printer{printerName}, ExceptionPrinterFailure);
+}
+
+TEST_F(PrinterStore, TakesBackAnUpdateThatIsNotCommitted) {
+    Write({1});
+    Printer printer(printerName);
+    {
+        const PrinterDataUpdate update(printer);
+        printer.SetPrinterDataExW(key, name, Printer::typeBinary, {2});
+        EXPECT_EQ(Read(), ByteBuffer{1}) << "others see the former value meanwhile";
+    }
+    EXPECT_EQ(Read(), ByteBuffer{1});
+}
+
+TEST_F(PrinterStore, IsMadeByManyProcessesAtOnce) {
+    std::vector<std::unique_ptr<Child>> makers;
+    for (int i = 0; i < 8; ++i) {
+        makers.push_back(std::make_unique<Child>([&, i] {
+            Printer(printerName, Printer::Opening::MayBeNew)
+                .SetPrinterDataExW(key, FormatText(NV_TEXT("Value %d"), i), Printer::typeBinary, {1});
+            return true;
+        }));
+    }
+    for (const auto& maker : makers)
+        EXPECT_TRUE(maker->Succeeds());
+    EXPECT_EQ(Printer(printerName).EnumeratePrinterDataExW(key).size(), 8u);
+}
+
+TEST_F(PrinterStore, SurvivesTheDeathOfItsMaker) {
+    for (int microseconds = 0; microseconds < 30'000; microseconds += 1000) {
+        fs::remove_all(m_folder);
+        Child maker([]() -> bool {
+            for (;;)
+                Write({1});
+        });
+        std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+        EXPECT_TRUE(maker.Kill());
+        Write({2});
+        EXPECT_EQ(Read(), ByteBuffer{2});
+    }
+}
+
+TEST_F(PrinterStore, BelongsToItsUserAlone) {
+    Write({1});
+    EXPECT_EQ(ModeOf(m_file), 0600u);
+    EXPECT_EQ(ModeOf(fs::path(m_file).parent_path()), 0700u);
+    EXPECT_EQ(ModeOf(m_folder), 0700u);
+}
+
+TEST_F(PrinterStore, StandsInTheUsersStateFolder) {
+    const EnvironmentScope noChoice("NVUTIL_PRINTER_STORE", nullptr);
+    const fs::path home = m_folder / "home";
+    const EnvironmentScope homeScope("HOME", home.c_str());
+    for (const char* const stateHome : {static_cast<const char*>(nullptr), "not/absolute"}) {
+        const EnvironmentScope state("XDG_STATE_HOME", stateHome);
+        Write({1});
+        EXPECT_TRUE(fs::remove(home / ".local/state/nvutil/printers.sqlite"));
+    }
+    const EnvironmentScope state("XDG_STATE_HOME", m_folder.c_str());
+    Write({1});
+    EXPECT_TRUE(fs::exists(m_folder / "nvutil/printers.sqlite"));
+}
+
+TEST_F(PrinterStore, KnowsWhenAValueWasWritten) {
+    Write({1});
+    UtcTime time;
+    EXPECT_TRUE(Printer(printerName).GetPrinterDataTime(key, name, time));
+    constexpr std::int64_t year2024 = 1704067200;
+    EXPECT_GT(time.GetTime64Value(), year2024);
+}
+
+struct Damage {
+    const char* what;
+    void (*apply)(std::string& store);
+};
+
+// The header's fields are those of the database's published format.
+const Damage damages[] = {
+    {"not a database", [](std::string& store) { store = "settings of printers, but as text"; }},
+    {"a wrong mark", [](std::string& store) { store[0] = 'X'; }},
+    {"another application's", [](std::string& store) { store[70] = 0; }},
+    {"a newer schema", [](std::string& store) { store[63] = 2; }},
+    {"a schema that is not known", [](std::string& store) { store[63] = 0; }},
+    {"another table",
+     [](std::string& store) { store.replace(store.find("TEXT NOT NULL"), 13, "TEXT NOT  NUL"); }},
+    {"cut in its first page", [](std::string& store) { store.resize(300); }},
+    {"pages of garbage",
+     [](std::string& store) { std::fill(store.begin() + 4096, store.end(), static_cast<char>(0xFF)); }},
+};
+
+TEST_F(PrinterStore, ThatIsDamagedIsRefusedAndLeftAlone) {
+    Write(ByteBuffer(10000, 7));
+    const std::string sound = ReadStore();
+    for (const Damage& damage : damages) {
+        SCOPED_TRACE(damage.what);
+        std::string store = sound;
+        damage.apply(store);
+        WriteStore(store);
+        ExpectFailure([] { const Printer printer(printerName); });
+        ExpectFailure([] { Printer::EnumeratePrinters(); });
+        ExpectFailure([] { Write({1}); });
+        EXPECT_TRUE(ReadStore() == store);
+    }
+    WriteStore(sound);
+    EXPECT_EQ(Read(), ByteBuffer(10000, 7));
+}
+
+TEST_F(PrinterStore, ThatCannotBeOpenedIsRefused) {
+    fs::create_directories(m_file);
+    ExpectFailure([] { const Printer printer(printerName); });
+    ExpectFailure([] { Write({1}); });
+    fs::remove(m_file);
+    std::ofstream(m_folder / "file") << "no folder";
+    const std::string below = (m_folder / "file" / "printers.sqlite").string();
+    const EnvironmentScope choice("NVUTIL_PRINTER_STORE", below.c_str());
+    m_file = below;
+    ExpectFailure([] { Write({1}); });
+}
+
+TEST_F(PrinterStore, ThatIsReadOnlyCanStillBeRead) {
+    Write({1});
+    std::string store = ReadStore();
+    store[18] = 3;  // a format that this version of the database may read and not write
+    WriteStore(store);
+    ExpectFailure([] { Write({2}); });
+    EXPECT_EQ(Read(), ByteBuffer{1});
+    EXPECT_TRUE(ReadStore() == store);
+}
+
+TEST_F(PrinterStore, ThatIsFullKeepsWhatItHas) {
+    Write({1});
+    {
+        const FileSizeLimit limit(200'000);
+        ExpectFailure([] { Write(ByteBuffer(1'000'000, 2)); });
+        EXPECT_EQ(Read(), ByteBuffer{1});
+        ExpectFailure([] {
+            Printer printer(printerName);
+            PrinterDataUpdate update(printer);
+            printer.SetPrinterDataExW(key, name, Printer::typeBinary, {3});
+            printer.SetPrinterDataExW(key, NV_TEXT("Other"), Printer::typeBinary, ByteBuffer(1'000'000, 2));
+            update.Commit();
+        });
+        EXPECT_EQ(Read(), ByteBuffer{1});
+    }
+    Write(ByteBuffer(1'000'000, 2));
+    EXPECT_EQ(Read(), ByteBuffer(1'000'000, 2));
+}
+
+TEST_F(PrinterStore, IsUsedOnBothSidesOfAFork) {
+    Write({1});
+    Printer printer(printerName);
+    const auto read = [&] {
+        DWORD type = 0;
+        ByteBuffer data;
+        printer.GetPrinterDataW(name, type, data);
+        return data;
+    };
+    EXPECT_EQ(read(), ByteBuffer{1});
+    EXPECT_TRUE(Child([&] {
+                    const bool isRead = read() == ByteBuffer{1};
+                    printer.SetPrinterDataExW(key, name, Printer::typeBinary, {2});
+                    return isRead && read() == ByteBuffer{2};
+                }).Succeeds());
+    EXPECT_EQ(read(), ByteBuffer{2});
+
+    PrinterDataUpdate update(printer);
+    printer.SetPrinterDataExW(key, name, Printer::typeBinary, {3});
+    EXPECT_TRUE(Child([&] {
+                    try {
+                        read();
+                        return false;  // the update is the parent's
+                    } catch (const ExceptionInvalidPrinterHandle&) {
+                        return true;
+                    }
+                }).Succeeds());
+    update.Commit();
+    EXPECT_EQ(read(), ByteBuffer{3});
+}
+
+}  // namespace

@@ -1,0 +1,90 @@
+// Processes that save settings: killed at any moment, and eight at the same time.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "nvutil/text.h"
+#include "support/platform/posix/process.h"
+#include "support/platform/testprinter.h"
+#include "tools/toolruns.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::string Attribute(int feature) {
+    return R"({"id": {"feature": )" + std::to_string(feature) + R"(}, "value": {"integer": 7}})";
+}
+
+/// A state of several pages of the store, which no compression makes smaller.
+std::string StateWithBlob(const std::string& version, unsigned seed) {
+    std::mt19937 random(seed);
+    std::string blob;
+    while (blob.size() < 40'000)
+        blob += HexNumber(random() & 0xFFFFFFFF, 8);
+    return Build(R"({"driverVersion": ")" + version +
+                 R"(", "namespaces": {"1": [{"id": {"feature": 1}, "value": {"blob": ")" + blob +
+                 R"("}}]}})");
+}
+
+TEST(SettingsFaults, LeaveTheOldStateOrTheNewOneWhole) {
+    const TestPrinter printer;
+    const std::string name = ToUtf8(printer.GetName());
+    const std::string states[] = {StateWithBlob("1.0.0.0", 1), StateWithBlob("2.0.0.0", 2)};
+    const auto import = [&](const std::string& state) {
+        return Nvutil({"settings", "import", "--printer", name, "-"}, state).status == 0;
+    };
+    const auto begin = Clock::now();
+    ASSERT_TRUE(import(states[0]) && import(states[1]) && import(states[0]));
+    const auto duration = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - begin) / 3;
+
+    std::mt19937 random(std::random_device{}());
+    std::uniform_int_distribution<std::int64_t> moment(0, 2 * duration.count());
+    int changes = 0;
+    std::string former = states[0];
+    for (int kill = 0; kill < 200; ++kill) {
+        Child saver([&] {
+            for (std::size_t turn = former == states[0] ? 1 : 0;; ++turn)
+                if (!import(states[turn % 2])) return false;
+        });
+        std::this_thread::sleep_for(std::chrono::microseconds(moment(random)));
+        ASSERT_TRUE(saver.Kill()) << "a save failed";
+        const ToolResult stored = Nvutil({"settings", "export", "--printer", name});
+        ASSERT_TRUE(stored.out == states[0] || stored.out == states[1]) << "kill " << kill << stored.error;
+        if (stored.out != former) ++changes;
+        former = stored.out;
+    }
+    EXPECT_GT(changes, 0) << "no save came to its end";
+    EXPECT_LT(changes, 200) << "no save was interrupted";
+}
+
+TEST(SettingsFaults, DoNotMakeEightProcessesLoseAnything) {
+    constexpr int processes = 8;
+    constexpr int steps = 10;
+    const TestPrinter printer;
+    const std::string name = ToUtf8(printer.GetName());
+    std::vector<std::unique_ptr<Child>> savers;
+    for (int process = 0; process < processes; ++process) {
+        savers.push_back(std::make_unique<Child>([&, process] {
+            for (int step = 0; step < steps; ++step) {
+                const std::string attribute = Attribute(100 * process + step);
+                if (Nvutil({"settings", "set", "--printer", name, attribute}).status != 0) return false;
+            }
+            return true;
+        }));
+    }
+    for (const auto& saver : savers)
+        EXPECT_TRUE(saver->Succeeds());
+    const std::string all = Nvutil({"settings", "get", "--printer", name}).out;
+    for (int process = 0; process < processes; ++process) {
+        for (int step = 0; step < steps; ++step)
+            EXPECT_NE(all.find(Attribute(100 * process + step)), std::string::npos) << process << ' ' << step;
+    }
+}
+
+}  // namespace
