@@ -36,6 +36,11 @@ public:
     ~ByteBuffer() = default;
     /// A copy of `length` bytes.
     ByteBuffer(const BYTE* bytes, DWORD length);
+    /// `count` bytes of one value. It stands beside the vector's own for a literal 0 as the count, which
+    /// could as well be a null pointer; in front of a DWORD it is one.
+    template <std::integral Count, std::integral Value>
+    requires(!std::same_as<Value, DWORD>) ByteBuffer(Count count, Value value)
+        : std::vector<BYTE>(static_cast<size_type>(count), static_cast<BYTE>(value)) {}
     /// The string's code units, without a terminator.
     explicit ByteBuffer(const CXString& text);
 

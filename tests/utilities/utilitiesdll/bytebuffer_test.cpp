@@ -25,6 +25,16 @@ TEST(ByteBuffer, WritesEveryKindLittleEndian) {
     EXPECT_EQ(Hex(ByteBuffer(CXString(NV_TEXT("A\x20AC")))), "41 00 AC 20");
 }
 
+TEST(ByteBuffer, TwoNumbersAreACountAndAValue) {
+    EXPECT_TRUE(ByteBuffer(0, 0).empty());
+    EXPECT_TRUE(ByteBuffer(0, 5).empty());
+    EXPECT_TRUE(ByteBuffer(0, DWORD{0}).empty());  // a null pointer and a length
+    EXPECT_TRUE(ByteBuffer(nullptr, 0).empty());
+    EXPECT_EQ(Hex(ByteBuffer(3, 0xA5)), "A5 A5 A5");
+    EXPECT_EQ(Hex(ByteBuffer(std::size_t{2}, BYTE{7})), "07 07");
+    EXPECT_EQ(Hex(ByteBuffer{2, 7}), "02 07");
+}
+
 TEST(ByteBuffer, AppendsChain) {
     ByteBuffer buffer = Bytes("01");
     buffer.append(buffer)

@@ -1,0 +1,21 @@
+// The texts of a module beside the library override the built-in ones.
+#include <gtest/gtest.h>
+
+#include "support/bytes.h"
+#include "utilities/utilitiesdll/textresourceloader.h"
+
+namespace {
+
+TEST(TextModule, OverridesAndAddsTexts) {
+    EXPECT_EQ(TextResourceLoader::GetText(35003), NV_TEXT("D\u00FCrfte nicht sein"));
+    EXPECT_EQ(TextResourceLoader::GetText(40001), NV_TEXT("only in the module"));
+}
+
+TEST(TextModule, TextsThatItLacksAreTheBuiltInOnes) {
+    EXPECT_FALSE(TextResourceLoader::GetText(35004).IsEmpty());
+    CXString text(NV_TEXT("before"));
+    EXPECT_FALSE(TextResourceLoader::LoadText(40002, text));
+    EXPECT_TRUE(text.IsEmpty());
+}
+
+}  // namespace
