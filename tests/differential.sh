@@ -19,6 +19,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 mkdir inputs native other
+export XDG_DATA_HOME=$work/data  # the user's own key is left alone
 passed=0
 failed=0
 
@@ -167,6 +168,17 @@ compare convert convert 8.5 inches mm
 compare convert-negative convert -72 pt in
 compare convert-unknown convert 1 furlong mm
 compare exceptions exceptions
+head -c 100001 /dev/zero | tr '\0' 'x' >inputs/odd-length
+for value in crc hash checksum; do
+    compare "$value" $value inputs/whole.state inputs/odd-length inputs/no-such-file
+done
+compare hash-16 hash --16 "$settings"
+compare obscure obscure "a text of more than sixteen characters, ü"
+compare obscure-quoted obscure --quoted '"\ud800 \u5541"'
+runBoth seal seal "$settings" -o "@/sealed"
+runBoth unseal unseal "@/sealed"
+report "both builds unseal what they sealed" \
+    "$(isSame unseal.out && cmp -s "$settings" native/unseal.out && echo yes || echo no)"
 compare help --help
 
 printf '%d passed, %d failed\n' "$passed" "$failed"

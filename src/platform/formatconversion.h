@@ -1,5 +1,7 @@
-// The syntax of one conversion of a format text, "%-08.3I64x".
+// The syntax of one conversion of a format text, "%-08.3I64x", and the arguments it is filled from.
 #pragma once
+
+#include <cstdarg>
 
 #include "platform/types.h"
 
@@ -28,6 +30,17 @@ struct FormatConversion {
 
     /// Whether the conversion takes or prints 8-bit text, for the types "c", "C", "s" and "S".
     bool IsNarrowText() const;
+};
+
+/// The arguments of a format text: a list in an object, so that a function which fetches one advances its
+/// caller's list.
+struct FormatArguments {
+    explicit FormatArguments(va_list original) { va_copy(list, original); }
+    ~FormatArguments() { va_end(list); }
+    FormatArguments(const FormatArguments&) = delete;
+    FormatArguments& operator=(const FormatArguments&) = delete;
+
+    va_list list;
 };
 
 /// Reads one conversion.

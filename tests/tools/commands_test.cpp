@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "nvutil/progress.h"
 #include "support/bytes.h"
 #include "tools/toolruns.h"
 
@@ -91,6 +92,61 @@ TEST_F(Commands, OutputThatCannotBePrintedIsAFailure) {
         EXPECT_NE(error.str().find(" ExceptionWriteFile: standard output: "), std::string::npos)
             << error.str();
     }
+}
+
+TEST_F(Commands, IntegrityValuesOfEveryFileThatCanBeRead) {
+    const std::string digits = In(u8"digits");
+    const std::string large = In(u8"large");
+    WriteFile(digits, "123456789");
+    WriteFile(large, std::string(300000, 'x'));  // more than one piece
+    const ToolResult crcs = Nvutil({"crc", digits, In(u8"missing"), large});
+    EXPECT_EQ(crcs.status, 1);
+    EXPECT_EQ(crcs.out, "CBF43926  " + digits + "\nB3C82ACD  " + large + '\n');
+    EXPECT_NE(crcs.error.find(" ExceptionCreateFileForReading: "), std::string::npos) << crcs.error;
+    const struct {
+        std::vector<std::string> arguments;
+        const char* input;
+        const char* printed;
+    } cases[] = {
+        {{"crc", "-"}, "", "00000000  -\n"},           {{"hash", "-"}, "", "00000000  -\n"},
+        {{"hash", "-"}, "123456789", "CD8C97CF  -\n"}, {{"hash", "--16", "-"}, "123456789", "655B  -\n"},
+        {{"checksum", "-"}, "\x01\x02", "FDFC  -\n"},  {{"checksum", "-"}, "\x01", "FFFD  -\n"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(Nvutil(c.arguments, c.input).out, c.printed) << c.arguments[0] << ' ' << c.input;
+}
+
+TEST_F(Commands, SealedFilesComeBackWholeOrNotAtAll) {
+    const std::string sealed = In(u8"sealed");
+    const std::string plain = In(u8"plain");
+    const std::string secret("se\0cret\r\n", 9);
+    EXPECT_EQ(Nvutil({"seal", "-", "-o", sealed}, secret).error, "");
+    EXPECT_EQ(ReadFile(sealed).find("cret"), std::string::npos);
+    EXPECT_EQ(Nvutil({"unseal", sealed}).out, secret);
+    EXPECT_EQ(Nvutil({"unseal", "-", "--hex"}, ReadFile(sealed)).out, "736500637265740D0A\n");
+    WriteFile(plain, "kept");
+    const ToolResult cut = Nvutil({"unseal", "-", "-o", plain}, ReadFile(sealed).substr(1));
+    EXPECT_EQ(cut.status, 1);
+    EXPECT_EQ(cut.error.find("nvutil: 054:000:"), 0u) << cut.error;
+    EXPECT_NE(cut.error.find(" ExceptionDataEncrypterFailure: "), std::string::npos) << cut.error;
+    EXPECT_EQ(ReadFile(plain), "kept");
+}
+
+TEST_F(Commands, ObscuredTextCanBeGivenBack) {
+    EXPECT_EQ(Nvutil({"obscure", "Ab"}).out, "\"\u5541\u6640\"\n");
+    EXPECT_EQ(Nvutil({"obscure", "--quoted", "\"\\u5541\u6640\""}).out, "\"Ab\"\n");
+    std::string literal = Nvutil({"obscure", "a text of more than sixteen characters \"1\""}).out;
+    literal.pop_back();  // the line's end
+    EXPECT_EQ(Nvutil({"obscure", "--quoted", literal}).out,
+              "\"a text of more than sixteen characters \\\"1\\\"\"\n");
+    for (const char* const noLiteral : {"Ab", "\"Ab", "12", "[\"Ab\"]", ""})
+        EXPECT_EQ(Nvutil({"obscure", "--quoted", noLiteral}).status, 1) << noLiteral;
+}
+
+TEST_F(Commands, TheBarOfALargeFileFills) {
+    EXPECT_EQ(BarText(0, "a"), "[                    ]   0% a");
+    EXPECT_EQ(BarText(44, "a"), "[########            ]  44% a");
+    EXPECT_EQ(BarText(100, "a"), "[####################] 100% a");
 }
 
 TEST_F(Commands, VerifyGivesOneVerdictAFile) {

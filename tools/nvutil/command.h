@@ -29,6 +29,8 @@ void AddStateCommands(CLI::App& app, ToolRun& run);
 void AddBufferCommands(CLI::App& app, ToolRun& run);
 void AddSettingsCommands(CLI::App& app, ToolRun& run);
 void AddConvertCommand(CLI::App& app, ToolRun& run);
+void AddIntegrityCommands(CLI::App& app, ToolRun& run);
+void AddSealCommands(CLI::App& app, ToolRun& run);
 void AddExceptionsCommand(CLI::App& app, ToolRun& run);
 
 /// Writes the line that tells why an input was refused, and the exception's description when verbose.

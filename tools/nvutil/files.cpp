@@ -2,6 +2,7 @@
 #include "nvutil/files.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <istream>
@@ -10,6 +11,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "nvutil/progress.h"
 #include "nvutil/text.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
@@ -23,23 +25,41 @@ fs::path PathOf(const std::string& name) {
     return {std::u8string(name.begin(), name.end())};
 }
 
-ByteBuffer ReadAll(std::istream& in, std::size_t limit) {
-    constexpr std::size_t smallestStep = 65536;
-    ByteBuffer bytes;
-    while (in) {
-        const std::size_t size = bytes.size();
-        if (size > limit) {
-            NV_THROW(ExceptionInvalidArgument, "ReadInput", __LINE__, NV_TEXT("is larger than %I64d bytes"),
-                     static_cast<std::int64_t>(limit));
-        }
-        bytes.resize(size + std::max(smallestStep, size / 2));
-        in.read(reinterpret_cast<char*>(bytes.data() + size),
-                static_cast<std::streamsize>(bytes.size() - size));
-        bytes.resize(size + static_cast<std::size_t>(in.gcount()));
+/// A file or standard input, opened to be read from its beginning.
+class InputFile {
+public:
+    InputFile(ToolRun& run, const std::string& name)
+        : m_in(name == standardStream ? run.in : m_file), m_progress(run.error, name, Open(name)) {
+        run.subject = name == standardStream ? "standard input" : name;
+        if (!m_in)
+            NV_THROW(ExceptionCreateFileForReading, "ReadInput", __LINE__, NV_TEXT("cannot be opened"));
     }
-    if (in.bad()) NV_THROW(ExceptionReadFile, "ReadInput", __LINE__, NV_TEXT("cannot be read"));
-    return bytes;
-}
+
+    /// Fills a piece as far as there are bytes.
+    /// @return how many were read; fewer than the piece holds only at the end
+    std::size_t Read(std::span<BYTE> piece) {
+        m_in.read(reinterpret_cast<char*>(piece.data()), static_cast<std::streamsize>(piece.size()));
+        if (m_in.bad()) NV_THROW(ExceptionReadFile, "ReadInput", __LINE__, NV_TEXT("cannot be read"));
+        const auto count = static_cast<std::size_t>(m_in.gcount());
+        m_progress.Advance(count);
+        return count;
+    }
+
+private:
+    /// The file's size; 0 when it is not known.
+    std::uint64_t Open(const std::string& name) {
+        if (name == standardStream) return 0;
+        const fs::path path = PathOf(name);
+        m_file.open(path, std::ios::binary);
+        std::error_code error;
+        const std::uintmax_t size = fs::file_size(path, error);
+        return error ? 0 : size;
+    }
+
+    std::ifstream m_file;
+    std::istream& m_in;
+    ByteProgress m_progress;
+};
 
 void WriteAll(std::ostream& out, std::string_view bytes) {
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
@@ -101,11 +121,33 @@ void WriteFileAtomically(const fs::path& name, std::string_view bytes) {
 }  // namespace
 
 ByteBuffer ReadInput(ToolRun& run, const std::string& name, std::size_t limit) {
-    run.subject = name == standardStream ? "standard input" : name;
-    if (name == standardStream) return ReadAll(run.in, limit);
-    std::ifstream file(PathOf(name), std::ios::binary);
-    if (!file) NV_THROW(ExceptionCreateFileForReading, "ReadInput", __LINE__, NV_TEXT("cannot be opened"));
-    return ReadAll(file, limit);
+    constexpr std::size_t smallestStep = 65536;
+    InputFile file(run, name);
+    ByteBuffer bytes;
+    for (bool isAtEnd = false; !isAtEnd;) {
+        const std::size_t size = bytes.size();
+        bytes.resize(size + std::max(smallestStep, size / 2));
+        const std::size_t count = file.Read(std::span(bytes).subspan(size));
+        isAtEnd = size + count < bytes.size();
+        bytes.resize(size + count);
+        if (bytes.size() > limit) {
+            NV_THROW(ExceptionInvalidArgument, "ReadInput", __LINE__, NV_TEXT("is larger than %I64d bytes"),
+                     static_cast<std::int64_t>(limit));
+        }
+    }
+    return bytes;
+}
+
+void ReadPieces(ToolRun& run, const std::string& name,
+                const std::function<void(std::span<const BYTE>)>& take) {
+    constexpr std::size_t pieceSize = 262144;
+    InputFile file(run, name);
+    ByteBuffer piece;
+    piece.resize(pieceSize);
+    for (std::size_t count = pieceSize; count == pieceSize;) {
+        count = file.Read(piece);
+        take(std::span(piece).first(count));
+    }
 }
 
 void WriteOutput(ToolRun& run, const OutputChoice& choice, const ByteBuffer& bytes) {

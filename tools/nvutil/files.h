@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <span>
 #include <string>
 
 #include "nvutil/command.h"
@@ -15,6 +17,11 @@ constexpr std::size_t largestInput = 0x7FFFFFFF;
 /// @throws ExceptionCreateFileForReading, ExceptionReadFile, and ExceptionInvalidArgument when there are more
 ///         than `limit` bytes
 ByteBuffer ReadInput(ToolRun& run, const std::string& name, std::size_t limit = largestInput);
+
+/// Hands over a file of any size piece by piece; the file becomes the subject of the run.
+/// @throws ExceptionCreateFileForReading, ExceptionReadFile
+void ReadPieces(ToolRun& run, const std::string& name,
+                const std::function<void(std::span<const BYTE>)>& take);
 
 /// Where a command puts its bytes.
 struct OutputChoice {

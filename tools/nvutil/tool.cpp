@@ -65,6 +65,8 @@ int RunTool(std::span<const std::string> arguments, std::istream& in, std::ostre
     AddBufferCommands(app, run);
     AddSettingsCommands(app, run);
     AddConvertCommand(app, run);
+    AddIntegrityCommands(app, run);
+    AddSealCommands(app, run);
     AddExceptionsCommand(app, run);
     try {
         Parse(app, arguments);

@@ -323,23 +323,13 @@ void WriteDouble(BoundedWriter& out, const FormatConversion& conversion, double 
     }
 }
 
-// A list in an object, so that a function which fetches an argument advances its caller's list.
-struct Arguments {
-    explicit Arguments(va_list original) { va_copy(list, original); }
-    ~Arguments() { va_end(list); }
-    Arguments(const Arguments&) = delete;
-    Arguments& operator=(const Arguments&) = delete;
-
-    va_list list;
-};
-
-std::int64_t FetchSigned(const FormatConversion& conversion, Arguments& arguments) {
+std::int64_t FetchSigned(const FormatConversion& conversion, FormatArguments& arguments) {
     if (conversion.size == FormatConversion::Size::Bits64) return va_arg(arguments.list, std::int64_t);
     const int value = va_arg(arguments.list, int);
     return conversion.size == FormatConversion::Size::Short ? static_cast<std::int16_t>(value) : value;
 }
 
-std::uint64_t FetchUnsigned(const FormatConversion& conversion, Arguments& arguments) {
+std::uint64_t FetchUnsigned(const FormatConversion& conversion, FormatArguments& arguments) {
     const auto value = static_cast<std::uint64_t>(FetchSigned(conversion, arguments));
     switch (conversion.size) {
         case FormatConversion::Size::Bits64:
@@ -351,7 +341,7 @@ std::uint64_t FetchUnsigned(const FormatConversion& conversion, Arguments& argum
     }
 }
 
-void WriteConversion(BoundedWriter& out, FormatConversion conversion, Arguments& arguments) {
+void WriteConversion(BoundedWriter& out, FormatConversion conversion, FormatArguments& arguments) {
     if (conversion.widthIsArgument) conversion.SetWidth(va_arg(arguments.list, int));
     if (conversion.precisionIsArgument) conversion.precision = va_arg(arguments.list, int);
     switch (conversion.type) {
@@ -395,7 +385,7 @@ void WriteConversion(BoundedWriter& out, FormatConversion conversion, Arguments&
 
 std::size_t FormatWide(WChar* out, std::size_t capacity, const WChar* format, va_list list) {
     BoundedWriter writer(out, capacity);
-    Arguments arguments(list);
+    FormatArguments arguments(list);
     while (*format != 0) {
         if (*format != u'%') {
             writer.Put(*format++);

@@ -60,12 +60,13 @@ public:
     /// @param exception    the exception; null stands for a failure without one
     /// @param sourceFile, line, functionName, stack  the place that shows it
     /// @param owner        window that the message belongs to; may be null
-    /// @param titleId, title  title of the message, as a text resource or as text; see GetCustomerTitleString
+    /// @param titleId      title of the message, as a text resource; see GetCustomerTitleString
     /// @param message      text to show instead of the exception's customer text; empty for none
     static void DisplayExceptionMessage(bool force, bool suppress, const std::exception* exception,
                                         const CXString& sourceFile, int line, const CXString& functionName,
                                         const ExecutionContextStack& stack, HWND owner, unsigned titleId,
                                         const CXString& message);
+    /// The same with a title given as text.
     static void DisplayExceptionMessage(bool force, bool suppress, const std::exception* exception,
                                         const CXString& sourceFile, int line, const CXString& functionName,
                                         const ExecutionContextStack& stack, HWND owner, const CXString& title,

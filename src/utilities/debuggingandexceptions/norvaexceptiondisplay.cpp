@@ -6,21 +6,9 @@
 #include "utilities/attributebytes/driverloadedcontext.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 #include "utilities/debuggingandexceptions/usermessage.h"
+#include "utilities/utilitiesdll/textresources.h"
 
 namespace {
-
-// Strings of the text-resource module.
-enum TextId : unsigned {
-    textDefaultTitle = 35003,
-    textFailure = 35004,
-    textFailureOfLibrary = 35005,
-    textFailureOfOther = 35006,
-    textOutOfMemory = 35007,
-    textFileNotRead = 35008,
-    textFileNotReadAdvice = 35009,
-    textDocumentNotParsed = 35010,
-    textDocumentNotParsedAdvice = 35011,
-};
 
 CXString LoadText(unsigned id) {
     CXString text;
@@ -54,7 +42,8 @@ void NorvaException::DisplayExceptionMessage(bool force, bool suppress, const st
                                              const ExecutionContextStack& /*stack*/, HWND owner,
                                              const CXString& title, const CXString& message) {
     if (dynamic_cast<const std::bad_alloc*>(exception) != nullptr) {
-        ShowUserMessage({owner, LoadText(textDefaultTitle), LoadText(textOutOfMemory), nullptr});
+        ShowUserMessage(
+            {owner, LoadText(textresources::failureTitle), LoadText(textresources::outOfMemory), nullptr});
         return;
     }
 
@@ -80,22 +69,22 @@ CXString NorvaException::GetCustomerTitleString(HWND owner, const CXString& titl
 
     CXString windowText;
     if (owner != nullptr) windowText.GetWindowTextW(owner);
-    return windowText.IsEmpty() ? LoadText(textDefaultTitle) : windowText;
+    return windowText.IsEmpty() ? LoadText(textresources::failureTitle) : windowText;
 }
 
 void NorvaException::GetCustomerMessageIDsForException(const std::exception* exception, unsigned& first,
                                                        unsigned& second) {
-    first = textFailure;
-    second = textFailureOfLibrary;
+    first = textresources::operationFailed;
+    second = textresources::libraryFailureAdvice;
     if (exception == nullptr) return;
 
     if (!IsNorvaException(*exception)) {
-        second = textFailureOfOther;
+        second = textresources::otherFailureAdvice;
     } else if (IsNpifParseException(*exception)) {
-        first = textDocumentNotParsed;
-        second = textDocumentNotParsedAdvice;
+        first = textresources::documentNotReadable;
+        second = textresources::documentAdvice;
     } else if (IsReadFailure(*exception)) {
-        first = textFileNotRead;
-        second = textFileNotReadAdvice;
+        first = textresources::fileNotReadable;
+        second = textresources::fileAdvice;
     }
 }

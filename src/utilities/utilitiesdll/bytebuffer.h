@@ -70,7 +70,8 @@ public:
         BYTE bytes[(sizeof(values) + ...)];
         BYTE* next = bytes;
         ((std::memcpy(next, &values, sizeof(values)), next += sizeof(values)), ...);
-        return appendLpbyte(bytes, sizeof(bytes));
+        insert(end(), bytes, next);
+        return *this;
     }
     ByteBuffer& appendByteValue(BYTE value) { return appendValues(value); }
     ByteBuffer& appendShortValue(short value) { return appendValues(value); }

@@ -10,17 +10,8 @@
 
 namespace {
 
+using platform::FormatArguments;
 using platform::FormatConversion;
-
-// A list in an object, so that a function which fetches an argument advances its caller's list.
-struct Arguments {
-    explicit Arguments(va_list original) { va_copy(list, original); }
-    ~Arguments() { va_end(list); }
-    Arguments(const Arguments&) = delete;
-    Arguments& operator=(const Arguments&) = delete;
-
-    va_list list;
-};
 
 // The longest result, whatever widths and precisions ask for.
 constexpr std::size_t maxFormattedLength = 0x0FFFFFFF;
@@ -40,13 +31,13 @@ std::size_t TextBound(const Character* text, int precision) {
     return std::max<std::size_t>(length, 1);
 }
 
-void FetchStars(FormatConversion& conversion, Arguments& arguments) {
+void FetchStars(FormatConversion& conversion, FormatArguments& arguments) {
     if (conversion.widthIsArgument) conversion.SetWidth(va_arg(arguments.list, int));
     if (conversion.precisionIsArgument) conversion.precision = va_arg(arguments.list, int);
 }
 
 // The upper bound of one conversion without its width; fetches its argument.
-std::size_t ConversionBound(const FormatConversion& conversion, Arguments& arguments) {
+std::size_t ConversionBound(const FormatConversion& conversion, FormatArguments& arguments) {
     const auto precision = static_cast<std::size_t>(std::max(conversion.precision, 0));
     switch (conversion.type) {
         case NV_TEXT('s'):
@@ -95,7 +86,7 @@ std::size_t ConversionBound(const FormatConversion& conversion, Arguments& argum
 
 // An upper bound of the formatted length. Stops counting once the result would be too long anyway.
 std::size_t FormattedLengthBound(const WChar* format, va_list list) {
-    Arguments arguments(list);
+    FormatArguments arguments(list);
     std::size_t bound = 0;
     while (*format != 0 && bound <= maxFormattedLength) {
         if (*format++ != NV_TEXT('%')) {

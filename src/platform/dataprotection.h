@@ -1,0 +1,41 @@
+// Sealing of data for the user who runs the process.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "platform/text.h"
+#include "platform/types.h"
+
+namespace platform {
+
+/// Seals data so that only the same user can unseal it, given the same entropy.
+/// @param description  terminated text that is kept with the data, readable and protected against changes
+/// @param entropy      bytes that must be given again to unseal
+/// @param sealed       receives the sealed data; unchanged on failure
+/// @return why it failed; empty on success
+NVUTIL_API Text ProtectData(std::span<const BYTE> plain, const WChar* description,
+                            std::span<const BYTE> entropy, std::vector<BYTE>& sealed);
+
+/// Unseals what ProtectData sealed. The user is never asked anything.
+/// @param plain  receives the data; unchanged on failure
+/// @return why it failed; empty on success
+NVUTIL_API Text UnprotectData(std::span<const BYTE> sealed, std::span<const BYTE> entropy,
+                              std::vector<BYTE>& plain);
+
+/// Overwrites memory with zeros, also when nothing reads it afterwards.
+NVUTIL_API void WipeMemory(std::span<BYTE> memory);
+
+/// Wipes bytes that are secret at the end of a scope.
+class WipeAtEnd {
+public:
+    explicit WipeAtEnd(std::vector<BYTE>& bytes) : m_bytes(bytes) {}
+    WipeAtEnd(const WipeAtEnd&) = delete;
+    WipeAtEnd& operator=(const WipeAtEnd&) = delete;
+    ~WipeAtEnd() { WipeMemory(m_bytes); }
+
+private:
+    std::vector<BYTE>& m_bytes;
+};
+
+}  // namespace platform
