@@ -168,6 +168,15 @@ compare convert convert 8.5 inches mm
 compare convert-negative convert -72 pt in
 compare convert-unknown convert 1 furlong mm
 compare exceptions exceptions
+
+# Neither build has a printer here; what printers keep is the same bytes in both, and compared above.
+export NVUTIL_PRINTER_STORE=$work/printers.sqlite
+compare settings-none settings list
+compare settings-unknown settings get --printer "No such printer"
+compare settings-export settings export --printer "No such printer"
+compare settings-damaged settings import --printer "No such printer" inputs/cut.state
+compare settings-wrong settings set --printer "No such printer" '{"id": {}}'
+compare settings-usage settings get
 head -c 100001 /dev/zero | tr '\0' 'x' >inputs/odd-length
 for value in crc hash checksum; do
     compare "$value" $value inputs/whole.state inputs/odd-length inputs/no-such-file

@@ -86,7 +86,8 @@ private:
 
 /// Keeps everybody else from updating a printer as long as it lives, so that what is read from it can be
 /// changed and written back without losing what others write meanwhile. It holds for those who ask for an
-/// update too; plain reads and writes through other objects are not kept back by it on Windows.
+/// update too, in all processes of the machine; plain writes through other objects wait for it off Windows
+/// only, and plain reads nowhere.
 ///
 /// One at a time in a thread, and not for long: others wait.
 class NVUTIL_API PrinterDataUpdate {

@@ -3,7 +3,7 @@
 
 #include <pthread.h>
 
-#include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -25,15 +25,15 @@ constexpr DWORD busy = 170;
 struct OpenPrinter {
     Text name;
     fs::path file;
-    std::mutex lock;  ///< Held by every operation while it lasts.
+    std::timed_mutex lock;  ///< Held by every operation while it lasts.
     std::unique_ptr<PrinterStore> store;
 };
 
 /// All open printers of the process. Handles are looked up here, so that a stale one is merely refused.
 ///
 /// A connection must not cross a fork: the child would believe in locks that it does not have. So idle
-/// connections are closed before a fork and opened again when they are needed. A printer that another thread
-/// is updating meanwhile is closed in the child.
+/// connections are closed before a fork and opened again when they are needed. Where one is in use all the
+/// same, the child, which would share SQLite's own record of locks with it, gets no printers at all.
 class OpenPrinters {
 public:
     static OpenPrinters& Get() {
@@ -47,16 +47,19 @@ public:
         printer->file = PrinterStore::FindFile();
         const HANDLE handle = printer.get();
         const std::lock_guard lock(m_lock);
+        if (m_isCutOff) FailCutOff();
         m_printers.emplace(handle, std::move(printer));
         return handle;
     }
     std::shared_ptr<OpenPrinter> Find(HANDLE handle) {
         const std::lock_guard lock(m_lock);
+        if (m_isCutOff) FailCutOff();
         const auto found = m_printers.find(handle);
         return found != m_printers.end() ? found->second : nullptr;
     }
     void Remove(HANDLE handle) {
         const std::lock_guard lock(m_lock);
+        if (m_isCutOff) return;
         const auto found = m_printers.find(handle);
         if (found == m_printers.end()) return;
         const std::shared_ptr<OpenPrinter> printer = std::move(found->second);
@@ -67,30 +70,42 @@ public:
 
 private:
     OpenPrinters() {
-        pthread_atfork([] { Get().PrepareFork(); }, [] { Get().Unlock(); }, [] { Get().GoOnInChild(); });
+        pthread_atfork([] { Get().PrepareFork(); }, [] { Get().GoOnInParent(); },
+                       [] { Get().GoOnInChild(); });
     }
 
     void PrepareFork() {
+        // Whoever waits for an update of the forking thread would be waited for in vain.
+        constexpr std::chrono::milliseconds patience{500};
         m_lock.lock();
         for (const auto& [handle, printer] : m_printers) {
-            printer->lock.lock();
-            if (printer->store != nullptr && !printer->store->IsInUpdate()) printer->store.reset();
+            const bool isIdle = printer->lock.try_lock_for(patience);
+            if (isIdle) m_locked.push_back(printer.get());
+            const bool isClosable = isIdle && (printer->store == nullptr || !printer->store->IsInUpdate());
+            if (isClosable) printer->store.reset();
+            m_isForkedInUse = m_isForkedInUse || !isClosable;
         }
     }
-    void Unlock() {
-        for (const auto& [handle, printer] : m_printers)
+    void GoOnInParent() {
+        m_isForkedInUse = false;
+        for (OpenPrinter* const printer : std::exchange(m_locked, {}))
             printer->lock.unlock();
         m_lock.unlock();
     }
     void GoOnInChild() {
-        for (const auto& [handle, printer] : m_printers)
-            printer->lock.unlock();
-        std::erase_if(m_printers, [](const auto& entry) {
-            return entry.second->store.release() != nullptr;  // the parent's; nothing of it may be touched
-        });
-        m_lock.unlock();
+        m_isCutOff = m_isCutOff || m_isForkedInUse;
+        // The printers stay where they are: nothing of the parent's connections may be touched, not even to
+        // close them.
+        GoOnInParent();
+    }
+    [[noreturn]] static void FailCutOff() {
+        throw PrinterStoreError{
+            {invalidPrinterHandle, NV_TEXT("the process was forked while a printer was in use")}};
     }
 
+    std::vector<OpenPrinter*> m_locked;  ///< While the process forks.
+    bool m_isForkedInUse = false;        ///< The same: whether a connection could not be closed.
+    bool m_isCutOff = false;             ///< Whether this process is the child of such a fork.
     std::mutex m_lock;
     std::map<HANDLE, std::shared_ptr<OpenPrinter>> m_printers;
 };
@@ -121,7 +136,7 @@ public:
 
 private:
     std::shared_ptr<OpenPrinter> m_printer;
-    std::unique_lock<std::mutex> m_lock;
+    std::unique_lock<std::timed_mutex> m_lock;
 };
 
 /// Runs an operation on an open printer; what it throws becomes the status.
