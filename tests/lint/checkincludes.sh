@@ -17,7 +17,7 @@ floors='
 '
 
 # Where an operating system may be seen, and the one kind of header with ".h" that is welcome elsewhere.
-seam='^(src/platform|src/utilities/xmlparser|tools/nvutil/platform|tests/platform/posix|tests/support/platform)/'
+seam='^(src/platform|src/utilities/xmlparser|tools/nvutil/platform|tests/platform/(posix|windows)|tests/support/platform|tests/utilities/xmlparser/windows)/'
 portableHeaders='<(gtest|gmock)/'
 
 listFiles() { git ls-files --cached --others --exclude-standard -- "$@"; }

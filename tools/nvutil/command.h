@@ -28,6 +28,8 @@ constexpr char negativeNumberMark = ' ';
 void AddStateCommands(CLI::App& app, ToolRun& run);
 void AddBufferCommands(CLI::App& app, ToolRun& run);
 void AddSettingsCommands(CLI::App& app, ToolRun& run);
+void AddIniCommands(CLI::App& app, ToolRun& run);
+void AddBase64Commands(CLI::App& app, ToolRun& run);
 void AddConvertCommand(CLI::App& app, ToolRun& run);
 void AddIntegrityCommands(CLI::App& app, ToolRun& run);
 void AddSealCommands(CLI::App& app, ToolRun& run);

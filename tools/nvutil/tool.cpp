@@ -64,6 +64,8 @@ int RunTool(std::span<const std::string> arguments, std::istream& in, std::ostre
     AddStateCommands(app, run);
     AddBufferCommands(app, run);
     AddSettingsCommands(app, run);
+    AddIniCommands(app, run);
+    AddBase64Commands(app, run);
     AddConvertCommand(app, run);
     AddIntegrityCommands(app, run);
     AddSealCommands(app, run);

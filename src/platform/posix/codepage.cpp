@@ -5,12 +5,15 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace platform {
 
@@ -35,10 +38,95 @@ public:
         return fits ? static_cast<int>(m_count) : 0;
     }
 
+    std::int64_t GetCount() const { return m_count; }
+
+    /// Converts units that stand for themselves one by one; returns where another one begins.
+    template <class Source>
+    const Source* PutAscii(const Source* text, const Source* end) {
+        for (; text != end && static_cast<std::make_unsigned_t<Source>>(*text) < 0x80; ++text)
+            Put(static_cast<Unit>(*text));
+        return text;
+    }
+
+    /// What TrustingWriter does, which knows that there is room.
+    const WChar* PutTwoByteBlocks(const WChar* text, const WChar*) { return text; }
+
 private:
     Unit* m_out;
     std::int64_t m_capacity;
     std::int64_t m_count = 0;
+};
+
+/// Writes where there is room for everything, and so for one unit for each that is still to be read.
+template <class Unit>
+class TrustingWriter {
+public:
+    explicit TrustingWriter(Unit* out) : m_begin(out), m_next(out) {}
+
+    void Put(Unit unit) { *m_next++ = unit; }
+
+    int GetCount() const { return static_cast<int>(m_next - m_begin); }
+
+    /// Converts units that stand for themselves eight at a time; returns where another one begins.
+    template <class Source>
+    const Source* PutAscii(const Source* text, const Source* end) {
+        while (end - text >= blockLength) {
+            // The block is written as a whole; what is not ASCII in it will be overwritten.
+            for (int i = 0; i < blockLength; ++i)
+                m_next[i] = static_cast<Unit>(text[i]);
+            const int ascii = CountAscii(text);
+            m_next += ascii;
+            text += ascii;
+            if (ascii != blockLength) return text;
+        }
+        for (; text != end && static_cast<std::make_unsigned_t<Source>>(*text) < 0x80; ++text)
+            Put(static_cast<Unit>(*text));
+        return text;
+    }
+
+    /// Converts code units below 0x800 four at a time, as long as not all of them are ASCII. There is no
+    /// branch for each: in scripts whose letters take two bytes nobody can foretell blanks.
+    const WChar* PutTwoByteBlocks(const WChar* text, const WChar* end) {
+        constexpr int length = 4;
+        for (; end - text > length; text += length) {  // one byte more than needed is written
+            const std::uint64_t bits = BitsOf(text);
+            if ((bits & 0xF800F800F800F800) != 0 || (bits & 0xFF80FF80FF80FF80) == 0) break;
+            for (int i = 0; i < length; ++i) {
+                const bool isAscii = text[i] < 0x80;
+                m_next[0] = static_cast<Unit>(isAscii ? text[i] : 0xC0 | text[i] >> 6);
+                m_next[1] = static_cast<Unit>(0x80 | (text[i] & 0x3F));
+                m_next += isAscii ? 1 : 2;
+            }
+        }
+        return text;
+    }
+
+private:
+    static constexpr int blockLength = 8;
+
+    /// How many units at the beginning of a block are ASCII.
+    static int CountAscii(const char* block) { return CountAscii(block, 0x8080808080808080); }
+    static int CountAscii(const WChar* block) {
+        const int first = CountAscii(block, 0xFF80FF80FF80FF80);
+        return first == blockLength / 2 ? first + CountAscii(block + first, 0xFF80FF80FF80FF80) : first;
+    }
+
+    template <class Source>
+    static int CountAscii(const Source* units, std::uint64_t notAscii) {
+        return std::countr_zero(BitsOf(units) & notAscii) / (8 * static_cast<int>(sizeof(Source)));
+    }
+
+    /// Eight bytes, of which the first are the lowest.
+    template <class Source>
+    static std::uint64_t BitsOf(const Source* units) {
+        static_assert(std::endian::native == std::endian::little);
+        std::uint64_t bits = 0;
+        std::memcpy(&bits, units, sizeof bits);
+        return bits;
+    }
+
+    Unit* m_begin;
+    Unit* m_next;
 };
 
 // UTF-8
@@ -64,7 +152,8 @@ char32_t ReadUtf16(const WChar*& cursor, const WChar* end) {
     return IsScalarValue(unit) ? unit : replacementCharacter;
 }
 
-void WriteUtf16(CountingWriter<WChar>& out, char32_t character) {
+template <class Writer>
+void WriteUtf16(Writer& out, char32_t character) {
     if (character < 0x10000) {
         out.Put(static_cast<WChar>(character));
     } else {
@@ -84,7 +173,7 @@ int Utf8SequenceLength(unsigned char first) {
 
 // Reads one character; each malformed sequence is one replacement character. The second byte belongs to the
 // sequence even when it makes it overlong, a surrogate or too large a number.
-char32_t ReadUtf8(const char*& cursor, const char* end) {
+char32_t ReadAnyUtf8(const char*& cursor, const char* end) {
     constexpr std::array<char32_t, 5> smallest = {0, 0, 0x80, 0x800, 0x10000};
     const auto first = static_cast<unsigned char>(*cursor++);
     const int length = Utf8SequenceLength(first);
@@ -107,7 +196,36 @@ char32_t ReadUtf8(const char*& cursor, const char* end) {
     return character;
 }
 
-void WriteUtf8(CountingWriter<char>& out, char32_t character) {
+// Reads one character that is not ASCII; the sound ones at once.
+char32_t ReadUtf8(const char*& cursor, const char* end) {
+    const auto byteAt = [&cursor](int i) { return char32_t{static_cast<unsigned char>(cursor[i])}; };
+    const auto isTrail = [&byteAt](int i) { return (byteAt(i) & 0xC0) == 0x80; };
+    const auto left = end - cursor;
+    if (left >= 2 && byteAt(0) >= 0xC2 && byteAt(0) < 0xE0 && isTrail(1)) {
+        const char32_t character = (byteAt(0) & 0x1F) << 6 | (byteAt(1) & 0x3F);
+        cursor += 2;
+        return character;
+    }
+    if (left >= 3 && byteAt(0) >= 0xE0 && byteAt(0) < 0xF0 && isTrail(1) && isTrail(2)) {
+        const char32_t character = (byteAt(0) & 0x0F) << 12 | (byteAt(1) & 0x3F) << 6 | (byteAt(2) & 0x3F);
+        if (character >= 0x800 && IsScalarValue(character)) {
+            cursor += 3;
+            return character;
+        }
+    }
+    if (left >= 4 && byteAt(0) >= 0xF0 && byteAt(0) < 0xF5 && isTrail(1) && isTrail(2) && isTrail(3)) {
+        const char32_t character = (byteAt(0) & 0x07) << 18 | (byteAt(1) & 0x3F) << 12 |
+                                   (byteAt(2) & 0x3F) << 6 | (byteAt(3) & 0x3F);
+        if (character >= 0x10000 && IsScalarValue(character)) {
+            cursor += 4;
+            return character;
+        }
+    }
+    return ReadAnyUtf8(cursor, end);
+}
+
+template <class Writer>
+void WriteUtf8(Writer& out, char32_t character) {
     const auto put = [&out](char32_t byte) { out.Put(static_cast<char>(byte)); };
     const auto putTrail = [&put, character](int shift) { put(0x80 | ((character >> shift) & 0x3F)); };
     if (character < 0x80) {
@@ -127,14 +245,64 @@ void WriteUtf8(CountingWriter<char>& out, char32_t character) {
     }
 }
 
-void Utf8FromWide(CountingWriter<char>& out, const WChar* text, const WChar* end) {
-    while (text != end)
-        WriteUtf8(out, ReadUtf16(text, end));
+template <class Writer>
+void Utf8FromWide(Writer& out, const WChar* text, const WChar* end) {
+    while ((text = out.PutAscii(text, end)) != end) {
+        do {
+            text = out.PutTwoByteBlocks(text, end);
+            WriteUtf8(out, ReadUtf16(text, end));
+        } while (text != end && *text >= 0x80);
+    }
 }
 
-void WideFromUtf8(CountingWriter<WChar>& out, const char* text, const char* end) {
-    while (text != end)
-        WriteUtf16(out, ReadUtf8(text, end));
+template <class Writer>
+void WideFromUtf8(Writer& out, const char* text, const char* end) {
+    while ((text = out.PutAscii(text, end)) != end) {
+        do {
+            WriteUtf16(out, ReadUtf8(text, end));
+        } while (text != end && static_cast<unsigned char>(*text) >= 0x80);
+    }
+}
+
+// Converts with care only what could be too much: of the rest, whatever is read, a third of the room has
+// place. Returns the number of bytes, or 0 when there were too many.
+int Utf8FromWide(const WChar* text, const WChar* end, char* out, int capacity) {
+    constexpr std::ptrdiff_t mostBytes = 3;  // of a code unit
+    constexpr std::ptrdiff_t worthIt = 16;
+    TrustingWriter<char> trusting(out);
+    for (;;) {
+        const WChar* part = text + std::min((capacity - trusting.GetCount()) / mostBytes, end - text);
+        if (part != text && part != end && IsHighSurrogate(part[-1])) --part;
+        if (part - text < worthIt) break;
+        Utf8FromWide(trusting, text, part);
+        text = part;
+    }
+    const int done = trusting.GetCount();
+    if (text == end) return done;
+    CountingWriter<char> careful(out + done, capacity - done);
+    Utf8FromWide(careful, text, end);
+    return careful.GetCount() <= capacity - done ? done + static_cast<int>(careful.GetCount()) : 0;
+}
+
+// The bytes that Utf8FromWide puts. A lone surrogate takes the three of its replacement, each of a pair two.
+// Counts of a block fit in 16 bits, in which a compiler adds up many at once.
+std::int64_t Utf8Length(const WChar* text, std::size_t length) {
+    constexpr std::size_t blockLength = 8192;
+    const auto count = [](bool isSo) { return static_cast<std::uint16_t>(isSo); };
+    const auto block = [text](std::size_t i) { return static_cast<std::uint16_t>(text[i] & 0xFC00); };
+    std::int64_t bytes = 0;
+    for (std::size_t begin = 0; begin < length; begin += blockLength) {
+        const std::size_t end = std::min(begin + blockLength, length);
+        std::uint16_t more = 0;
+        for (std::size_t i = begin; i < end; ++i)
+            more = static_cast<std::uint16_t>(more + count(text[i] >= 0x80) + count(text[i] >= 0x800));
+        std::uint16_t pairs = 0;
+        for (std::size_t i = std::max<std::size_t>(begin, 1); i < end; ++i)
+            pairs = static_cast<std::uint16_t>(pairs +
+                                               (count(block(i - 1) == 0xD800) & count(block(i) == 0xDC00)));
+        bytes += static_cast<std::int64_t>(end - begin) + more - 2 * pairs;
+    }
+    return bytes;
 }
 
 // Code page 1252
@@ -248,17 +416,33 @@ void WideFromAnsi(CountingWriter<WChar>& out, const char* text, const char* end)
 
 int NarrowFromWide(CodePage codePage, const WChar* text, int length, char* out, int capacity) {
     if (text == nullptr || length <= 0 || capacity < 0) return 0;
-    CountingWriter<char> writer(out, capacity);
-    const auto convert = codePage == CodePage::Utf8 ? &Utf8FromWide : &AnsiFromWide;
-    convert(writer, text, text + length);
-    return writer.Result(capacity);
+    const WChar* const end = text + length;
+    if (codePage == CodePage::Ansi) {
+        CountingWriter<char> writer(out, capacity);
+        AnsiFromWide(writer, text, end);
+        return writer.Result(capacity);
+    }
+    if (capacity == 0) {
+        const std::int64_t size = Utf8Length(text, static_cast<std::size_t>(length));
+        return size <= INT_MAX ? static_cast<int>(size) : 0;
+    }
+    return Utf8FromWide(text, end, out, out != nullptr ? capacity : 0);
 }
 
 int WideFromNarrow(CodePage codePage, const char* text, int length, WChar* out, int capacity) {
     if (text == nullptr || length <= 0 || capacity < 0) return 0;
+    if (codePage == CodePage::Utf8 && out != nullptr &&
+        capacity >= length) {  // as many units as bytes at most
+        TrustingWriter<WChar> writer(out);
+        WideFromUtf8(writer, text, text + length);
+        return writer.GetCount();
+    }
     CountingWriter<WChar> writer(out, capacity);
-    const auto convert = codePage == CodePage::Utf8 ? &WideFromUtf8 : &WideFromAnsi;
-    convert(writer, text, text + length);
+    if (codePage == CodePage::Utf8) {
+        WideFromUtf8(writer, text, text + length);
+    } else {
+        WideFromAnsi(writer, text, text + length);
+    }
     return writer.Result(capacity);
 }
 

@@ -1,0 +1,92 @@
+// Profile (INI) files by the operating system's 8-bit functions.
+//
+// A name without a folder means the Windows folder. The file's name must be one of the ANSI code page.
+#include "platform/profile.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <climits>
+
+#include "platform/codepage.h"
+
+namespace platform::profile {
+
+namespace {
+
+/// A file's name as the 8-bit functions take it; empty when it cannot be told in the code page.
+std::string NarrowName(const WChar* file) {
+    const int length = lstrlenW(file) + 1;
+    std::string name(static_cast<std::size_t>(NarrowFromWide(CodePage::Ansi, file, length, nullptr, 0)),
+                     '\0');
+    NarrowFromWide(CodePage::Ansi, file, length, name.data(), static_cast<int>(name.size()));
+    return name;
+}
+
+/// Calls a function that fills a buffer, with the caller's capacity or, as long as that is more than the
+/// result needs, less.
+/// @param terminators  how many follow the result
+template <class Function>
+std::string ReadWith(std::size_t capacity, std::size_t terminators, Function function) {
+    constexpr std::size_t enoughForMost = 65536;
+    if (capacity <= terminators) return {};
+    capacity = std::min<std::size_t>(capacity, INT_MAX);
+    std::string result;
+    for (std::size_t size = std::min(capacity, enoughForMost);; size = std::min(capacity, size * 2)) {
+        result.resize(size);
+        const DWORD length = function(result.data(), static_cast<DWORD>(size));
+        if (length + terminators < size || size == capacity) {
+            result.resize(std::min<std::size_t>(length, size));
+            return result;
+        }
+    }
+}
+
+}  // namespace
+
+std::string ReadText(const WChar* file, const char* section, const char* key, const char* fallback,
+                     std::size_t capacity) {
+    const std::string name = NarrowName(file);
+    const bool isList = section == nullptr || key == nullptr;
+    return ReadWith(capacity, isList ? 2 : 1, [&](char* out, DWORD size) {
+        return GetPrivateProfileStringA(section, key, fallback, out, size, name.c_str());
+    });
+}
+
+std::string ReadSection(const WChar* file, const char* section, std::size_t capacity) {
+    const std::string name = NarrowName(file);
+    return ReadWith(capacity, 2, [&](char* out, DWORD size) {
+        return GetPrivateProfileSectionA(section, out, size, name.c_str());
+    });
+}
+
+std::string ReadSectionNames(const WChar* file, std::size_t capacity) {
+    const std::string name = NarrowName(file);
+    return ReadWith(capacity, 2, [&](char* out, DWORD size) {
+        return GetPrivateProfileSectionNamesA(out, size, name.c_str());
+    });
+}
+
+DWORD ReadNumber(const WChar* file, const char* section, const char* key, int fallback) {
+    return GetPrivateProfileIntA(section, key, fallback, NarrowName(file).c_str());
+}
+
+bool ReadStruct(const WChar* file, const char* section, const char* key, void* out, DWORD size) {
+    return GetPrivateProfileStructA(section, key, out, size, NarrowName(file).c_str()) != FALSE;
+}
+
+bool WriteText(const WChar* file, const char* section, const char* key, const char* value) {
+    return WritePrivateProfileStringA(section, key, value, NarrowName(file).c_str()) != FALSE;
+}
+
+bool WriteSection(const WChar* file, const char* section, const char* entries) {
+    return section != nullptr &&  // which not every version of the function checks
+           WritePrivateProfileSectionA(section, entries, NarrowName(file).c_str()) != FALSE;
+}
+
+bool WriteStruct(const WChar* file, const char* section, const char* key, const void* data, DWORD size) {
+    return WritePrivateProfileStructA(section, key, const_cast<void*>(data), size,
+                                      NarrowName(file).c_str()) != FALSE;
+}
+
+}  // namespace platform::profile

@@ -1,0 +1,115 @@
+// Profile (INI) files off the platform: what is kept to the byte, links, permissions, and other processes.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "../profilefiles.h"
+#include "platform/profile.h"
+
+namespace {
+
+using namespace platform::profile;
+using namespace profiletest;
+using namespace std::string_literals;
+
+constexpr std::size_t enough = 1000;
+
+struct KeepCase {
+    std::string before;
+    const char* section;
+    const char* key;
+    const char* value;
+    std::string after;
+};
+
+TEST(ProfileFile, KeepsLayoutAndLineEnds) {
+    const KeepCase cases[] = {
+        {"; top\n\n[a]\n  K =  1  \n\n\n[b]\n", "a", "k", "2", "; top\n\n[a]\n  K =  2\n\n\n[b]\n"},
+        {"[a]\nk=1\n\n; end\n\n[b]\n", "a", "j", "2", "[a]\nk=1\n\n; end\nj=2\n\n[b]\n"},
+        {"[a]\nk=1\n\n[b]\n", "a", "k", nullptr, "[a]\n\n[b]\n"},
+        {"[a]\rk=1", "c", "k", "2", "[a]\rk=1\r[c]\rk=2\r"},
+        {"\r\n[ a ] ; x\nk = 1\r", "a", "j", "2", "\r\n[ a ] ; x\nk = 1\rj=2\r\n"},
+        {"[a]\nk=1\0 tail\nz"s, "a", "k", "2", "[a]\nk=2\nz"},
+        {"[a]\n\xFF\x80\0=x\n"s, "a", "k", "2", "[a]\n\xFF\x80\0=x\nk=2\n"s},
+        {"\xEF\xBB\xBF; \xC3\xA4\n[\xC3\xA4]\nk=1\n", "\xC3\xA4", "k", "\xC3\xB6",
+         "\xEF\xBB\xBF; \xC3\xA4\n[\xC3\xA4]\nk=\xC3\xB6\n"},
+    };
+    const Folder folder;
+    for (const KeepCase& c : cases) {
+        const File file(folder / "a.ini", c.before);
+        EXPECT_TRUE(WriteText(file, c.section, c.key, c.value));
+        EXPECT_EQ(file.GetContent(), c.after);
+        EXPECT_EQ(ReadText(file, c.section, c.key, "none", enough), c.value != nullptr ? c.value : "none");
+    }
+}
+
+TEST(ProfileFile, LeavesUtf16Alone) {
+    const Folder folder;
+    const std::string text = "\xFF\xFE[\0a\0]\0"s;
+    const File file(folder / "a.ini", text);
+    EXPECT_FALSE(WriteText(file, "a", "k", "v"));
+    EXPECT_EQ(file.GetContent(), text);
+    EXPECT_EQ(ReadSectionNames(file, enough), "");
+}
+
+TEST(ProfileFile, HasANameOfAnyLanguage) {
+    const Folder folder;
+    EXPECT_TRUE(WriteText(File(folder / u8"Größe 東京.ini"), "a", "k", "v"));
+    EXPECT_TRUE(fs::exists(folder / u8"Größe 東京.ini"));
+}
+
+TEST(ProfileFile, KeepsPermissionsAndFollowsLinks) {
+    const Folder folder;
+    fs::create_directory(folder / "real");
+    const File real(folder / "real/a.ini", "[a]\nk=1\n");
+    fs::permissions(real.GetPath(), fs::perms(0640));
+    fs::create_symlink("real/a.ini", folder / "link");
+    fs::create_symlink("link", folder / "to a link");
+    fs::create_symlink("real/new.ini", folder / "to nothing");
+    fs::create_symlink("endless", folder / "endless");
+
+    EXPECT_TRUE(WriteText(File(folder / "to a link"), "a", "k", "2"));
+    EXPECT_EQ(real.GetContent(), "[a]\nk=2\n");
+    EXPECT_EQ(fs::status(real.GetPath()).permissions(), fs::perms(0640));
+    EXPECT_TRUE(fs::is_symlink(folder / "to a link") && fs::is_symlink(folder / "link"));
+    EXPECT_TRUE(WriteText(File(folder / "to nothing"), "a", "k", "3"));
+    EXPECT_TRUE(fs::exists(folder / "real/new.ini"));
+    EXPECT_FALSE(WriteText(File(folder / "endless"), "a", "k", "4"));
+    // No temporary file and no lock is left.
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder / "real"), fs::directory_iterator()), 2);
+}
+
+TEST(ProfileFile, NeverWaitsForAPipe) {
+    const Folder folder;
+    const File pipe(folder / "pipe");
+    ASSERT_EQ(mkfifo(pipe.GetPath().c_str(), 0600), 0);
+    EXPECT_EQ(ReadText(pipe, "a", "k", "D", enough), "D");
+    EXPECT_FALSE(WriteText(pipe, "a", "k", "v"));
+    EXPECT_TRUE(fs::is_fifo(pipe.GetPath()));
+}
+
+TEST(ProfileFile, LosesNothingOfSeveralProcesses) {
+    const Folder folder;
+    const File file(folder / "a.ini");
+    constexpr int processes = 4;
+    constexpr int keys = 25;
+    for (int process = 0; process < processes; ++process) {
+        if (fork() != 0) continue;
+        bool isWritten = true;
+        for (int key = 0; key < keys; ++key) {
+            const std::string name = std::to_string(process) + "." + std::to_string(key);
+            isWritten = WriteText(file, "a", name.c_str(), "v") && isWritten;
+        }
+        _exit(isWritten ? 0 : 1);
+    }
+    for (int process = 0; process < processes; ++process) {
+        int status = -1;
+        wait(&status);
+        EXPECT_EQ(status, 0);
+    }
+    const std::string list = ReadText(file, "a", nullptr, "", 100000);
+    EXPECT_EQ(std::count(list.begin(), list.end(), '\0'), processes * keys);
+}
+
+}  // namespace

@@ -1,0 +1,295 @@
+// NorvaUtilities: conversions at their edges, Base64 to the character, and names of constants.
+#include "utilities/utilitiesdll/norvautilities.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <string>
+#include <vector>
+
+#include "support/bytes.h"
+#include "support/throws.h"
+
+namespace {
+
+using namespace NorvaUtilities;
+
+struct TextCase {
+    const char* utf8;  // both without their terminator
+    const char* utf16;
+};
+
+TEST(NorvaUtilities, ConvertsBothWaysWithTheTerminator) {
+    static constexpr TextCase cases[] = {
+        {"AB", "41 00 42 00"},
+        {"\xC2\x80", "80 00"},
+        {"\xDF\xBF\xE0\xA0\x80", "FF 07 00 08"},
+        {"\xEF\xBF\xBF", "FF FF"},
+        {"\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", "00 D8 00 DC FF DB FF DF"},
+        // Long runs of ASCII, with something else in each place behind them.
+        {"0123456789ABCDEF\xC3\xA4"
+         "0123456\xE2\x82\xAC"
+         "01234567",
+         "30 00 31 00 32 00 33 00 34 00 35 00 36 00 37 00 38 00 39 00 41 00 42 00 43 00 44 00 45 00 46 00 "
+         "E4 00 30 00 31 00 32 00 33 00 34 00 35 00 36 00 AC 20 30 00 31 00 32 00 33 00 34 00 35 00 36 00 "
+         "37 00"},
+    };
+    for (const TextCase& c : cases) {
+        const ByteBuffer wide = UTF8_Decode(c.utf8);
+        EXPECT_EQ(Hex(wide), std::string(c.utf16) + " 00 00");
+        const ByteBuffer utf8 = UTF8_Encode(reinterpret_cast<const WChar*>(wide.data()));
+        EXPECT_EQ(std::string(utf8.begin(), utf8.end()), c.utf8 + std::string(1, '\0'));
+    }
+}
+
+TEST(NorvaUtilities, ReplacesWhatIsMalformed) {
+    EXPECT_EQ(Hex(UTF8_Decode("a\xFF"
+                              "b")),
+              "61 00 FD FF 62 00 00 00");
+    EXPECT_EQ(Hex(UTF8_Decode("0123456\xE2\x82")), "30 00 31 00 32 00 33 00 34 00 35 00 36 00 FD FF 00 00");
+    static constexpr WChar lone[] = {0xD800, 'a', 0xDC00, 0};
+    EXPECT_EQ(Hex(UTF8_Encode(lone)), "EF BF BD 61 EF BF BD 00");
+}
+
+TEST(NorvaUtilities, DecodesNothingFromLessThanTwoBytes) {
+    EXPECT_TRUE(UTF8_Decode(nullptr).empty());
+    const std::vector<char> terminator(1, '\0');  // on the heap, so that a sanitizer sees a read behind it
+    EXPECT_TRUE(UTF8_Decode(terminator.data()).empty());
+    EXPECT_TRUE(UTF8_Decode("A").empty());
+    EXPECT_TRUE(UTF8_Encode(nullptr).empty());
+    EXPECT_EQ(Hex(UTF8_Encode(NV_TEXT(""))), "00");
+}
+
+TEST(NorvaUtilities, FillsABufferWithAllOfATextOrNone) {
+    char narrow[4] = {'x', 'x', 'x', 'x'};
+    EXPECT_TRUE(WideCharStrToMultiByteStr(NV_TEXT("\x20AC\x00E9\x4E00"), narrow, sizeof narrow));
+    EXPECT_STREQ(narrow, "\x80\xE9?");
+    EXPECT_FALSE(WideCharStrToMultiByteStr(NV_TEXT("four"), narrow, sizeof narrow));
+    EXPECT_STREQ(narrow, "");
+    EXPECT_FALSE(WideCharStrToMultiByteStr(NV_TEXT(""), narrow, 0));
+    EXPECT_FALSE(WideCharStrToMultiByteStr(NV_TEXT(""), nullptr, 4));
+    EXPECT_FALSE(WideCharStrToMultiByteStr(nullptr, narrow, sizeof narrow));
+
+    WChar wide[4] = {'x', 'x', 'x', 'x'};
+    EXPECT_TRUE(MultiByteStrToWideCharStr("\x80\xE9!", wide, 4));
+    EXPECT_EQ(CXString(wide), NV_TEXT("\x20AC\x00E9!"));
+    EXPECT_FALSE(MultiByteStrToWideCharStr("four", wide, 4));
+    EXPECT_TRUE(CXString(wide).IsEmpty());
+    EXPECT_TRUE(MultiByteStrToWideCharStr("", wide, SIZE_MAX));
+    EXPECT_FALSE(MultiByteStrToWideCharStr(nullptr, wide, 4));
+}
+
+// Base64
+
+struct Encoded {
+    int result;
+    std::string text;
+};
+
+Encoded Encode(const ByteBuffer& bytes, DWORD flags = 0, int room = -1) {
+    int length = room >= 0 ? room : Base64EncodeGetRequiredLength(static_cast<int>(bytes.size()), flags);
+    std::vector<WChar> text(static_cast<std::size_t>(length) + 1);  // never empty, as null means something
+    const BYTE none = 0;
+    const int result = Base64Encode(bytes.empty() ? &none : bytes.data(), static_cast<int>(bytes.size()),
+                                    text.data(), &length, flags);
+    return {result, std::string(text.begin(), text.begin() + (result != 0 ? length : 0))};
+}
+
+struct Decoded {
+    int result;
+    int length;
+    std::string bytes;  // as far as they were written
+};
+
+Decoded Decode(const std::string& text, int room) {
+    const std::vector<WChar> wide(text.begin(), text.end());
+    ByteBuffer bytes(static_cast<std::size_t>(room) + 1, 0xEE);
+    int length = room;
+    const WChar none = 0;
+    const int result = Base64Decode(wide.empty() ? &none : wide.data(), static_cast<int>(wide.size()),
+                                    bytes.data(), &length);
+    EXPECT_EQ(bytes.back(), 0xEE);
+    bytes.resize(static_cast<std::size_t>(std::min(room, length)));
+    return {result, length, Hex(bytes)};
+}
+
+TEST(Base64, EncodesToTheCharacter) {
+    EXPECT_EQ(Encode(Bytes("")).text, "");
+    EXPECT_EQ(Encode(Bytes("00")).text, "AA==");
+    EXPECT_EQ(Encode(Bytes("00"), Base64NoPadding).text, "AA");
+    EXPECT_EQ(Encode(Bytes("FB FF")).text, "+/8=");
+    EXPECT_EQ(Encode(Bytes("FB FF"), Base64NoPadding).text, "+/8");
+    EXPECT_EQ(
+        Encode(Bytes("00 10 83 10 51 87 20 92 8B 30 D3 8F 41 14 93 51 55 97 61 96 9B 71 D7 9F 82 18 A3 92 "
+                     "59 A7 A2 9A AB B2 DB AF C3 1C B3 D3 5D B7 E3 9E BB F3 DF BF"),
+               Base64NoLineBreaks)
+            .text,
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
+}
+
+TEST(Base64, BreaksAFullLineEvenAtTheEnd) {
+    const std::string line(76, 'A');
+    const struct {
+        std::size_t size;
+        std::string text;
+        std::string withoutBreaks;
+    } cases[] = {
+        {56, std::string(75, 'A') + "=", std::string(75, 'A') + "="},
+        {57, line + "\r\n", line},
+        {58, line + "\r\nAA==", line + "AA=="},
+        {60, line + "\r\nAAAA", line + "AAAA"},
+        {114, line + "\r\n" + line + "\r\n", line + line},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(Encode(ByteBuffer(c.size)).text, c.text) << c.size;
+        EXPECT_EQ(Encode(ByteBuffer(c.size), Base64NoLineBreaks).text, c.withoutBreaks) << c.size;
+    }
+}
+
+TEST(Base64, AsksForRoomAsDocumented) {
+    const struct {
+        int srcLength;
+        DWORD flags;
+        int required;
+    } cases[] = {
+        {0, 0, 2},
+        {0, 2, 0},
+        {1, 0, 6},
+        {1, 1, 6},
+        {1, 3, 4},
+        {2, 2, 4},
+        {3, 2, 4},
+        {4, 2, 8},
+        {55, 2, 76},
+        {56, 2, 76},
+        {56, 0, 80},
+        {57, 0, 80},
+        {57, 2, 76},
+        {58, 0, 84},
+        {58, 2, 80},
+        {58, 3, 80},
+        {-1, 0, 0},
+        {INT_MIN, 0, 0},
+        {0x1FFFFFFF, 2, 715827884},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(Base64EncodeGetRequiredLength(c.srcLength, c.flags), c.required)
+            << c.srcLength << ' ' << c.flags;
+    EXPECT_THROW(Base64EncodeGetRequiredLength(0x20000000, 0), ExceptionInvalidArgument);
+    EXPECT_THROW(Base64EncodeGetRequiredLength(INT_MAX, Base64NoLineBreaks), ExceptionInvalidArgument);
+    EXPECT_EQ(Base64DecodeGetRequiredLength(57), 57);
+}
+
+TEST(Base64, RefusesToEncodeWithoutRoom) {
+    const int required = Base64EncodeGetRequiredLength(57, 0);
+    EXPECT_EQ(Encode(ByteBuffer(57), 0, required).result, 1);
+    EXPECT_EQ(Encode(ByteBuffer(57), 0, required - 1).result, 0);
+    EXPECT_EQ(Encode(ByteBuffer(0), 0, 1).result, 0);
+    BYTE byte = 0;
+    WChar text[8];
+    int length = 8;
+    EXPECT_EQ(Base64Encode(nullptr, 1, text, &length, 0), 0);
+    EXPECT_EQ(Base64Encode(&byte, 1, nullptr, &length, 0), 0);
+    EXPECT_EQ(Base64Encode(&byte, 1, text, nullptr, 0), 0);
+    EXPECT_EQ(Base64Encode(&byte, -1, text, &length, 0), 0);
+    EXPECT_EQ(length, 8);
+    EXPECT_THROW(Base64Encode(&byte, 0x20000000, text, &length, 0), ExceptionInvalidArgument);
+}
+
+TEST(Base64, DecodesWhatIsOfTheAlphabet) {
+    const struct {
+        std::string text;
+        const char* bytes;
+    } cases[] = {
+        {"", ""},
+        {"A", ""},
+        {"+/", "FB"},
+        {"+/8", "FB FF"},
+        {"+/8=", "FB FF"},
+        {"AAEC", "00 01 02"},
+        {" A\r\nA=E\tC== ", "00 01 02"},
+        {"AAEC\r\nAwQF\r\n", "00 01 02 03 04 05"},
+        {"A-A_E.C,A@w[Q`F{", "00 01 02 03 04 05"},
+        {std::string("AAEC\0AAEC", 9), "00 01 02"},
+        {std::string("A\0AEC", 5), ""},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(Decode(c.text, 16).bytes, c.bytes) << c.text;
+    const WChar wide[] = {'A', 0x141, 'A', 0xFF21,
+                          'E', 0x80,  'C', 0};  // look like the alphabet when cut short
+    BYTE bytes[3];
+    int length = 3;
+    EXPECT_EQ(Base64Decode(wide, INT_MAX, bytes, &length), 1);
+    EXPECT_EQ(length, 3);
+}
+
+TEST(Base64, CountsOnWhenTheRoomIsUsedUp) {
+    const struct {
+        int room;
+        int result;
+        int length;
+        const char* bytes;
+    } cases[] = {
+        {8, 1, 8, "00 01 02 03 04 05 06 07"},
+        {7, 0, 8, "00 01 02 03 04 05 EE"},  // what a group gives is written together or not at all
+        {5, 0, 8, "00 01 02 EE EE"},
+        {0, 0, 8, ""},
+    };
+    for (const auto& c : cases) {
+        const Decoded decoded = Decode("AAEC\nAwQFBgc=", c.room);
+        EXPECT_EQ(decoded.result, c.result) << c.room;
+        EXPECT_EQ(decoded.length, c.length) << c.room;
+        EXPECT_EQ(decoded.bytes, c.bytes) << c.room;
+    }
+    int length = 100;
+    EXPECT_EQ(Base64Decode(NV_TEXT("AAECAw"), 6, nullptr, &length), 0);
+    EXPECT_EQ(length, 4);
+    BYTE byte = 0xEE;
+    length = -5;
+    EXPECT_EQ(Base64Decode(NV_TEXT("AA"), 2, &byte, &length), 0);
+    EXPECT_EQ(length, 1);
+    EXPECT_EQ(byte, 0xEE);
+    length = 1;
+    EXPECT_EQ(Base64Decode(NV_TEXT("AA"), -2, &byte, &length), 1);
+    EXPECT_EQ(length, 0);
+    EXPECT_EQ(Base64Decode(nullptr, 0, &byte, &length), 0);
+    EXPECT_EQ(Base64Decode(NV_TEXT("AA"), 2, &byte, nullptr), 0);
+}
+
+TEST(Base64, ComesBackForEveryLengthAndFlag) {
+    ByteBuffer bytes;
+    for (int length = 0; length < 300; ++length) {
+        for (DWORD flags = 0; flags < 4; ++flags) {
+            const Encoded encoded = Encode(bytes, flags);
+            ASSERT_EQ(encoded.result, 1) << length;
+            ASSERT_EQ(Decode(encoded.text, length).bytes, Hex(bytes)) << length << ' ' << flags;
+        }
+        bytes.push_back(static_cast<BYTE>(length * 167 + 13));
+    }
+}
+
+// Names
+
+TEST(NorvaUtilities, NamesConstants) {
+    EXPECT_EQ(DeviceCapabilitiesString(1), NV_TEXT("DC_FIELDS"));
+    EXPECT_EQ(DeviceCapabilitiesString(0), NV_TEXT("0x00000000"));
+    EXPECT_EQ(DeviceCapabilitiesString(36), NV_TEXT("0x00000024"));
+    EXPECT_EQ(DocumentEventString(6), NV_TEXT("DOCUMENTEVENT_STARTPAGE"));
+    EXPECT_EQ(DocumentEventString(0x10006), NV_TEXT("DOCUMENTEVENT_STARTPAGE | DOCUMENTEVENT_SPOOLED"));
+    EXPECT_EQ(DocumentEventString(-1), NV_TEXT("0xFFFEFFFF | DOCUMENTEVENT_SPOOLED"));
+    EXPECT_EQ(XpsDocumentEventString(6), NV_TEXT("DOCUMENTEVENT_XPS_CANCELJOB"));
+    EXPECT_EQ(DevmodeDmFieldString(0), NV_TEXT("0"));
+    EXPECT_EQ(DevmodeDmFieldString(0xC0000101), NV_TEXT("DM_ORIENTATION | DM_COPIES | 0xC0000000"));
+    EXPECT_EQ(DevmodeModeString(0x1A), NV_TEXT("DM_OUT_BUFFER | DM_IN_BUFFER | 0x00000010"));
+}
+
+TEST(NorvaUtilities, NamesPredefinedKeysInBothForms) {
+    const auto key = [](std::uintptr_t value) { return HkeyString(reinterpret_cast<const HKEY__*>(value)); };
+    EXPECT_EQ(key(0x80000002), NV_TEXT("HKEY_LOCAL_MACHINE"));
+    EXPECT_EQ(key(0xFFFFFFFF80000002), NV_TEXT("HKEY_LOCAL_MACHINE"));
+    EXPECT_EQ(key(0x180000002), NV_TEXT("0x0000000180000002"));
+    EXPECT_EQ(key(0x1C4), NV_TEXT("0x000001C4"));
+}
+
+}  // namespace

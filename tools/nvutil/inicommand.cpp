@@ -1,0 +1,154 @@
+// nvutil ini: reads and changes INI files of UTF-8 text.
+#include <CLI/CLI.hpp>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "nvutil/command.h"
+#include "nvutil/text.h"
+#include "utilities/debuggingandexceptions/throwprotocol.h"
+#include "utilities/utilitiesdll/utf8ini.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Arguments {
+    std::string file;
+    std::string section;
+    std::string key;
+    std::string value;
+    bool isSection = false;  ///< Neither key nor value was given.
+    bool isRemoval = false;
+};
+
+fs::path PathOf(const Arguments& arguments) {
+    return {std::u8string(arguments.file.begin(), arguments.file.end())};
+}
+
+/// The name for the library's functions, which look elsewhere for a name without a folder.
+CXString NameOf(ToolRun& run, const Arguments& arguments) {
+    run.subject = arguments.file;
+    const std::u8string name = fs::absolute(PathOf(arguments)).u8string();
+    return FromUtf8({reinterpret_cast<const char*>(name.data()), name.size()});
+}
+
+/// The name of a file that is there; the functions would take a missing one for an empty one.
+CXString NameOfExisting(ToolRun& run, const Arguments& arguments) {
+    CXString name = NameOf(run, arguments);
+    std::error_code ignored;
+    if (!fs::is_regular_file(PathOf(arguments), ignored))
+        NV_THROW(ExceptionCreateFileForReading, "ReadIniFile", __LINE__, NV_TEXT("cannot be opened"));
+    return name;
+}
+
+/// Calls a function with ever larger buffers until nothing is cut.
+CXString ReadAll(const std::function<DWORD(WChar* out, DWORD size)>& read) {
+    constexpr DWORD most = 0x20000000;
+    for (DWORD size = 4096;; size *= 2) {
+        std::vector<WChar> buffer(size);
+        const DWORD length = read(buffer.data(), size);
+        if (length + 2 < size || size == most) return {buffer.data(), static_cast<int>(length)};
+    }
+}
+
+/// Each text of a list, of which none is empty.
+std::vector<CXString> TextsOf(const CXString& list) {
+    std::vector<CXString> texts;
+    for (int begin = 0; begin < list.GetLength(); begin += texts.back().GetLength() + 1)
+        texts.emplace_back(static_cast<const WChar*>(list) + begin);
+    return texts;
+}
+
+void Get(ToolRun& run, const Arguments& arguments) {
+    const CXString file = NameOfExisting(run, arguments);
+    const CXString section = FromUtf8(arguments.section);
+    const CXString key = FromUtf8(arguments.key);
+    const WChar* const none = NV_TEXT("\n.");  // no value holds a line break
+    const CXString value = ReadAll([&](WChar* out, DWORD size) {
+        return UTF8Ini::GetPrivateProfileStringW(section, key, none, out, size, file);
+    });
+    if (value == none) {
+        NV_THROW(ExceptionUnknownKeyRequest, "ReadIniFile", __LINE__, NV_TEXT("has no key \"%s\" in \"%s\""),
+                 key, section);
+    }
+    run.out << ToUtf8(value) << '\n';
+}
+
+void Set(ToolRun& run, const Arguments& arguments) {
+    const CXString section = FromUtf8(arguments.section);
+    const CXString key = FromUtf8(arguments.key);
+    const CXString value = FromUtf8(arguments.value);
+    const WChar* const keyOrNone = arguments.isSection ? nullptr : static_cast<const WChar*>(key);
+    const WChar* const valueOrNone = arguments.isRemoval ? nullptr : static_cast<const WChar*>(value);
+    if (UTF8Ini::WritePrivateProfileStringW(section, keyOrNone, valueOrNone, NameOf(run, arguments)) == 0)
+        NV_THROW(ExceptionWriteFile, "WriteIniFile", __LINE__, NV_TEXT("cannot be written"));
+}
+
+void ListKeys(ToolRun& run, const Arguments& arguments) {
+    const CXString file = NameOfExisting(run, arguments);
+    const CXString section = FromUtf8(arguments.section);
+    const CXString lines = ReadAll(
+        [&](WChar* out, DWORD size) { return UTF8Ini::GetPrivateProfileSectionW(section, out, size, file); });
+    for (const CXString& line : TextsOf(lines)) {
+        const int equals = line.Find(WChar{'='});
+        if (equals >= 0) run.out << ToUtf8(line.Left(equals)) << '\n';
+    }
+}
+
+void ListSections(ToolRun& run, const Arguments& arguments) {
+    const CXString file = NameOfExisting(run, arguments);
+    const CXString names = ReadAll(
+        [&](WChar* out, DWORD size) { return UTF8Ini::GetPrivateProfileSectionNamesW(out, size, file); });
+    for (const CXString& name : TextsOf(names))
+        run.out << ToUtf8(name) << '\n';
+}
+
+using Command = void (*)(ToolRun& run, const Arguments& arguments);
+
+/// @return the command and what it reads its arguments into
+std::pair<CLI::App*, std::shared_ptr<Arguments>> AddCommand(CLI::App& group, ToolRun& run,
+                                                            const std::string& name,
+                                                            const std::string& description, Command command) {
+    CLI::App* const app = group.add_subcommand(name, description);
+    const auto arguments = std::make_shared<Arguments>();
+    app->add_option("FILE", arguments->file, "The INI file")->required();
+    app->callback([&run, arguments, command] { command(run, *arguments); });
+    return {app, arguments};
+}
+
+void AddSetCommand(CLI::App& group, ToolRun& run) {
+    const auto [app, arguments] = AddCommand(group, run, "set", "Set a key, or remove it or a section", Set);
+    app->add_option("SECTION", arguments->section, "Its section, \"\" for what precedes all")->required();
+    CLI::Option* const key = app->add_option("KEY", arguments->key, "The key");
+    CLI::Option* const value = app->add_option("VALUE", arguments->value, "Its value");
+    CLI::Option* const remove =
+        app->add_flag("--remove", arguments->isRemoval, "Remove the key, or without a key the section");
+    remove->excludes(value);
+    app->callback([&run, arguments = arguments, key, value, remove] {
+        if (remove->count() == 0 && value->count() == 0)
+            throw CLI::RequiredError("KEY and VALUE, or --remove,");
+        arguments->isSection = key->count() == 0;
+        Set(run, *arguments);
+    });
+}
+
+}  // namespace
+
+void AddIniCommands(CLI::App& app, ToolRun& run) {
+    CLI::App* const group = app.add_subcommand("ini", "INI files of UTF-8 text");
+    group->require_subcommand(1);
+    const auto [get, getArguments] = AddCommand(*group, run, "get", "Print a value", Get);
+    get->add_option("SECTION", getArguments->section, "Its section, \"\" for what precedes all")->required();
+    get->add_option("KEY", getArguments->key, "Its key")->required();
+    AddSetCommand(*group, run);
+    const auto [keys, keysArguments] =
+        AddCommand(*group, run, "keys", "List the keys of a section", ListKeys);
+    keys->add_option("SECTION", keysArguments->section, "The section, \"\" for what precedes all")
+        ->required();
+    AddCommand(*group, run, "sections", "List the sections", ListSections);
+}
