@@ -14,6 +14,7 @@
 #include "utilities/utilitiesdll/cxstring.h"
 #include "utilities/utilitiesdll/ownedcriticalresource.h"
 
+class ModelTable;
 class PdlCommandFile;
 
 /// The product data of a model: properties from map files, files that they name, and commands from the
@@ -142,15 +143,16 @@ public:
     /// Makes the first model of a USB product id, which is compared exactly, the current one.
     /// @return whether the current model is validated
     bool ValidateUsbProductId(const CXString& id);
-    /// Makes the first model of a name the current one.
+    /// Makes the first model of a name the current one: of the map files in the product data folder, else of
+    /// all others read for this printer, else of its driver data.
     /// @param model    receives the model's own name
     /// @param refresh  call UpdateCachedMapData before
-    /// @return whether the current model is validated
+    /// @return whether there is one; nothing changes otherwise
     bool ValidateModelInfo(CXString& model, bool refresh);
     /// Adds the names of all models that map files in this process have named.
     static void EnumerateInstalledDriverModels(std::set<CXString>& models);
-    /// The models of the map files in the product data folder, in their order.
-    std::vector<MappingData> GetMappings();
+    /// The models that the map files in the product data folder name, each once, in their order.
+    std::vector<CXString> GetModels();
 
     // Map files
 
@@ -206,11 +208,14 @@ public:
 private:
     static CriticalResource& GetLock();
 
-    CXString GetTableName() const;
+    void Reset();
     CXString GetValue(const CXString& key);
-    void SetModel(MappingData mapping, const CXString& uniqueId);
+    void SetModel(const MappingData& mapping, const CXString& uniqueId);
     bool FindModel(_ModelType type, const CXString& model);
-    bool FindStoredModel(const CXString& model);
+    bool FindByName(const CXString& model);
+    bool FindById(const CXString& key, const CXString& id);
+    void AddMappings(const CXString& file, std::unique_ptr<const ModelTable> table);
+    void ReadCommands();
 
     HANDLE m_printerHandle = nullptr;
     std::unique_ptr<Printer> m_printer;  ///< Null when transient.
