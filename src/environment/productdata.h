@@ -29,14 +29,14 @@ class PdlCommandFile;
 class NVUTIL_API ProductData {
 public:
     /// What a model is looked for by.
-    enum _ModelType {
+    enum _ModelType : LONG {
         ModelTypeName = 0,
         ModelTypeUsbProductId = 1,
         ModelTypeSysObjectId = 2,  ///< Of SNMP.
     };
 
     /// What GetPath and GetInfo are asked for, by the key of the property.
-    enum InfoType {
+    enum InfoType : LONG {
         InfoTypeAuto = 0,               ///< GetPath: AUTO
         InfoTypeControllerFamily = 1,   ///< GetInfo: CONTROLLERFAMILY
         InfoTypeHlk = 2,                ///< GetPath: HLK
@@ -57,7 +57,7 @@ public:
     };
 
     /// Printer languages, as command files tell them apart.
-    enum PdlType {
+    enum PdlType : LONG {
         PdlTypePcl = 0,
         PdlTypePjl = 0,  ///< Deliberately the same as PCL.
         PdlTypePcl5 = 1,
