@@ -10,6 +10,8 @@
 #include "nvutil/progress.h"
 #include "support/bytes.h"
 #include "tools/toolruns.h"
+#include "utilities/attributebytes/attributebytes.h"
+#include "utilities/attributebytes/persistentattributes.h"
 
 namespace {
 
@@ -233,6 +235,32 @@ TEST_F(Commands, DiffTellsOfVersionsAndNamespaces) {
     const ToolResult refused = Nvutil({"state", "diff", before, after});
     EXPECT_EQ(refused.status, 1);
     EXPECT_NE(refused.error.find(after), std::string::npos) << "the file at fault is named";
+}
+
+// Not what this library writes: such states are sound, and the difference must not go unseen.
+TEST_F(Commands, ListTypesAndFlagsOfNamespacesAreSeen) {
+    const auto stateWith = [](BYTE listType, bool isSpecified) {
+        AttributeBytesListValue list(listType, AttributeBytesRawList());
+        list.SetIsSpecified(isSpecified);
+        AttributeBytesIndexedList entries;
+        entries.AddAttributeBytes(AttributeBytes(AttributeBytesNameSpacesId(4), list));
+        ByteBuffer bytes = Bytes("41 42 4E 53");  // "ABNS"
+        bytes.append(DriverVersion(9, 8, 7, 6).GetVersionAsByteBuffer());
+        entries.AppendAttributeBytesIndexedListState(bytes);
+        PersistentAttributes::PersistentAttributesHeaderType header;
+        PersistentAttributes::InitializeHeaderStructure(header);
+        ByteBuffer state;
+        PersistentAttributes::CreateStateDataFromComponents(header, bytes, state);
+        return std::string(state.begin(), state.end());
+    };
+    const std::string before = In(u8"before");
+    const std::string after = In(u8"after");
+    WriteFile(before, stateWith(0, true));
+    WriteFile(after, stateWith(7, false));
+    EXPECT_EQ(Nvutil({"state", "diff", before, after}).out,
+              "~ namespace 4: 0 attributes -> 0 attributes, list type 7  (unspecified)\n1 difference\n");
+    EXPECT_NE(Nvutil({"state", "show", after}).out.find("list type 7"), std::string::npos);
+    EXPECT_NE(Nvutil({"state", "show", "--json", after}).error.find("has other bytes"), std::string::npos);
 }
 
 TEST_F(Commands, ShowTellsOfTwoVersions) {

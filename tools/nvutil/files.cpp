@@ -80,9 +80,11 @@ void WriteTo(const fs::path& path, std::string_view bytes) {
 /// A file that is removed unless it takes its final name.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const fs::path& target) : m_path(target) {
+    /// In the target's folder; its own name says nothing, since the target's may be as long as names get.
+    explicit TemporaryFile(const fs::path& target) {
         std::random_device random;
-        m_path += "." + HexNumber(random(), 8) + HexNumber(random(), 8) + ".tmp";
+        m_path =
+            target.parent_path() / (".nvutil-" + HexNumber(random(), 8) + HexNumber(random(), 8) + ".tmp");
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;

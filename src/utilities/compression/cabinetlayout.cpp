@@ -141,7 +141,8 @@ private:
             position += found.payloadSize;
             total += found.uncompressedSize;
         }
-        return total == m_fileSize ? FDIERROR_NONE : FDIERROR_CORRUPT_CABINET;
+        const bool isWhole = total == m_fileSize && (m_blockCount == 0 || position == m_cabinetSize);
+        return isWhole ? FDIERROR_NONE : FDIERROR_CORRUPT_CABINET;
     }
 
     bool CheckPayload(const Block& block) {
@@ -151,11 +152,15 @@ private:
             return false;
         const bool isSigned = block.payloadSize >= signatureSize && ReadAt(block.begin, start) &&
                               std::memcmp(start, blockSignature, signatureSize) == 0;
-        if (m_isStored) return block.payloadSize == block.uncompressedSize && !isSigned;
+        if (m_isStored) return block.payloadSize == block.uncompressedSize && !(isSigned && Expands(block));
         if (!isSigned) return false;
         // Nothing is expanded of a folder without data, whatever the payload of its block.
-        if ((readerChecksPayloads && block.hasChecksum) || block.uncompressedSize == 0) return true;
+        return (readerChecksPayloads && block.hasChecksum) || block.uncompressedSize == 0 || Expands(block);
+    }
 
+    /// Whether a payload that begins as MSZIP's do expands to exactly the block's bytes.
+    bool Expands(const Block& block) {
+        constexpr std::uint32_t signatureSize = sizeof blockSignature;
         m_payload.resize(block.payloadSize - signatureSize);
         return ReadAt(block.begin + signatureSize, m_payload) &&
                MszipPayloadFillsBlock(m_payload, block.history, block.uncompressedSize);
