@@ -238,6 +238,7 @@ struct HandMadeCabinet {
         std::uint32_t size = 0;
         std::uint32_t offset = 0;
         std::uint16_t folder = 0;
+        std::uint16_t attributes = MemoryFiles::fileAttributes;
     };
 
     std::uint16_t flags = 0;
@@ -300,7 +301,7 @@ struct HandMadeCabinet {
             Append(bytes, file.folder);
             Append(bytes, MemoryFiles::fileDate);
             Append(bytes, MemoryFiles::fileTime);
-            Append(bytes, MemoryFiles::fileAttributes);
+            Append(bytes, file.attributes);
             Append(bytes, file.name);
         }
         bytes.insert(bytes.end(), data.begin(), data.end());

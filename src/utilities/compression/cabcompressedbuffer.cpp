@@ -8,18 +8,12 @@
 #include "utilities/compression/cabcompressioncontext.h"
 #include "utilities/compression/cabdecompressioncontext.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
-#include "utilities/utilitiesdll/ownedcriticalresource.h"
 
 namespace {
 
 constexpr char uncompressedName[] = "//Uncompressed-Data//";
 constexpr char compressedName[] = "//Compressed-Data//";
 constexpr LONG largestZlibOriginal = 32767;
-
-CriticalResource& CompressionLock() {
-    static CriticalResource lock;
-    return lock;
-}
 
 }  // namespace
 
@@ -78,7 +72,7 @@ void CabCompressedBuffer::CompressBuffer(const BYTE* data, DWORD size, ByteBuffe
         NV_THROW(ExceptionCompression, "CabCompressedBuffer::CompressBuffer", __LINE__,
                  NV_TEXT("there is nothing to compress"));
     }
-    const OwnedCriticalResource lock(CompressionLock());
+    const OwnedCriticalResource lock(CabContext::GetOperationLock());
     CabBufferAsFile source(uncompressedName, data, size);
     CabBufferAsFile destination(compressedName, out);
     CabCompressionContext(source, destination).CompressSourceFile();
@@ -91,7 +85,7 @@ void CabCompressedBuffer::UncompressBuffer(const ByteBuffer& in, ByteBuffer& out
 
 void CabCompressedBuffer::UncompressBuffer(const ByteBuffer& in, LONG originalSize, ByteBuffer& out) {
     static constexpr BYTE nothing = 0;
-    const OwnedCriticalResource lock(CompressionLock());
+    const OwnedCriticalResource lock(CabContext::GetOperationLock());
     CabBufferAsFile source(compressedName, in.empty() ? &nothing : in.getLpbyte(), in.getDword());
     CabBufferAsFile destination(uncompressedName, out);
     CabDecompressionContext context(source, destination);
