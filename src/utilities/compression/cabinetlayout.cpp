@@ -54,19 +54,15 @@ struct CheckedFile {
     WORD folder;
 };
 
-WORD MethodOf(WORD compression) {
-    return compression & compressionMethodMask;
-}
-
-/// Whether the bits beside the method are those that the method may have.
+/// Whether there is such a method with such a window.
 bool IsKnownCompression(WORD compression) {
-    const int level = compression >> 4 & 0x0F;
-    const int windowBits = compression >> 8;
-    switch (MethodOf(compression)) {
+    constexpr int largestWindow = 21;  // as a power of two
+    const int window = compression >> 8;
+    switch (compression & compressionMethodMask) {
         case tcompTYPE_QUANTUM:
-            return level >= 1 && level <= 7 && windowBits >= 10 && windowBits <= 21;
+            return window >= 10 && window <= largestWindow;
         case tcompTYPE_LZX:
-            return level == 0 && windowBits >= 15 && windowBits <= 21;
+            return window >= 15 && window <= largestWindow;
         default:
             return compression == tcompTYPE_NONE || compression == tcompTYPE_MSZIP;
     }

@@ -108,6 +108,28 @@ TEST_F(CabinetUnpacking, WritesEveryFileOfEveryFolder) {
     }
 }
 
+TEST_F(CabinetUnpacking, ReadsEveryKindOfCompression) {
+    const Bytes noise = Noise(70000);
+    HandMadeCabinet cabinet;
+    cabinet.folders = {LzxFolder(), PlainLzxFolder(noise), QuantumFolder(), {tcompTYPE_NONE, {{{'s'}, 1}}}};
+    cabinet.files = {{"lzx/name", 8, 0, 0},         {"lzx/end", 3, 27, 0},
+                     {"plain/first", 3, 0, 1},      {"plain/empty", 0, 3, 1},
+                     {"plain/across", 40000, 3, 1}, {"plain/last", 29000, 41000, 1},
+                     {"quantum", 32, 0, 2},         {"stored", 1, 0, 3}};
+    CabinetUnpacker(Buffer(cabinet.Build())).UnpackTo(Target());
+    const std::string plain = Text(noise);
+    EXPECT_EQ(GetTree(), (Tree{{"lzx", ""},
+                               {"lzx/name", "printer:"},
+                               {"lzx/end", "end"},
+                               {"plain", ""},
+                               {"plain/first", plain.substr(0, 3)},
+                               {"plain/empty", ""},
+                               {"plain/across", plain.substr(3, 40000)},
+                               {"plain/last", plain.substr(41000, 29000)},
+                               {"quantum", std::string("Quantum \0\x80\xFF xxxxxxxxxxxxxxxx end", 32)},
+                               {"stored", "s"}}));
+}
+
 TEST_F(CabinetUnpacking, ReadsTheCabinetFromAFile) {
     const ByteBuffer bytes = Packed({{"a", Prose(1000)}}, tcompTYPE_MSZIP);
     const fs::path file = m_folder / "product.cab";
@@ -216,10 +238,7 @@ TEST_F(CabinetUnpacking, ReadsNamesInTheirCodePage) {
     EXPECT_EQ(GetTree(), (Tree{{"\xC3\xA4\xC3\xB6.map", "abc"},
                                {"\xE2\x82\xAC", ""},
                                {"\xE2\x82\xAC/\xF0\x9F\x96\xA8", "abc"}}));
-    for (const char* const name : {"\xE4", "a\xED\xA0\x80", "\xC0\xAE\xC0\xAE/a",
-                                   "a\xC0\xAF"
-                                   "b",
-                                   "\xC2\x85"})
+    for (const char* const name : {"\xE4", "a\xED\xA0\x80", "\xC0\xAE\xC0\xAE/a", "a\xC0\xAF/b", "\xC2\x85"})
         EXPECT_THROW(CabinetUnpacker(Buffer(Stored({name}, utf8).Build())), ExceptionCompression) << name;
     // As bytes these are few enough, as the name of a file they are not.
     EXPECT_THROW(CabinetUnpacker(Buffer(Stored({std::string(130, '\xE4')}).Build())), ExceptionCompression);
@@ -302,6 +321,7 @@ TEST_F(CabinetUnpacking, RefusesTablesThatAreNotInOrder) {
         {"an unknown method", [](HandMadeCabinet& c) { c.folders[1].compression = 4; }, true},
         {"a method's unknown bits", [](HandMadeCabinet& c) { c.folders[1].compression = 0x0100; }, true},
         {"a window that is too large", [](HandMadeCabinet& c) { c.folders[1].compression = 0x1603; }, true},
+        {"LZX with a small window", [](HandMadeCabinet& c) { c.folders[1].compression = 0x0E03; }, true},
         {"Quantum without a window", [](HandMadeCabinet& c) { c.folders[1].compression = 2; }, true},
     };
     for (const auto& [what, change, isRefused] : cases) {
@@ -326,9 +346,15 @@ TEST_F(CabinetUnpacking, LeavesNoTraceOfADamagedCabinet) {
     HandMadeCabinet cabinet = Stored({"a", "new/b"});
     cabinet.folders.push_back({tcompTYPE_MSZIP, {{StoredMszip({'x', 'y', 'z'}), 3, 0x12345678}}});
     cabinet.files.push_back({"c", 3, 0, 1});
-    const CabinetUnpacker unpacker(Buffer(cabinet.Build()));
-    EXPECT_THROW(unpacker.UnpackTo(Target()), ExceptionCompression) << "a wrong checksum";
-    EXPECT_EQ(GetTree(), (Tree{{"a", "before"}}));
+    HandMadeCabinet lzx = Stored({"a", "new/b"});
+    lzx.folders.push_back(LzxFolder());
+    lzx.folders.back().blocks[0].payload[1] = 0;  // a block of no type
+    lzx.files.push_back({"c", 30, 0, 1});
+    for (const HandMadeCabinet& damaged : {cabinet, lzx}) {
+        const CabinetUnpacker unpacker(Buffer(damaged.Build()));
+        EXPECT_THROW(unpacker.UnpackTo(Target()), ExceptionCompression);
+        EXPECT_EQ(GetTree(), (Tree{{"a", "before"}}));
+    }
 }
 
 TEST_F(CabinetUnpacking, RefusesWhatStandsInTheWay) {
