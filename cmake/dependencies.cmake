@@ -28,6 +28,7 @@ find_package(Threads REQUIRED)
 
 if(NOT WIN32)
     nvutil_require_library(NVUTIL_DEFLATE deflate libdeflate.h libdeflate-dev)
+    nvutil_require_library(NVUTIL_MSPACK mspack mspack.h libmspack-dev)
     nvutil_require_library(NVUTIL_SODIUM sodium sodium.h libsodium-dev)
     nvutil_require_library(NVUTIL_SQLITE sqlite3 sqlite3.h libsqlite3-dev)
     nvutil_require_library(NVUTIL_ZLIB z zlib.h zlib1g-dev)

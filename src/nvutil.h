@@ -1,7 +1,9 @@
 // Everything that users of the library include.
 #pragma once
 
+#include "environment/mappingdata.h"
 #include "environment/printer.h"
+#include "environment/productdata.h"
 #include "utilities/attributebytes/attributebytes.h"
 #include "utilities/attributebytes/attributebytesid.h"
 #include "utilities/attributebytes/attributebytesidfactory.h"

@@ -18,4 +18,21 @@ enum tagFeatureEnum : LONG {
     FEATURE_PAPER_HEIGHT = 173,
 };
 
+/// Controller families, in the order of their codes "M", "E", "D", "G" and "Y" in product data.
+enum tagControllerFamilyEnum : LONG {
+    CONTROLLER_FAMILY_UNKNOWN = 0,
+    CONTROLLER_FAMILY_M = 1,
+    CONTROLLER_FAMILY_E = 2,
+    CONTROLLER_FAMILY_D = 3,
+    CONTROLLER_FAMILY_G = 4,
+    CONTROLLER_FAMILY_Y = 5,
+};
+
+/// Companies, in the order of their codes "NV" and "QV" in product data.
+enum tagCompanyEnum : LONG {
+    COMPANY_UNKNOWN = 0,
+    COMPANY_NV = 1,
+    COMPANY_QV = 2,
+};
+
 }  // namespace DataModelIds

@@ -8,7 +8,6 @@
 #include "utilities/compression/cabcompressioncontext.h"
 #include "utilities/compression/cabdecompressioncontext.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
-#include "utilities/utilitiesdll/ownedcriticalresource.h"
 
 namespace {
 
@@ -20,11 +19,6 @@ constexpr LONG largestZlibOriginal = 32767;
 CabBufferAsFile CabinetFile(const ByteBuffer& cabinet) {
     static constexpr BYTE nothing = 0;
     return {compressedName, cabinet.empty() ? &nothing : cabinet.getLpbyte(), cabinet.getDword()};
-}
-
-CriticalResource& CompressionLock() {
-    static CriticalResource lock;
-    return lock;
 }
 
 }  // namespace
@@ -84,7 +78,7 @@ void CabCompressedBuffer::CompressBuffer(const BYTE* data, DWORD size, ByteBuffe
         NV_THROW(ExceptionCompression, "CabCompressedBuffer::CompressBuffer", __LINE__,
                  NV_TEXT("there is nothing to compress"));
     }
-    const OwnedCriticalResource lock(CompressionLock());
+    const OwnedCriticalResource lock(CabContext::GetOperationLock());
     CabBufferAsFile source(uncompressedName, data, size);
     CabBufferAsFile destination(compressedName, out);
     CabCompressionContext(source, destination).CompressSourceFile();
@@ -96,7 +90,7 @@ void CabCompressedBuffer::UncompressBuffer(const ByteBuffer& in, ByteBuffer& out
 
 void CabCompressedBuffer::UncompressBuffer(const ByteBuffer& in, LONG originalSize, ByteBuffer& out) {
     if (&in == &out) return UncompressBuffer(ByteBuffer(in), originalSize, out);
-    const OwnedCriticalResource lock(CompressionLock());
+    const OwnedCriticalResource lock(CabContext::GetOperationLock());
     CabBufferAsFile source = CabinetFile(in);
     CabBufferAsFile destination(uncompressedName, out);
     CabDecompressionContext context(source, destination);
@@ -131,7 +125,7 @@ bool CabCompressedBuffer::ConvertCompressedDataToNativeFormat(CompressionFormatE
 }
 
 void CabCompressedBuffer::CheckCompressedData(const ByteBuffer& compressed, LONG originalSize) const {
-    const OwnedCriticalResource lock(CompressionLock());
+    const OwnedCriticalResource lock(CabContext::GetOperationLock());
     ByteBuffer nothing;
     CabBufferAsFile source = CabinetFile(compressed);
     CabBufferAsFile destination(uncompressedName, nothing);

@@ -3,6 +3,9 @@
 
 #include "utilities/compression/cabcontext.h"
 
+/// The text of an error code of the cabinet reader, such as "FDIERROR_NONE (No error)".
+const WChar* GetFdiErrorText(int operationError);
+
 /// What the cabinet reader tells its user.
 class NVUTIL_API CabFdiCallbacks {
 public:

@@ -1,6 +1,9 @@
 // The check that a cabinet passes before the cabinet library gets to see it.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "platform/cabinet.h"
 #include "platform/types.h"
 #include "utilities/compression/cababstractfile.h"
@@ -26,3 +29,28 @@
 /// @param fileSize  receives the size of the file in the cabinet, at most 32,768 times the number of blocks
 /// @return FDIERROR_NONE, or the code that fits the fault
 platform::cabinet::FDIERROR CheckCabinetLayout(CabOpenFile& file, DWORD& fileSize);
+
+/// A file as the tables of a cabinet describe it.
+struct CabinetEntry {
+    std::string name;     ///< 1 to 255 bytes, as they stand in the cabinet.
+    DWORD size = 0;       ///< In bytes, uncompressed.
+    WORD attributes = 0;  ///< DOS attribute bits, and `cabinetNameIsUtf8`.
+};
+
+/// Attribute of a file whose name is UTF-8 and not in the ANSI code page.
+inline constexpr WORD cabinetNameIsUtf8 = 0x80;
+
+/// Checks that a file begins with a sound cabinet, whatever the number of its folders and files.
+///
+/// The rules are those of CheckCabinetLayout with these differences:
+/// - any number of folders, compressed with MSZIP, LZX, Quantum or not at all; their blocks lie in the order
+///   of the folders and no two share bytes, so that reading a cabinet takes time in proportion to its size;
+///   bytes may follow the last;
+/// - one file or more, in the order of their folders and of their data, which lies inside the folder; no two
+///   files share data;
+/// - a stored payload may be anything, and what LZX and Quantum payloads hold is left to the library.
+///
+/// @param file     read from anywhere; its position is not restored
+/// @param entries  receives the files in the order of the cabinet; unchanged when the cabinet is refused
+/// @return FDIERROR_NONE, or the code that fits the fault
+platform::cabinet::FDIERROR ReadCabinetEntries(CabOpenFile& file, std::vector<CabinetEntry>& entries);

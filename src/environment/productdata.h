@@ -1,0 +1,230 @@
+// ProductData: which printer model is served, where its files lie, and its printer-language commands.
+#pragma once
+
+#include <memory>
+#include <set>
+#include <vector>
+
+#include "environment/ampcommand.h"
+#include "environment/mappingdata.h"
+#include "environment/printer.h"
+#include "platform/types.h"
+#include "utilities/attributebytes/datamodelids.h"
+#include "utilities/utilitiesdll/bytebuffer.h"
+#include "utilities/utilitiesdll/cxstring.h"
+#include "utilities/utilitiesdll/ownedcriticalresource.h"
+
+class ModelTable;
+class PdlCommandFile;
+
+/// The product data of a model: properties from map files, files that they name, and commands from the
+/// model's command file. docs/productdata.md describes the files.
+///
+/// It serves a printer, in whose driver data the properties are then kept too, or none ("Transient"). What
+/// map files say is kept for the whole process, by the printer's name. One process-wide lock guards it and is
+/// held by every look-up for its whole run, so that threads may look up in one object at the same time;
+/// everything that changes an object needs it for itself.
+///
+/// Look-ups throw nothing: what is missing, damaged or out of bounds gives false or an empty text.
+class NVUTIL_API ProductData {
+public:
+    /// What a model is looked for by.
+    enum _ModelType : LONG {
+        ModelTypeName = 0,
+        ModelTypeUsbProductId = 1,
+        ModelTypeSysObjectId = 2,  ///< Of SNMP.
+    };
+
+    /// What GetPath and GetInfo are asked for, by the key of the property.
+    enum InfoType : LONG {
+        InfoTypeAuto = 0,               ///< GetPath: AUTO
+        InfoTypeControllerFamily = 1,   ///< GetInfo: CONTROLLERFAMILY
+        InfoTypeHlk = 2,                ///< GetPath: HLK
+        InfoTypeModel = 3,              ///< GetInfo: the name of the current model
+        InfoTypePdl = 4,                ///< GetPath: PDL, the command file
+        InfoTypePmm = 5,                ///< GetPath: PMM
+        InfoTypeFamilyPath = 6,         ///< GetPath and GetInfo: FAMPATH
+        InfoTypeProductUniqueId = 7,    ///< GetInfo: the id of the printer's product
+        InfoTypePsCout = 8,             ///< GetPath: PSCOUT
+        InfoTypeNcap = 9,               ///< GetPath: NCAP
+        InfoTypeFamilyName = 10,        ///< GetInfo: FAMILYNAME
+        InfoTypeCompanyName = 11,       ///< GetInfo: COMPANYNAME
+        InfoTypePlatformVersion = 12,   ///< GetInfo: PLATFORMVERSION
+        InfoTypeColorCapable = 13,      ///< GetInfo: COLORCAPABLE
+        InfoTypeRatedSpeed = 14,        ///< GetInfo: RATEDSPEED
+        InfoTypeMargins = 15,           ///< GetPath: MARG
+        InfoTypePrinterLanguages = 16,  ///< GetInfo: PRINTERLANG
+    };
+
+    /// Printer languages, as command files tell them apart.
+    enum PdlType : LONG {
+        PdlTypePcl = 0,
+        PdlTypePjl = 0,  ///< Deliberately the same as PCL.
+        PdlTypePcl5 = 1,
+        PdlTypePcl6 = 2,
+        PdlTypePs = 3,
+        PdlTypeOther = 5,
+    };
+
+    /// Bits of GetSupportedPDLS.
+    enum SupportedPdl : DWORD {
+        SupportedPdlPcl6 = 0x40,
+        SupportedPdlPcl5 = 0x80,
+        SupportedPdlXRaster = 0x100,
+        SupportedPdlPs = 0x200,
+        SupportedPdlXps = 0x400,
+    };
+
+    /// The largest map or product file that is read, in bytes: 64 MiB. A larger one counts as missing.
+    static const DWORD largestFile;
+
+    /// Serves no printer and knows no model until Initialize is called.
+    ProductData();
+    /// Same as Initialize.
+    ProductData(HANDLE printer, const CXString& folder, _ModelType type, const CXString& model);
+    ProductData(const ProductData&) = delete;
+    ProductData& operator=(const ProductData&) = delete;
+    ~ProductData();
+
+    /// Reads the map files of a folder and looks for the current model in them; then, for a printer, in what
+    /// its driver data keeps.
+    ///
+    /// @param printer  an open printer, which stays the caller's to close and must stay open; null for none
+    /// @param folder   the product data folder; empty for none
+    /// @param model    the name or id of the model; empty for the one that the printer had last
+    /// @throws ExceptionInvalidPrinterHandle, and ExceptionPrinterFailure when the driver data cannot be
+    /// written
+    void Initialize(HANDLE printer, const CXString& folder, _ModelType type, const CXString& model);
+    /// Takes over another object's folder, model and commands.
+    /// @param withPrinter   also serve its printer
+    /// @param withCommands  also take the commands that it has read; they are read anew when needed otherwise
+    void CopyFromAnother(ProductData& other, bool withPrinter, bool withCommands);
+
+    /// The handle that was given to Initialize; null for none.
+    HANDLE GetAssociatedPrinterHandle() const { return m_printerHandle; }
+    bool IsInitialized() const { return m_isInitialized; }
+    /// Whether the current model is one that product data knows.
+    bool IsValidated() const { return m_isValidated; }
+
+    // Look-ups
+
+    /// The path of a product file.
+    /// @return false when there is no folder, no such property, or its path leaves the folder; `out` is empty
+    ///         then. The file need not exist.
+    bool GetPath(InfoType type, CXString& out);
+    bool GetPath(const CXString& key, CXString& out);
+    /// A property of the current model.
+    /// @return whether it is not empty
+    bool GetInfo(InfoType type, CXString& out);
+    CXString GetModelName();
+    /// The id that the model was found by, else its USB product id.
+    CXString GetPrinterProductUniqueId();
+    DataModelIds::tagControllerFamilyEnum GetControllerFamily();
+    /// The property as a number; 0 when it is none.
+    double GetPlatformVersion();
+    /// Bits of SupportedPdl.
+    DWORD GetSupportedPDLS();
+    /// The property as a number of pages a minute; 0 when it is none.
+    int GetRatedSpeed();
+    DataModelIds::tagCompanyEnum GetCompanyName();
+    /// The value of a property that is a path.
+    /// @param isWholePath  resolve it inside the product data folder: below the folder of the model's family
+    ///                     (FAMPATH) when it is there, else below the product data folder
+    /// @return false when it is empty or leaves the folder; `out` is empty then
+    bool GetMapFilePathFromRegistry(const CXString& key, CXString& out, bool isWholePath);
+    /// Reads a product file.
+    /// @return false when it cannot be read or is larger than `largestFile`; `out` is empty then
+    bool LoadFile(InfoType type, ByteBuffer& out);
+    /// The name of the file in the product data folder that caches the data model of this printer and model.
+    CXString GenerateDmCacheFileName();
+
+    // Models
+
+    /// Makes the first model of a USB product id, which is compared exactly, the current one.
+    /// @return whether the current model is validated
+    bool ValidateUsbProductId(const CXString& id);
+    /// Makes the first model of a name the current one: of the map files in the product data folder, else of
+    /// all others read for this printer, else of its driver data.
+    /// @param model    receives the model's own name
+    /// @param refresh  call UpdateCachedMapData before
+    /// @return whether there is one; nothing changes otherwise
+    bool ValidateModelInfo(CXString& model, bool refresh);
+    /// Adds the names of all models that map files in this process have named.
+    static void EnumerateInstalledDriverModels(std::set<CXString>& models);
+    /// The models that the map files in the product data folder name, each once, in their order.
+    std::vector<CXString> GetModels();
+
+    // Map files
+
+    /// Reads the properties of a printer's models again from its driver data; does nothing without one.
+    void UpdateCachedMapData();
+    /// Reads every file with ".map" in its name, in a folder and all below it, in the order of their names.
+    /// @throws ExceptionPrinterFailure when the driver data cannot be written
+    void UpdateRegistryMappings(const CXString& folder);
+    /// Reads a map file; what it said before is forgotten.
+    /// @throws ExceptionPrinterFailure when the driver data cannot be written
+    void ParseMapFile(const CXString& path);
+    /// Writes the current model's name to the printer's driver data; does nothing without one.
+    /// @throws ExceptionPrinterFailure
+    void UpdateRegistryWithProductDataValues();
+
+    // Commands
+
+    /// Makes the command that chooses an option of a feature.
+    /// @param out        receives the command's bytes; unchanged when there is none
+    /// @param context    four LONGs for entities that need them: the page's origin, x and y, and the physical
+    ///                   area, x and y, in device units; null writes nothing for those entities
+    /// @param qualifier  what chooses among commands with qualifiers; those without suit every one
+    /// @param reload     read the command file again even if it has been read
+    /// @return whether there is a command
+    bool GetPDLCommand(const CXString& feature, const CXString& option, PdlType type, ByteBuffer& out,
+                       void* context, const CXString& qualifier, bool reload = false);
+    /// The same, among the commands that have been read.
+    bool FindPDLInstruction(const CXString& feature, const CXString& option, PdlType type,
+                            const CXString& qualifier, ByteBuffer& out, void* context);
+    /// Cuts the first feature set out of a text.
+    /// @param text     receives what follows it
+    /// @param feature  receives its text from "<FeatureSet>" up to "</FeatureSet>"
+    /// @return false when there is none; nothing is changed then
+    static bool GetPDLXMLFeature(CXString& text, CXString& feature);
+    /// Cuts the first line off a text, without its line end.
+    /// @return false when the text is empty; nothing is changed then
+    static bool GetPDLLine(CXString& text, CXString& line);
+    /// The language of a name in any case: "PCL", "PJL", "PCL5", "PCL6", "PS".
+    static PdlType GetPDLType(const CXString& text);
+
+    /// Appends the bytes of an instruction in AMP notation. Unknown entities are dropped, and an "&" without
+    /// a ";" behind it drops the rest.
+    /// @param context  as GetPDLCommand takes it
+    /// @return true
+    static bool ConvertAmpCommands(const CXString& instruction, ByteBuffer& out, void* context);
+    /// Appends a text in the system's ANSI code page, without a terminator.
+    static void OutputPDLCommand(ByteBuffer& out, const CXString& text);
+    /// Appends the value of an entity as its type says; null appends nothing.
+    /// @param context  as GetPDLCommand takes it; a number's type takes the number from its first word, which
+    ///                 is 0 afterwards
+    static void OutputAMPValue(ByteBuffer& out, const AMPCMD* entry, void* context);
+
+private:
+    static CriticalResource& GetLock();
+
+    void Reset();
+    CXString GetValue(const CXString& key);
+    void SetModel(const MappingData& mapping, const CXString& uniqueId);
+    bool FindModel(_ModelType type, const CXString& model);
+    bool FindByName(const CXString& model);
+    bool FindById(const CXString& key, const CXString& id);
+    void AddMappings(const CXString& file, std::unique_ptr<const ModelTable> table);
+    void ReadCommands();
+
+    HANDLE m_printerHandle = nullptr;
+    std::unique_ptr<Printer> m_printer;  ///< Null when transient.
+    CXString m_folder;
+    bool m_isInitialized = false;
+    bool m_isValidated = false;
+    MappingData m_mapping;
+    CXString m_uniqueId;
+    CXString m_lastKey;                                ///< The key last looked up,
+    CXString m_lastValue;                              ///< and its value.
+    std::shared_ptr<const PdlCommandFile> m_commands;  ///< Null until they are read.
+};
