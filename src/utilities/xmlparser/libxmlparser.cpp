@@ -77,8 +77,7 @@ void LibXmlParser::parse(unsigned char* data, DWORD length) {
     const bool isRefused = reading.tree == nullptr;
     m_tree = isRefused ? std::make_shared<LibXmlTree>() : std::move(reading.tree);
     m_parseError = reading.error;
-    if (isRefused)
-        ThrowNpifParseException(NpifParseException::ErrorReportedDuringParse, "LibXmlParser::parse");
+    if (isRefused) NV_THROW_NPIFPARSE(NpifParseException::ErrorReportedDuringParse, "LibXmlParser::parse");
 }
 
 void LibXmlParser::convertToXmlStream(XmlOutputCallback& callback) {
@@ -94,7 +93,7 @@ void LibXmlParser::convertToXmlStream(XmlOutputCallback& callback) {
     const std::span<const BYTE> bytes(xmlBufferContent(buffer.get()),
                                       static_cast<std::size_t>(xmlBufferLength(buffer.get())));
     if (!isWritten || !IsReadable(bytes))
-        ThrowNpifParseException(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
+        NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
     callback.handleOutput(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
 }
 

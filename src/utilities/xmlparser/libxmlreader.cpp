@@ -27,7 +27,10 @@ struct FirstError {
 class Reader {
 public:
     Reader(const CheckedDocument& document, bool validate);
-    ~Reader() { xmlFreeParserCtxt(m_context); }
+    ~Reader() {
+        xmlFreeDoc(m_context->myDoc);
+        xmlFreeParserCtxt(m_context);
+    }
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 

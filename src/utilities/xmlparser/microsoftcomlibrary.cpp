@@ -11,7 +11,7 @@ MicrosoftComLibrary::MicrosoftComLibrary() {
     const HRESULT result = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     if (result == RPC_E_CHANGED_MODE) return;
     if (result == E_OUTOFMEMORY) NV_THROW(ExceptionOutOfMemory, function, __LINE__);
-    if (FAILED(result)) ThrowNpifParseException(NpifParseException::ComInitializationFailure, function);
+    if (FAILED(result)) NV_THROW_NPIFPARSE(NpifParseException::ComInitializationFailure, function);
     initialized = true;
 }
 

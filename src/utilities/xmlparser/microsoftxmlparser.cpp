@@ -115,11 +115,11 @@ void MicrosoftXmlParser::parse(unsigned char* data, DWORD length) {
     CheckedDocument document;
     if (const auto refusal = CheckDocument({data, length}, systemId, validate, document)) {
         m_document.refuse(MakeParseError(*refusal));
-        ThrowNpifParseException(NpifParseException::ErrorReportedDuringParse, parsing);
+        NV_THROW_NPIFPARSE(NpifParseException::ErrorReportedDuringParse, parsing);
     }
     if (!Load(data, length)) {
         m_document.refuse(m_document.getParseError());
-        ThrowNpifParseException(NpifParseException::ErrorReportedDuringParse, parsing);
+        NV_THROW_NPIFPARSE(NpifParseException::ErrorReportedDuringParse, parsing);
     }
 }
 
@@ -146,13 +146,13 @@ void MicrosoftXmlParser::convertToXmlStream(XmlOutputCallback& callback) {
     const ComPointer<IStream> stream = CreateStream(nullptr, true, writing);
     if (FAILED(m_document.save(stream.Get()))) {
         m_document.getParseError();
-        ThrowNpifParseException(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
+        NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
     }
     HGLOBAL memory = nullptr;
     if (FAILED(GetHGlobalFromStream(stream.Get(), &memory))) ThrowOutOfMemory(writing, __LINE__);
     const LockedBlock block(memory);
     if (!IsReadable({block.GetBytes(), block.GetSize()}))
-        ThrowNpifParseException(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
+        NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
     callback.handleOutput(block.GetBytes(), block.GetSize());
 }
 

@@ -65,13 +65,12 @@ NpifParseException GetNpifParseException(const CXString& message, const CXString
     return {message, sourceFile, line, functionName, stack, code};
 }
 
-void ThrowNpifParseException(NpifParseException::Code code, const char* function, std::source_location site) {
-    const auto factory = [code](const CXString& message, const CXString& sourceFile, int line,
+void ThrowNpifParseException(NpifParseException::Code code, const char* function, const char* file,
+                             int line) {
+    const auto factory = [code](const CXString& message, const CXString& sourceFile, int siteLine,
                                 const CXString& functionName, const ExecutionContextStack& stack) {
-        return GetNpifParseException(message, sourceFile, line, functionName, stack, code);
+        return GetNpifParseException(message, sourceFile, siteLine, functionName, stack, code);
     };
-    throwprotocol::Throw(
-        factory, "NpifParseException",
-        {throwprotocol::SourceFile(site.file_name()), static_cast<int>(site.line()), function},
-        [] { return throwprotocol::FormatMessageOfSite(); });
+    throwprotocol::Throw(factory, "NpifParseException", {throwprotocol::SourceFile(file), line, function},
+                         [] { return throwprotocol::FormatMessageOfSite(); });
 }

@@ -1,8 +1,6 @@
 // NpifParseException: a failure of the XML layer, with its own code.
 #pragma once
 
-#include <source_location>
-
 #include "platform/types.h"
 #include "utilities/debuggingandexceptions/norvaexception.h"
 
@@ -36,7 +34,10 @@ NVUTIL_API NpifParseException GetNpifParseException(const CXString& message, con
                                                     int line, const CXString& functionName,
                                                     const ExecutionContextStack& stack, short code);
 
-/// Throws by the protocol of throwprotocol.h, without a message.
+/// Throws by the protocol of throwprotocol.h, without a message; for the layer's own sources.
+/// @param code      an NpifParseException::Code
 /// @param function  8-bit text that names the throwing function
+#define NV_THROW_NPIFPARSE(code, function) ThrowNpifParseException(code, function, __FILE__, __LINE__)
+
 [[noreturn]] void ThrowNpifParseException(NpifParseException::Code code, const char* function,
-                                          std::source_location site = std::source_location::current());
+                                          const char* file, int line);

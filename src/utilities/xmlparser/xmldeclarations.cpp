@@ -256,15 +256,15 @@ private:
     }
 
     void ReadAttributes() {
-        XmlDefaults& defaults = m_declarations.defaults[NextName()];
+        XmlDefaults& added = m_declarations.defaults[NextName()];
         for (Token token = NextToken(); !token.Is(">"); token = NextToken()) {
             if (token.kind != Token::Kind::Name) Refuse(malformed);
-            if (++defaults.declared > xmllimits::attributes) Refuse(tooManyAttributes);
+            if (++added.declared > xmllimits::attributes) Refuse(tooManyAttributes);
             ReadAttributeType();
             const std::optional<std::string> value = ReadAttributeDefault();
             if (!value) continue;
-            defaults.values.push_back(*value);
-            defaults.namespaces += token.text.starts_with("xmlns");
+            added.values.push_back(*value);
+            added.namespaces += token.text.starts_with("xmlns");
         }
     }
 
