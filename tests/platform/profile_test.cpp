@@ -354,6 +354,15 @@ TEST_F(Profile, FailsWhereNothingCanBeWritten) {
     EXPECT_EQ(ReadText(File(m_folder.GetPath()), "a", "k", "D", enough), "D");
 }
 
+TEST_F(Profile, NeverTakesASimilarNameForTheFiles) {
+    const File other(m_folder / "A.ini", "[a]\r\nk=1\r\n");
+    const File file(m_folder / u8"\u0100.ini");
+    const bool isWritten = WriteText(file, "a", "k", "2");  // which only the code page may prevent
+    EXPECT_EQ(std::filesystem::exists(file.GetPath()), isWritten);
+    EXPECT_EQ(other.GetContent(), "[a]\r\nk=1\r\n");
+    EXPECT_NE(ReadText(file, "a", "k", "D", enough), "1");
+}
+
 TEST_F(Profile, LosesNothingOfSeveralWriters) {
     const File file = NewFile();
     constexpr int writers = 4;

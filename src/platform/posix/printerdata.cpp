@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -45,9 +46,10 @@ public:
         auto printer = std::make_shared<OpenPrinter>();
         printer->name = name;
         printer->file = PrinterStore::FindFile();
-        const HANDLE handle = printer.get();
         const std::lock_guard lock(m_lock);
         if (m_isCutOff) FailCutOff();
+        // Counted, so that one that was closed never becomes another printer's.
+        const auto handle = reinterpret_cast<HANDLE>(++m_lastHandle);
         m_printers.emplace(handle, std::move(printer));
         return handle;
     }
@@ -107,6 +109,7 @@ private:
     bool m_isForkedInUse = false;        ///< The same: whether a connection could not be closed.
     bool m_isCutOff = false;             ///< Whether this process is the child of such a fork.
     std::mutex m_lock;
+    std::uintptr_t m_lastHandle = 0;
     std::map<HANDLE, std::shared_ptr<OpenPrinter>> m_printers;
 };
 

@@ -82,6 +82,7 @@ constexpr CodeOfResult codes[] = {
 };
 constexpr int primaryResultMask = 0xFF;
 constexpr DWORD codeOfOtherResults = 31;  // a device that does not work
+constexpr DWORD pathNotFound = 3;
 constexpr DWORD invalidData = 13;
 
 DWORD CodeOf(int result) {
@@ -106,11 +107,14 @@ fs::path FolderOf(const char* variable) {
     throw PrinterStoreError{{code, Wide(file.string() + ": " + problem)}};
 }
 
-/// Makes the folders above a file, readable for their owner alone.
+/// Makes the folders above a file, readable for their owner alone. What fails shows on opening the file.
 void MakeFolders(const fs::path& folder) {
-    if (folder.empty() || fs::is_directory(folder)) return;
-    MakeFolders(folder.parent_path());
-    ::mkdir(folder.c_str(), S_IRWXU);  // what fails here, or is made by others meanwhile, shows on opening
+    fs::path made;
+    for (const fs::path& part : folder) {
+        made /= part;
+        std::error_code unreachable;
+        if (::mkdir(made.c_str(), S_IRWXU) != 0 && !fs::is_directory(made, unreachable)) return;
+    }
 }
 
 /// Makes the file when there is none, so that it is readable for its owner alone. One that exists is not
@@ -200,11 +204,16 @@ void PrinterStore::Finalize::operator()(sqlite3_stmt* statement) const {
 
 fs::path PrinterStore::FindFile() {
     const char* const chosen = std::getenv("NVUTIL_PRINTER_STORE");
-    if (chosen != nullptr && *chosen != '\0') return fs::absolute(chosen);
+    if (chosen != nullptr && *chosen != '\0') {
+        std::error_code error;
+        fs::path file = fs::absolute(chosen, error);
+        if (error) FailWithFile(chosen, pathNotFound, error.message());
+        return file;
+    }
     fs::path folder = FolderOf("XDG_STATE_HOME");
     if (folder.empty() && !FolderOf("HOME").empty()) folder = FolderOf("HOME") / ".local" / "state";
     if (folder.empty())
-        FailWithFile("printers.sqlite", 3,
+        FailWithFile("printers.sqlite", pathNotFound,
                      "none of NVUTIL_PRINTER_STORE, XDG_STATE_HOME and HOME says where it is");
     return folder / "nvutil" / "printers.sqlite";
 }

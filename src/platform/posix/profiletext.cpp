@@ -51,7 +51,7 @@ public:
     bool Step() {
         m_begin = m_next;
         if (m_begin == m_text.size()) return false;
-        m_end = std::min(Find('\n', m_begin), FindCarriageReturn());
+        m_end = std::min(Find('\n', m_lineFeed), Find('\r', m_carriageReturn));
         m_next = m_end;
         if (m_next < m_text.size() && m_text[m_next] == '\r') ++m_next;
         if (m_next < m_text.size() && m_text[m_next] == '\n') ++m_next;
@@ -67,14 +67,11 @@ public:
     std::size_t GetNext() const { return m_next; }
 
 private:
-    std::size_t Find(char c, std::size_t position) const {
-        return std::min(m_text.find(c, position), m_text.size());
-    }
-
-    // The last one found is kept, so that a text without any is searched only once.
-    std::size_t FindCarriageReturn() {
-        if (m_carriageReturn == unknown || m_carriageReturn < m_begin) m_carriageReturn = Find('\r', m_begin);
-        return m_carriageReturn;
+    /// Finds a character at or behind the line's begin.
+    /// @param last  where it was found last, so that a text with few of them is not searched again and again
+    std::size_t Find(char c, std::size_t& last) const {
+        if (last == unknown || last < m_begin) last = std::min(m_text.find(c, m_begin), m_text.size());
+        return last;
     }
 
     static constexpr std::size_t unknown = std::string_view::npos;
@@ -83,6 +80,7 @@ private:
     std::size_t m_begin = 0;
     std::size_t m_end = 0;
     std::size_t m_next;
+    std::size_t m_lineFeed = unknown;
     std::size_t m_carriageReturn = unknown;
 };
 

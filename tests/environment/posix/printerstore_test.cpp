@@ -201,10 +201,28 @@ TEST_F(PrinterStore, ThatCannotBeOpenedIsRefused) {
     ExpectFailure([] { Write({1}); });
     fs::remove(m_file);
     std::ofstream(m_folder / "file") << "no folder";
-    const std::string below = (m_folder / "file" / "printers.sqlite").string();
-    const EnvironmentScope choice("NVUTIL_PRINTER_STORE", below.c_str());
-    m_file = below;
-    ExpectFailure([] { Write({1}); });
+    fs::create_symlink("loop", m_folder / "loop");
+    for (const std::string& folder : {std::string("file"), std::string("loop"), std::string(300, 'x')}) {
+        m_file = (m_folder / folder / "printers.sqlite").string();
+        const EnvironmentScope choice("NVUTIL_PRINTER_STORE", m_file.c_str());
+        ExpectFailure([] { Write({1}); });
+    }
+    m_file = "no working folder.sqlite";
+    EXPECT_TRUE(Child([&] {
+                    const EnvironmentScope choice("NVUTIL_PRINTER_STORE", m_file.c_str());
+                    fs::create_directory(m_folder / "gone");
+                    fs::current_path(m_folder / "gone");
+                    fs::remove(m_folder / "gone");
+                    ExpectFailure([] { Write({1}); });
+                    return !HasFailure();
+                }).Succeeds());
+}
+
+TEST_F(PrinterStore, KnowsNoHandleThatWasClosed) {
+    Write({1});
+    const HANDLE closed = Printer(printerName).GetHandle();
+    const Printer next(printerName);
+    EXPECT_THROW(Printer{closed}, ExceptionInvalidPrinterHandle);
 }
 
 TEST_F(PrinterStore, ThatIsReadOnlyCanStillBeRead) {
