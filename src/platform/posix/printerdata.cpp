@@ -132,6 +132,10 @@ public:
         if (m_printer->store == nullptr) m_printer->store = std::make_unique<PrinterStore>(m_printer->file);
         return *m_printer->store;
     }
+    /// Sees to it that the next operation finds what others write meanwhile.
+    void DropSnapshot() {
+        if (m_printer->store != nullptr && m_printer->store->IsSnapshot()) DropStore();
+    }
     /// Gives the connection up after a failure; the next operation makes another one.
     void DropStore() {
         if (m_printer->store != nullptr && !m_printer->store->IsInUpdate()) m_printer->store.reset();
@@ -148,7 +152,9 @@ PrinterStatus WithPrinter(HANDLE handle, Operation operation) {
     try {
         PrinterInUse printer(handle);
         try {
-            return operation(printer);
+            PrinterStatus status = operation(printer);
+            printer.DropSnapshot();
+            return status;
         } catch (const PrinterStoreError&) {
             printer.DropStore();
             throw;

@@ -125,6 +125,22 @@ void MakeFile(const fs::path& file) {
     if (made >= 0) ::close(made);
 }
 
+/// Whether a file stands where no other can be made beside it.
+bool CanOnlyBeRead(const fs::path& file) {
+    std::error_code unreachable;
+    return fs::is_regular_file(file, unreachable) &&
+           ::faccessat(AT_FDCWD, file.parent_path().c_str(), W_OK, AT_EACCESS) != 0;
+}
+
+std::string UriOf(const fs::path& file) {
+    std::string uri = "file:";
+    for (const char c : file.string()) {
+        const bool hasMeaning = c == '%' || c == '?' || c == '#';
+        uri += hasMeaning ? (c == '%' ? "%25" : c == '?' ? "%3F" : "%23") : std::string(1, c);
+    }
+    return uri;
+}
+
 // While one thread makes the file, no other may have it open yet.
 std::mutex& OpeningLock() {
     static std::mutex& lock = *new std::mutex;
@@ -227,6 +243,10 @@ PrinterStore::PrinterStore(const fs::path& file) : m_file(file) {
             Prepare();
             return;
         } catch (const PrinterStoreError& error) {
+            if (CanOnlyBeRead(m_file)) {
+                OpenSnapshot();
+                return;
+            }
             // Others may be making the store, or recovering it, in ways that SQLite does not wait for.
             if (!IsAnotherAtWork(error.status.code) || Clock::now() >= end) throw;
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -239,9 +259,27 @@ PrinterStore::~PrinterStore() = default;
 void PrinterStore::Open() {
     const std::lock_guard lock(OpeningLock());
     MakeFile(m_file);
+    Connect(m_file, SQLITE_OPEN_READWRITE);
+}
+
+/// Opens what nobody is writing to, without the files beside it that SQLite shares with writers.
+void PrinterStore::OpenSnapshot() {
+    for (const char* const suffix : {"-wal", "-journal"}) {
+        std::error_code absent;
+        const std::uintmax_t size = fs::file_size(m_file.string() + suffix, absent);
+        if (!absent && size != 0)
+            Fail(CodeOf(SQLITE_READONLY),
+                 NV_TEXT("has unfinished changes, and its folder cannot be written"));
+    }
+    m_isSnapshot = true;
+    Connect(UriOf(m_file) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+    RequireOwnLayout();
+}
+
+void PrinterStore::Connect(const std::string& name, int flags) {
     sqlite3* connection = nullptr;
-    const int result =
-        sqlite3_open_v2(m_file.c_str(), &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int result = sqlite3_open_v2(name.c_str(), &connection, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    m_statements = {};
     m_connection.reset(connection);
     Require(result);
     Protect();

@@ -1,5 +1,6 @@
 // The store of printers off Windows: where it is, what it survives and how it fails.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -226,13 +227,30 @@ TEST_F(PrinterStore, KnowsNoHandleThatWasClosed) {
 }
 
 TEST_F(PrinterStore, ThatIsReadOnlyCanStillBeRead) {
+    m_file = (m_folder / "100%3F?#" / "printers.sqlite").string();
+    const EnvironmentScope choice("NVUTIL_PRINTER_STORE", m_file.c_str());
     Write({1});
-    std::string store = ReadStore();
-    store[18] = 3;  // a format that this version of the database may read and not write
-    WriteStore(store);
-    ExpectFailure([] { Write({2}); });
-    EXPECT_EQ(Read(), ByteBuffer{1});
+    const fs::path folder = fs::path(m_file).parent_path();
+    fs::permissions(m_folder, fs::perms(0755));
+    fs::permissions(m_file, fs::perms(0444));
+    fs::permissions(folder, fs::perms(0555));
+    const std::string store = ReadStore();
+    const auto readAsAnother = [&] {
+        return Child([&] {
+                   constexpr uid_t nobody = 65534;
+                   if (geteuid() == 0 && seteuid(nobody) != 0) return false;  // whom permissions hold
+                   ExpectFailure([] { Write({2}); });
+                   return !HasFailure() && Read() == ByteBuffer{1};
+               })
+            .Succeeds();
+    };
+    EXPECT_TRUE(readAsAnother());
     EXPECT_TRUE(ReadStore() == store);
+    fs::permissions(folder, fs::perms(0755));
+    std::ofstream(m_file + "-wal") << "changes";
+    fs::permissions(folder, fs::perms(0555));
+    EXPECT_FALSE(readAsAnother()) << "what is not in the file yet must not be missed";
+    fs::permissions(folder, fs::perms(0755));
 }
 
 TEST_F(PrinterStore, ThatIsFullKeepsWhatItHas) {
