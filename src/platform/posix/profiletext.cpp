@@ -156,7 +156,8 @@ void InsertLines(std::string& text, std::size_t position, std::string lines, con
 
 void AppendSection(std::string& text, std::string_view section, const std::string& lines) {
     const std::string lineEnd = LineEndOf(text);
-    InsertLines(text, text.size(), std::string("[").append(section).append("]") + lineEnd + lines, lineEnd);
+    const std::string header = "[" + std::string(TrimmedFront(section)) + "]";
+    InsertLines(text, text.size(), header + lineEnd + lines, lineEnd);
 }
 
 }  // namespace
@@ -196,7 +197,7 @@ std::string ListSections(std::string_view text) {
 std::string ListKeys(std::string_view text, std::string_view section) {
     std::string list;
     Lines lines(text);
-    if (!StepToSection(lines, Trimmed(section))) return list;
+    if (!StepToSection(lines, section)) return list;
     while (StepInSection(lines)) {
         const Entry entry = EntryOf(lines.GetLine());
         if (entry.value && !entry.IsComment()) AppendToList(list, entry.key);
@@ -207,7 +208,7 @@ std::string ListKeys(std::string_view text, std::string_view section) {
 std::string ListEntries(std::string_view text, std::string_view section) {
     std::string list;
     Lines lines(text);
-    if (!StepToSection(lines, Trimmed(section))) return list;
+    if (!StepToSection(lines, section)) return list;
     while (StepInSection(lines)) {
         const Entry entry = EntryOf(lines.GetLine());
         if (entry.IsBlankLine() || entry.IsComment()) continue;
@@ -217,12 +218,12 @@ std::string ListEntries(std::string_view text, std::string_view section) {
 }
 
 void SetValue(std::string& text, std::string_view section, std::string_view key, std::string_view value) {
-    section = Trimmed(section);
+    value = TrimmedFront(value);
+    const std::string line = EntryLine(TrimmedFront(key), value);
     key = Trimmed(key);
-    value = Trimmed(value);
     const std::string lineEnd = LineEndOf(text);
     Lines lines(text);
-    if (!StepToSection(lines, section)) return AppendSection(text, section, EntryLine(key, value) + lineEnd);
+    if (!StepToSection(lines, Trimmed(section))) return AppendSection(text, section, line + lineEnd);
     std::size_t behindLast = lines.GetNext();
     while (StepInSection(lines)) {
         if (const auto entry = EntryOf(lines.GetLine(), key)) {
@@ -235,13 +236,12 @@ void SetValue(std::string& text, std::string_view section, std::string_view key,
         }
         if (!Content(lines.GetLine()).empty()) behindLast = lines.GetNext();
     }
-    InsertLines(text, behindLast, EntryLine(key, value) + lineEnd, lineEnd);
+    InsertLines(text, behindLast, line + lineEnd, lineEnd);
 }
 
 void RemoveKey(std::string& text, std::string_view section, std::string_view key) {
-    key = Trimmed(key);
     Lines lines(text);
-    if (!StepToSection(lines, Trimmed(section))) return;
+    if (!StepToSection(lines, section)) return;
     while (StepInSection(lines)) {
         if (!EntryOf(lines.GetLine(), key)) continue;
         text.erase(lines.GetBegin(), lines.GetNext() - lines.GetBegin());
@@ -251,7 +251,6 @@ void RemoveKey(std::string& text, std::string_view section, std::string_view key
 
 void RemoveSection(std::string& text, std::string_view section) {
     Lines lines(text);
-    section = Trimmed(section);
     if (!StepToSection(lines, section)) return;
     const std::size_t begin = section.empty() ? lines.GetNext() : lines.GetBegin();
     while (StepInSection(lines)) {
@@ -260,15 +259,18 @@ void RemoveSection(std::string& text, std::string_view section) {
 }
 
 void ReplaceSection(std::string& text, std::string_view section, const char* entries) {
-    section = Trimmed(section);
     const std::string lineEnd = LineEndOf(text);
     std::string replacement;
     for (std::string_view line(entries); !line.empty(); line = line.data() + line.size() + 1) {
-        const Entry entry = EntryOf(line);
-        if (entry.value) replacement += EntryLine(entry.key, *entry.value) + lineEnd;
+        const std::size_t equals = line.find('=');
+        if (equals == std::string_view::npos) continue;
+        const std::string_view key = TrimmedFront(line.substr(0, equals));
+        replacement += EntryLine(key, TrimmedFront(line.substr(equals + 1))) + lineEnd;
     }
+    // Deliberate: the platform then removes no lines, as it does not find them, and adds the new ones.
+    const bool keepsLines = section != Trimmed(section);
     Lines lines(text);
-    if (!StepToSection(lines, section)) {
+    if (!StepToSection(lines, Trimmed(section))) {
         if (!replacement.empty()) AppendSection(text, section, replacement);
         return;
     }
@@ -277,8 +279,8 @@ void ReplaceSection(std::string& text, std::string_view section, const char* ent
     while (StepInSection(lines)) {
         if (!Content(lines.GetLine()).empty()) behindLast = lines.GetNext();
     }
-    text.erase(begin, behindLast - begin);
-    InsertLines(text, begin, replacement, lineEnd);
+    if (!keepsLines) text.erase(begin, behindLast - begin);
+    InsertLines(text, keepsLines ? behindLast : begin, replacement, lineEnd);
 }
 
 }  // namespace platform::profiletext
