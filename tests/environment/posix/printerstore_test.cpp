@@ -1,6 +1,5 @@
 // The store of printers off Windows: where it is, what it survives and how it fails.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -237,8 +236,7 @@ TEST_F(PrinterStore, ThatIsReadOnlyCanStillBeRead) {
     const std::string store = ReadStore();
     const auto readAsAnother = [&] {
         return Child([&] {
-                   constexpr uid_t nobody = 65534;
-                   if (geteuid() == 0 && seteuid(nobody) != 0) return false;  // whom permissions hold
+                   if (!GiveUpPrivileges()) return false;
                    ExpectFailure([] { Write({2}); });
                    return !HasFailure() && Read() == ByteBuffer{1};
                })

@@ -1,6 +1,5 @@
 // Who can open the files that `nvutil unseal` writes.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include "platform/profilefiles.h"
 #include "support/platform/posix/process.h"
@@ -11,7 +10,6 @@ namespace {
 TEST(UnsealedFiles, AreForTheirUserUnlessTheyReplaceOthers) {
     const profiletest::Folder folder;
     const std::string sealed = Nvutil({"seal", "-"}, "secret").out;
-    const mode_t former = umask(0022);
     for (const unsigned mode : {0u, 0640u, 0644u}) {
         const profiletest::File file(folder / std::to_string(mode));
         if (mode != 0) {
@@ -22,7 +20,6 @@ TEST(UnsealedFiles, AreForTheirUserUnlessTheyReplaceOthers) {
         EXPECT_EQ(file.GetContent(), "secret");
         EXPECT_EQ(ModeOf(file.GetPath()), mode != 0 ? mode : 0600u);
     }
-    umask(former);
 }
 
 }  // namespace
