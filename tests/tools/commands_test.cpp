@@ -137,6 +137,11 @@ TEST_F(Commands, SealedFilesComeBackWholeOrNotAtAll) {
 TEST_F(Commands, ObscuredTextCanBeGivenBack) {
     EXPECT_EQ(Nvutil({"obscure", "Ab"}).out, "\"\u5541\u6640\"\n");
     EXPECT_EQ(Nvutil({"obscure", "--quoted", "\"\\u5541\u6640\""}).out, "\"Ab\"\n");
+    for (const std::string text : {"-5", "-.5"}) {
+        std::string obscured = Nvutil({"obscure", text}).out;
+        obscured.pop_back();
+        EXPECT_EQ(Nvutil({"obscure", "--quoted", obscured}).out, '"' + text + "\"\n");
+    }
     std::string literal = Nvutil({"obscure", "a text of more than sixteen characters \"1\""}).out;
     literal.pop_back();  // the line's end
     EXPECT_EQ(Nvutil({"obscure", "--quoted", literal}).out,
@@ -349,6 +354,7 @@ TEST_F(Commands, LengthsAreConverted) {
         {{"convert", "8.5", "inches", "mm"}, 0, "215.9 mm\n"},
         {{"convert", "1", "in", "1000ths-mm"}, 0, "25400 1000ths-mm\n"},
         {{"convert", "-72", "pt", "inch"}, 0, "-1 in\n"},
+        {{"convert", "-.5", "in", "mm"}, 0, "-12.7 mm\n"},
         {{"convert", "1", "pt", "mm"}, 0, "0.352778 mm\n"},
         {{"convert", "1", "pt", "mm", "--decimals", "2"}, 0, "0.35 mm\n"},
         {{"convert", "1", "um", "um"}, 0, "1 1000ths-mm\n"},

@@ -21,9 +21,6 @@ struct ToolRun {
     std::string subject = {};  ///< The file at hand, for the line that a refusal prints.
 };
 
-/// Stands in front of an argument that is a negative number, which would else be taken for an option.
-constexpr char negativeNumberMark = ' ';
-
 // Each adds one group of commands, which run once the whole command line has been read.
 void AddStateCommands(CLI::App& app, ToolRun& run);
 void AddBufferCommands(CLI::App& app, ToolRun& run);
