@@ -86,4 +86,6 @@ check "no file was written" test ! -e nothing
 step "Convert a length"
 run convert 8.5 inches mm
 
+bash "$(dirname "$settings")/productdata.sh" "$tool"
+
 printf '\nThe demo passed.\n'

@@ -151,6 +151,8 @@ public:
     bool ValidateModelInfo(CXString& model, bool refresh);
     /// Adds the names of all models that map files in this process have named.
     static void EnumerateInstalledDriverModels(std::set<CXString>& models);
+    /// The names and properties of the current model.
+    MappingData GetMapping();
     /// The models that the map files in the product data folder name, each once, in their order.
     std::vector<CXString> GetModels();
 

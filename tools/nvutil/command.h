@@ -22,13 +22,15 @@ struct ToolRun {
 };
 
 /// Stands in front of an argument that is a negative number, which would else be taken for an option.
-constexpr char negativeNumberMark = ' ';
+constexpr char negativeNumberMark = '\x1F';
 
 // Each adds one group of commands, which run once the whole command line has been read.
 void AddStateCommands(CLI::App& app, ToolRun& run);
 void AddBufferCommands(CLI::App& app, ToolRun& run);
 void AddSettingsCommands(CLI::App& app, ToolRun& run);
 void AddIniCommands(CLI::App& app, ToolRun& run);
+void AddProductCommands(CLI::App& app, ToolRun& run);
+void AddPdlCommands(CLI::App& app, ToolRun& run);
 void AddBase64Commands(CLI::App& app, ToolRun& run);
 void AddConvertCommand(CLI::App& app, ToolRun& run);
 void AddIntegrityCommands(CLI::App& app, ToolRun& run);
