@@ -16,17 +16,8 @@
 
 namespace {
 
+using cabinettest::StoredFile;
 namespace fs = std::filesystem;
-
-/// The bytes of a stored cabinet with one file.
-std::string Cab(const std::string& name, const std::string& content) {
-    const auto size = static_cast<std::uint16_t>(content.size());
-    cabinettest::HandMadeCabinet cabinet = cabinettest::OneFile(platform::cabinet::tcompTYPE_NONE, size,
-                                                                {{{content.begin(), content.end()}, size}});
-    cabinet.files[0].name = name;
-    const cabinettest::Bytes bytes = cabinet.Build();
-    return {bytes.begin(), bytes.end()};
-}
 
 /// The paths below a folder of what is there, with "/" between names and in their order.
 std::vector<std::string> List(const ProductFolder& folder) {
@@ -50,10 +41,10 @@ using Names = std::vector<std::string>;
 
 TEST(ProductCabinets, GoWhereTheirNamesSay) {
     const ProductFolder source;
-    source.Write("Product.CAB", Cab("family\\a.map", "Model:A\n"));
-    source.Write("sub/DTDs.cab", Cab("settings.dtd", "<!ELEMENT a EMPTY>"));
-    source.Write("sub/jar.Cab", Cab("tools.jar", "PK"));
-    source.Write("sub/other.cab", Cab("inner.cab", Cab("never", "x")));
+    source.Write("Product.CAB", StoredFile("family\\a.map", "Model:A\n"));
+    source.Write("sub/DTDs.cab", StoredFile("settings.dtd", "<!ELEMENT a EMPTY>"));
+    source.Write("sub/jar.Cab", StoredFile("tools.jar", "PK"));
+    source.Write("sub/other.cab", StoredFile("inner.cab", StoredFile("never", "x")));
     source.Write("sub/no.cab.txt", "text");
     const Names cabinets = {"Product.CAB", "sub/DTDs.cab", "sub/jar.Cab", "sub/other.cab"};
     const Names files = {"family/a.map", "sub/DTDs/settings.dtd", "sub/V5.0/tools.jar", "sub/inner.cab"};
@@ -78,9 +69,9 @@ TEST(ProductCabinets, GoWhereTheirNamesSay) {
 
 TEST(ProductCabinets, EndAtTheFirstThatIsRefused) {
     const ProductFolder folder;
-    folder.Write("a.cab", Cab("a", "1"));
-    folder.Write("b.cab", Cab("..\\b", "2"));
-    folder.Write("c.cab", Cab("c", "3"));
+    folder.Write("a.cab", StoredFile("a", "1"));
+    folder.Write("b.cab", StoredFile("..\\b", "2"));
+    folder.Write("c.cab", StoredFile("c", "3"));
     try {
         ProductData::UnpackCabFilesInAllDirectoriesRecursively(folder.GetName());
         ADD_FAILURE() << "nothing was thrown";
