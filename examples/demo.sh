@@ -107,4 +107,6 @@ run ini get office.ini Device Model
 step "Convert a length"
 run convert 8.5 inches mm
 
+bash "$(dirname "$settings")/productdata.sh" "$tool"
+
 printf '\nThe demo passed.\n'

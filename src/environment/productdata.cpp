@@ -112,7 +112,10 @@ void ProductData::Initialize(HANDLE printer, const CXString& folder, _ModelType 
     m_printerHandle = printer;
     if (printer != nullptr) m_printer = std::make_unique<Printer>(printer);
     m_folder = folder;
-    if (!folder.IsEmpty()) UpdateRegistryMappings(folder);
+    if (!folder.IsEmpty()) {
+        UpdateRegistryMappings(folder);
+        KeepFolderName();
+    }
     if (!model.IsEmpty()) {
         FindModel(type, model);
     } else if (m_printer != nullptr) {
@@ -142,11 +145,8 @@ void ProductData::CopyFromAnother(ProductData& other, bool withPrinter, bool wit
         m_printer = other.m_printer != nullptr ? std::make_unique<Printer>(other.m_printerHandle) : nullptr;
         m_printerHandle = other.m_printerHandle;
     }
-    // No string of an object is shared with another one, which another thread may use.
     m_folder = StringOf(ViewOf(other.m_folder));
-    SetModel(MappingData(StringOf(ViewOf(other.m_mapping.GetModel())),
-                         StringOf(ViewOf(other.m_mapping.GetAllData()))),
-             other.m_uniqueId);
+    SetModel(other.GetMapping(), other.m_uniqueId);
     m_isInitialized = other.m_isInitialized;
     m_isValidated = other.m_isValidated;
     m_commands = withCommands ? other.m_commands : nullptr;
@@ -218,6 +218,12 @@ void ProductData::EnumerateInstalledDriverModels(std::set<CXString>& models) {
     const OwnedCriticalResource lock(GetLock());
     for (const Text& model : GetKnownMappings().GetModels())
         models.insert(StringOf(model));
+}
+
+MappingData ProductData::GetMapping() {
+    const OwnedCriticalResource lock(GetLock());
+    // No string of an object is shared with one outside, which another thread may use.
+    return MappingData(StringOf(ViewOf(m_mapping.GetModel())), StringOf(ViewOf(m_mapping.GetAllData())));
 }
 
 std::vector<CXString> ProductData::GetModels() {

@@ -318,6 +318,16 @@ inline HandMadeCabinet OneFile(std::uint16_t compression, std::uint32_t size,
     return cabinet;
 }
 
+/// The bytes of a cabinet with one file that is stored, of up to 32,768 bytes.
+inline std::string StoredFile(const std::string& name, const std::string& content) {
+    const auto size = static_cast<std::uint16_t>(content.size());
+    HandMadeCabinet cabinet =
+        OneFile(platform::cabinet::tcompTYPE_NONE, size, {{{content.begin(), content.end()}, size}});
+    cabinet.files[0].name = name;
+    const Bytes bytes = cabinet.Build();
+    return {bytes.begin(), bytes.end()};
+}
+
 /// An MSZIP payload that stores its data.
 inline Bytes StoredMszip(const Bytes& data) {
     Bytes payload = {'C', 'K', 1};

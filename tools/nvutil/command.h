@@ -26,11 +26,15 @@ void AddStateCommands(CLI::App& app, ToolRun& run);
 void AddBufferCommands(CLI::App& app, ToolRun& run);
 void AddSettingsCommands(CLI::App& app, ToolRun& run);
 void AddIniCommands(CLI::App& app, ToolRun& run);
+void AddProductCommands(CLI::App& app, ToolRun& run);
+void AddPdlCommands(CLI::App& app, ToolRun& run);
 void AddBase64Commands(CLI::App& app, ToolRun& run);
 void AddConvertCommand(CLI::App& app, ToolRun& run);
 void AddIntegrityCommands(CLI::App& app, ToolRun& run);
 void AddSealCommands(CLI::App& app, ToolRun& run);
 void AddExceptionsCommand(CLI::App& app, ToolRun& run);
+/// Adds to the group of AddProductCommands.
+void AddProductMaintenanceCommands(CLI::App& group, ToolRun& run);
 
 /// Writes the line that tells why an input was refused, and the exception's description when verbose.
 void ReportRefusal(ToolRun& run, const std::exception& exception);

@@ -77,6 +77,8 @@ int RunTool(std::span<const std::string> arguments, std::istream& in, std::ostre
     AddBufferCommands(app, run);
     AddSettingsCommands(app, run);
     AddIniCommands(app, run);
+    AddProductCommands(app, run);
+    AddPdlCommands(app, run);
     AddBase64Commands(app, run);
     AddConvertCommand(app, run);
     AddIntegrityCommands(app, run);

@@ -228,9 +228,10 @@ private:
 /// Expands a checked cabinet into a staging folder through the cabinet library.
 class Expansion {
 public:
-    Expansion(const ByteBuffer& bytes, const std::vector<CabinetEntry>& entries,
+    Expansion(const CXString& name, const ByteBuffer& bytes, const std::vector<CabinetEntry>& entries,
               const std::vector<CabinetFile>& files, StagingFolder& staging)
-        : m_source(sourceName, bytes.data(), static_cast<DWORD>(bytes.size())),
+        : m_name(name),
+          m_source(sourceName, bytes.data(), static_cast<DWORD>(bytes.size())),
           m_entries(entries),
           m_files(files),
           m_staging(staging),
@@ -244,11 +245,11 @@ public:
         const bool copied = Copy(errors);
         if (m_failure) std::rethrow_exception(m_failure);
         if (!copied)
-            NV_THROW(ExceptionCompression, "CabinetUnpacker::UnpackTo", __LINE__, NV_TEXT("%ld: %s"),
-                     static_cast<LONG>(errors.erfOper), GetFdiErrorText(errors.erfOper));
+            NV_THROW(ExceptionCompression, "CabinetUnpacker::UnpackTo", __LINE__, NV_TEXT("%s: %ld: %s"),
+                     m_name, static_cast<LONG>(errors.erfOper), GetFdiErrorText(errors.erfOper));
         if (m_finished != m_files.size())
             NV_THROW(ExceptionCompression, "CabinetUnpacker::UnpackTo", __LINE__,
-                     NV_TEXT("only %I64d of the cabinet's files were found"),
+                     NV_TEXT("%s: only %I64d files were found"), m_name,
                      static_cast<std::int64_t>(m_finished));
     }
 
@@ -366,6 +367,7 @@ private:
     /// The thread's running expansion, for the callbacks without a user pointer.
     static inline thread_local Expansion* s_current = nullptr;
 
+    const CXString& m_name;  ///< For messages.
     CabBufferAsFile m_source;
     const std::vector<CabinetEntry>& m_entries;
     const std::vector<CabinetFile>& m_files;
@@ -400,10 +402,13 @@ Text SortKey(const CXString& path) {
 }  // namespace
 
 CabinetUnpacker::CabinetUnpacker(const CXString& cabinetFile, const CabinetLimits& limits)
-    : CabinetUnpacker(ReadCabinet(cabinetFile), limits) {}
+    : CabinetUnpacker(cabinetFile, ReadCabinet(cabinetFile), limits) {}
 
 CabinetUnpacker::CabinetUnpacker(ByteBuffer cabinet, const CabinetLimits& limits)
-    : m_cabinet(std::move(cabinet)) {
+    : CabinetUnpacker(NV_TEXT("the cabinet"), std::move(cabinet), limits) {}
+
+CabinetUnpacker::CabinetUnpacker(const CXString& name, ByteBuffer cabinet, const CabinetLimits& limits)
+    : m_name(name), m_cabinet(std::move(cabinet)) {
     CheckCabinet(limits);
     ReadPaths();
     CheckPathsDiffer();
@@ -419,15 +424,15 @@ void CabinetUnpacker::CheckCabinet(const CabinetLimits& limits) {
     const std::unique_ptr<CabOpenFile> file = source.OpenCabFile(cabOpenReadOnly | cabOpenBinary, 0, error);
     const cabinet::FDIERROR fault = ReadCabinetEntries(*file, m_entries);
     if (fault != cabinet::FDIERROR_NONE)
-        NV_THROW(ExceptionCompression, "CabinetUnpacker::CheckCabinet", __LINE__, NV_TEXT("%ld: %s"),
-                 static_cast<LONG>(fault), GetFdiErrorText(fault));
+        NV_THROW(ExceptionCompression, "CabinetUnpacker::CheckCabinet", __LINE__, NV_TEXT("%s: %ld: %s"),
+                 m_name, static_cast<LONG>(fault), GetFdiErrorText(fault));
 
     std::uint64_t total = 0;
     for (const CabinetEntry& entry : m_entries)
         total += entry.size;
     if (total > limits.totalSize || total / std::max<std::uint64_t>(limits.ratio, 1) > m_cabinet.size())
         NV_THROW(ExceptionCompression, "CabinetUnpacker::CheckCabinet", __LINE__,
-                 NV_TEXT("the cabinet of %I64d bytes expands to %I64d bytes"),
+                 NV_TEXT("%s: %I64d bytes expand to %I64d bytes"), m_name,
                  static_cast<std::int64_t>(m_cabinet.size()), static_cast<std::int64_t>(total));
 }
 
@@ -438,8 +443,8 @@ void CabinetUnpacker::ReadPaths() {
         file.size = entry.size;
         const WChar* const fault = ReadCabinetEntryPath(entry, file.path);
         if (fault != nullptr)
-            NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadPaths", __LINE__, NV_TEXT("the name %S %s"),
-                     entry.name.c_str(), fault);
+            NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadPaths", __LINE__,
+                     NV_TEXT("%s: the name %S %s"), m_name, entry.name.c_str(), fault);
     }
 }
 
@@ -455,7 +460,8 @@ void CabinetUnpacker::CheckPathsDiffer() const {
         const Text& key = keys[i].first;
         if (key.starts_with(before) && (key.size() == before.size() || key[before.size()] == separator))
             NV_THROW(ExceptionCompression, "CabinetUnpacker::CheckPathsDiffer", __LINE__,
-                     NV_TEXT("%s and %s cannot both exist"), keys[i - 1].second->path, keys[i].second->path);
+                     NV_TEXT("%s: %s and %s cannot both exist"), m_name, keys[i - 1].second->path,
+                     keys[i].second->path);
     }
 }
 
@@ -470,7 +476,7 @@ void CabinetUnpacker::UnpackTo(const CXString& targetFolder) const {
     }
 
     StagingFolder staging(target, targetFolder);
-    Expansion(m_cabinet, m_entries, m_files, staging).Run();
+    Expansion(m_name, m_cabinet, m_entries, m_files, staging).Run();
 
     FolderWalk after(target, FolderWalk::Missing::Create);
     for (std::size_t i = 0; i < m_files.size(); ++i) {

@@ -32,6 +32,8 @@ struct CabinetFile {
 ///   one needs a folder;
 /// - it expands beyond the limits.
 ///
+/// Messages begin with the name of the cabinet's file, or "the cabinet" for one in memory.
+///
 /// Objects are independent of each other and each is used by one thread at a time. Unpacking holds the lock
 /// that serialises all cabinet work of the process.
 class NVUTIL_API CabinetUnpacker {
@@ -69,10 +71,12 @@ public:
     bool IsUnpackedTo(const CXString& targetFolder) const;
 
 private:
+    CabinetUnpacker(const CXString& name, ByteBuffer cabinet, const CabinetLimits& limits);
     void CheckCabinet(const CabinetLimits& limits);
     void ReadPaths();
     void CheckPathsDiffer() const;
 
+    CXString m_name;  ///< For messages.
     ByteBuffer m_cabinet;
     std::vector<CabinetEntry> m_entries;
     std::vector<CabinetFile> m_files;  ///< Of the same index as the entries.

@@ -13,15 +13,11 @@
 
 namespace {
 
-using namespace cabinettest;
 namespace fs = std::filesystem;
 
-/// A stored cabinet of one file with the bytes "new".
 ByteBuffer CabinetOf(const std::string& name) {
-    HandMadeCabinet cabinet = OneFile(platform::cabinet::tcompTYPE_NONE, 3, {{{'n', 'e', 'w'}, 3}});
-    cabinet.files[0].name = name;
-    const Bytes bytes = cabinet.Build();
-    return {bytes.data(), static_cast<DWORD>(bytes.size())};
+    const std::string bytes = cabinettest::StoredFile(name, "new");
+    return {bytes.begin(), bytes.end()};
 }
 
 std::string ContentOf(const fs::path& path) {
