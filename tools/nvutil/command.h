@@ -33,6 +33,7 @@ void AddBase64Commands(CLI::App& app, ToolRun& run);
 void AddConvertCommand(CLI::App& app, ToolRun& run);
 void AddIntegrityCommands(CLI::App& app, ToolRun& run);
 void AddSealCommands(CLI::App& app, ToolRun& run);
+void AddXmlCommands(CLI::App& app, ToolRun& run);
 void AddExceptionsCommand(CLI::App& app, ToolRun& run);
 
 /// Writes the line that tells why an input was refused, and the exception's description when verbose.
