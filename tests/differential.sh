@@ -217,6 +217,25 @@ for length in 0 1 2 3 57 58 300; do
     compare "base64-back-$length" base64 decode inputs/part.txt --hex
 done
 compare base64-odd base64 decode "$settings" --hex
+
+cat >inputs/list.dtd <<'DTD'
+<!ELEMENT list (item*)>
+<!ELEMENT item (#PCDATA)>
+<!ATTLIST item n CDATA #REQUIRED>
+<!ENTITY maker "A &amp; B">
+DTD
+xmlDocuments=(
+    '<?xml version="1.0"?><!DOCTYPE list SYSTEM "list.dtd"><list><item n="1">x &maker;</item> </list>'
+    '<!DOCTYPE list SYSTEM "list.dtd"><list><other/></list>'
+    '<!DOCTYPE list SYSTEM "http://example.invalid/list.dtd"><list/>'
+    '<r xmlns:p="urn:p" p:a="&quot;&#10;"><p:b>ü<![CDATA[<]]> <!--c--></p:b>&lt;</r>'
+    '<!DOCTYPE r [<!ENTITY a "&b;&b;"><!ENTITY b "&a;">]><r>&a;</r>' '<r><a></r>' '<r>' $'<r>\xff</r>' ''
+)
+for number in "${!xmlDocuments[@]}"; do
+    printf '%s' "${xmlDocuments[number]}" >"inputs/$number.xml"
+    compare "xml-show-$number" xml show "inputs/$number.xml"
+    compare "xml-validate-$number" xml validate "inputs/$number.xml"
+done
 compare help --help
 
 printf '%d passed, %d failed\n' "$passed" "$failed"

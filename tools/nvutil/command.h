@@ -32,6 +32,7 @@ void AddBase64Commands(CLI::App& app, ToolRun& run);
 void AddConvertCommand(CLI::App& app, ToolRun& run);
 void AddIntegrityCommands(CLI::App& app, ToolRun& run);
 void AddSealCommands(CLI::App& app, ToolRun& run);
+void AddXmlCommands(CLI::App& app, ToolRun& run);
 void AddExceptionsCommand(CLI::App& app, ToolRun& run);
 /// Adds to the group of AddProductCommands.
 void AddProductMaintenanceCommands(CLI::App& group, ToolRun& run);

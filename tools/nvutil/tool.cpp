@@ -83,6 +83,7 @@ int RunTool(std::span<const std::string> arguments, std::istream& in, std::ostre
     AddConvertCommand(app, run);
     AddIntegrityCommands(app, run);
     AddSealCommands(app, run);
+    AddXmlCommands(app, run);
     AddExceptionsCommand(app, run);
     try {
         Parse(app, arguments);

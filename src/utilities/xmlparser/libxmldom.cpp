@@ -55,8 +55,8 @@ xmlNode* FirstChildOf(const xmlNode* node) {
     return hasChildren ? node->children : nullptr;
 }
 
-CXString QualifiedName(const xmlNode* node) {
-    if (node->ns == nullptr || node->ns->prefix == nullptr) return WideText(View(node->name));
+CXString QualifiedName(LibXmlTree& tree, const xmlNode* node) {
+    if (node->ns == nullptr || node->ns->prefix == nullptr) return tree.WideName(node->name);
     std::string name(View(node->ns->prefix));
     name += ':';
     return WideText(name.append(View(node->name)));
@@ -103,10 +103,10 @@ xmlNs* FindDeclaration(const xmlNode* element, std::string_view prefix) {
     return declaration;
 }
 
-xmlNode* FindAttribute(const xmlNode* element, const CXString& name) {
-    for (xmlAttr* attribute = element->properties; attribute != nullptr; attribute = attribute->next) {
+xmlNode* FindAttribute(const LibXmlNodeReference& element, const CXString& name) {
+    for (xmlAttr* attribute = element.node->properties; attribute != nullptr; attribute = attribute->next) {
         auto* const node = reinterpret_cast<xmlNode*>(attribute);
-        if (QualifiedName(node) == name) return node;
+        if (QualifiedName(*element.tree, node) == name) return node;
     }
     return nullptr;
 }
@@ -168,7 +168,7 @@ CXString LibXmlDomNode::getNodeName() const {
     switch (node->type) {
         case XML_ELEMENT_NODE:
         case XML_ATTRIBUTE_NODE:
-            return QualifiedName(node);
+            return QualifiedName(*m_node.tree, node);
         case XML_TEXT_NODE:
             return NV_TEXT("#text");
         case XML_CDATA_SECTION_NODE:
@@ -268,7 +268,7 @@ void LibXmlDomElement::setAttribute(const CXString& name, const CXString& value)
     std::string_view prefix;
     if (IsDeclaration(nameText, prefix)) {
         Declare(element, prefix, valueText);
-    } else if (xmlNode* const attribute = FindAttribute(element, name); attribute != nullptr) {
+    } else if (xmlNode* const attribute = FindAttribute(m_element, name); attribute != nullptr) {
         ReplaceValue(*m_element.tree, attribute, valueText);
     } else if (xmlSetProp(element, Pointer(nameText), Pointer(valueText)) == nullptr) {
         throw _com_error(E_OUTOFMEMORY);
@@ -297,7 +297,7 @@ std::unique_ptr<XmlDomNode> LibXmlDomNamedNodeMap::getNamedItem(const CXString& 
         return Wrap(m_element,
                     declaration != nullptr ? AttributeOf(m_element, declaration, wanted) : nullptr);
     }
-    return Wrap(m_element, FindAttribute(element, name));
+    return Wrap(m_element, FindAttribute(m_element, name));
 }
 
 LibXmlDomNamedNodeMap::operator bool() const {
@@ -308,7 +308,7 @@ std::vector<CXString> LibXmlDomNamedNodeMap::getNames() const {
     const xmlNode* const element = Require(m_element);
     std::vector<CXString> names;
     for (xmlAttr* attribute = element->properties; attribute != nullptr; attribute = attribute->next)
-        names.push_back(QualifiedName(reinterpret_cast<xmlNode*>(attribute)));
+        names.push_back(QualifiedName(*m_element.tree, reinterpret_cast<xmlNode*>(attribute)));
     for (const xmlNs* declaration = element->nsDef; declaration != nullptr; declaration = declaration->next) {
         const CXString prefix = WideText(View(declaration->prefix));
         names.push_back(prefix.IsEmpty() ? CXString(NV_TEXT("xmlns")) : NV_TEXT("xmlns:") + prefix);

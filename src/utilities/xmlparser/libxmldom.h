@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "utilities/utilitiesdll/smallobject.h"
 #include "utilities/xmlparser/xmldom.h"
 #include "utilities/xmlparser/xmlparseerror.h"
 
@@ -16,7 +17,7 @@ struct LibXmlNodeReference {
     _xmlNode* node = nullptr;
 };
 
-class NVUTIL_API LibXmlDomNode : public XmlDomNode {
+class NVUTIL_API LibXmlDomNode : public XmlDomNode, public SmallObject {
 public:
     explicit LibXmlDomNode(LibXmlNodeReference node);
     ~LibXmlDomNode() override;

@@ -1,7 +1,8 @@
 // LibXmlParser over libxml2.
 #include "utilities/xmlparser/libxmlparser.h"
 
-#include <libxml/xmlsave.h>
+#include <libxml/tree.h>
+#include <libxml/xmlIO.h>
 
 #include <new>
 #include <span>
@@ -22,10 +23,10 @@ constexpr auto writing = "LibXmlParser::convertToXmlStream";
 /// What libxml2 keeps for a document that had no declaration.
 constexpr int withoutDeclaration = -1;
 
-struct FreeBuffer {
-    void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
+struct CloseOutput {
+    void operator()(xmlOutputBuffer* output) const { xmlOutputBufferClose(output); }
 };
-using OutputBuffer = std::unique_ptr<xmlBuffer, FreeBuffer>;
+using Output = std::unique_ptr<xmlOutputBuffer, CloseOutput>;
 
 [[noreturn]] void ThrowOutOfMemory(const char* function, int line) {
     NV_THROW(ExceptionOutOfMemory, function, line);
@@ -43,12 +44,44 @@ std::string Declaration(const xmlDoc& document) {
     return text + "?>\n";
 }
 
-/// Appends the content of a document in an encoding, or in UTF-8.
-bool AppendContent(xmlDoc& document, const char* encoding, xmlBuffer& buffer) {
-    xmlSaveCtxt* const writer = xmlSaveToBuffer(&buffer, encoding, XML_SAVE_NO_DECL);
-    if (writer == nullptr) return false;
-    const bool isWritten = document.children == nullptr || xmlSaveDoc(writer, &document) >= 0;
-    return xmlSaveClose(writer) >= 0 && isWritten;
+/// What is written there is UTF-8, and comes out in the encoding.
+Output CreateOutput(const char* encoding) {
+    const bool isUtf8 = xmlParseCharEncoding(encoding) == XML_CHAR_ENCODING_UTF8;
+    Output output(xmlAllocOutputBuffer(isUtf8 ? nullptr : xmlFindCharEncodingHandler(encoding)));
+    if (output == nullptr) ThrowOutOfMemory(writing, __LINE__);
+    return output;
+}
+
+/// Names the encoding of a document for as long as the object lives: without one, characters that are not
+/// ASCII would be written as numbers.
+class NamedEncoding {
+public:
+    NamedEncoding(xmlDoc& document, const char* encoding) : m_document(document), m_saved(document.encoding) {
+        document.encoding = reinterpret_cast<const xmlChar*>(encoding);
+    }
+    ~NamedEncoding() { m_document.encoding = m_saved; }
+    NamedEncoding(const NamedEncoding&) = delete;
+    NamedEncoding& operator=(const NamedEncoding&) = delete;
+
+private:
+    xmlDoc& m_document;
+    const xmlChar* m_saved;
+};
+
+/// @return false when the engine failed
+bool WriteTo(xmlOutputBuffer& output, xmlDoc& document, const char* encoding) {
+    xmlOutputBufferWriteString(&output, Declaration(document).c_str());
+    const NamedEncoding named(document, encoding);
+    for (xmlNode* node = document.children; node != nullptr; node = node->next) {
+        xmlNodeDumpOutput(&output, &document, node, 0, 0, encoding);
+        xmlOutputBufferWriteString(&output, "\n");
+    }
+    return xmlOutputBufferFlush(&output) >= 0 && output.error == XML_ERR_OK;
+}
+
+std::span<const BYTE> BytesOf(const xmlOutputBuffer& output) {
+    const xmlBuf* const bytes = output.encoder != nullptr ? output.conv : output.buffer;
+    return {xmlBufContent(bytes), xmlBufUse(const_cast<xmlBuf*>(bytes))};
 }
 
 }  // namespace
@@ -84,14 +117,9 @@ void LibXmlParser::convertToXmlStream(XmlOutputCallback& callback) {
     xmlDoc& document = *m_tree->GetDocument();
     const char* const encoding =
         document.encoding != nullptr ? reinterpret_cast<const char*>(document.encoding) : "UTF-8";
-    const OutputBuffer buffer(xmlBufferCreate());
-    if (buffer == nullptr) ThrowOutOfMemory(writing, __LINE__);
-    const std::string declaration = Declaration(document);
-    const auto* const declarationText = reinterpret_cast<const xmlChar*>(declaration.c_str());
-    const bool isWritten =
-        xmlBufferCat(buffer.get(), declarationText) == 0 && AppendContent(document, encoding, *buffer);
-    const std::span<const BYTE> bytes(xmlBufferContent(buffer.get()),
-                                      static_cast<std::size_t>(xmlBufferLength(buffer.get())));
+    const Output output = CreateOutput(encoding);
+    const bool isWritten = WriteTo(*output, document, encoding);
+    const std::span<const BYTE> bytes = BytesOf(*output);
     if (!isWritten || !IsReadable(bytes))
         NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
     callback.handleOutput(bytes.data(), static_cast<std::uint32_t>(bytes.size()));

@@ -47,6 +47,7 @@ private:
     static xmlParserInput* OnExternalDtd(void* context, const xmlChar* publicId, const xmlChar* systemId);
     static void OnEntity(void* context, const xmlChar* name, int type, const xmlChar* publicId,
                          const xmlChar* systemId, xmlChar* content);
+    static void OnCharacters(void* context, const xmlChar* characters, int length);
     static void OnEndElement(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri);
 
     void Keep(FirstError& kept, const xmlError& error) const;
@@ -57,16 +58,22 @@ private:
     xmlParserCtxt* m_context;
     xmlParserInput* m_dtdInput = nullptr;
     bool m_hasNoDtd = false;
+    bool m_mayHoldBlanks = false;  ///< A text was kept that began with white space.
     FirstError m_fatal;
     FirstError m_other;
 };
 
+bool IsBlank(std::string_view text) {
+    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
 bool IsBlankText(const xmlNode* node) {
-    if (node->type != XML_TEXT_NODE) return false;
-    const auto* character = node->content;
-    while (character != nullptr && IS_BLANK_CH(*character))
-        ++character;
-    return character == nullptr || *character == 0;
+    return node->type == XML_TEXT_NODE &&
+           (node->content == nullptr || IsBlank(reinterpret_cast<const char*>(node->content)));
+}
+
+bool KeepsSpace(const xmlParserCtxt& parser) {
+    return parser.space != nullptr && *parser.space == 1;
 }
 
 Reader::Reader(const CheckedDocument& document, bool validate)
@@ -77,6 +84,8 @@ Reader::Reader(const CheckedDocument& document, bool validate)
     handler.serror = &Reader::OnError;
     handler.resolveEntity = &Reader::OnExternalDtd;
     handler.entityDecl = &Reader::OnEntity;
+    handler.characters = &Reader::OnCharacters;
+    handler.ignorableWhitespace = &Reader::OnCharacters;
     handler.endElementNs = &Reader::OnEndElement;
 }
 
@@ -161,10 +170,24 @@ void Reader::OnEntity(void* context, const xmlChar* name, int type, const xmlCha
     if (!isForeign) xmlSAX2EntityDecl(context, name, type, publicId, systemId, content);
 }
 
+// A run of white space from one tag to the next is dropped at once; what may yet become part of a text is
+// looked at when its element ends.
+void Reader::OnCharacters(void* context, const xmlChar* characters, int length) {
+    auto* const parser = static_cast<xmlParserCtxt*>(context);
+    const std::string_view text(reinterpret_cast<const char*>(characters), static_cast<std::size_t>(length));
+    if (parser->node != nullptr && !KeepsSpace(*parser) && IsBlank(text)) {
+        const xmlNode* const last = parser->node->last;
+        const bool isWhole = *parser->input->cur == '<' && (last == nullptr || last->type != XML_TEXT_NODE);
+        if (isWhole) return;
+        Of(context).m_mayHoldBlanks = true;
+    }
+    xmlSAX2Characters(context, characters, length);
+}
+
 void Reader::OnEndElement(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri) {
     auto* const parser = static_cast<xmlParserCtxt*>(context);
-    const bool keepsSpace = parser->space != nullptr && *parser->space == 1;
-    xmlNode* next = parser->node != nullptr && !keepsSpace ? parser->node->children : nullptr;
+    const bool mayHoldBlanks = Of(context).m_mayHoldBlanks && parser->node != nullptr && !KeepsSpace(*parser);
+    xmlNode* next = mayHoldBlanks ? parser->node->children : nullptr;
     while (next != nullptr) {
         xmlNode* const node = next;
         next = node->next;

@@ -3,7 +3,10 @@
 
 #include <libxml/tree.h>
 
+#include <cstdint>
+
 #include "utilities/xmlparser/comerror.h"
+#include "utilities/xmlparser/xmltext.h"
 
 namespace {
 
@@ -47,6 +50,17 @@ LibXmlTree& LibXmlTree::Owner() {
     while (tree->m_joinedTo != nullptr)
         tree = tree->m_joinedTo.get();
     return *tree;
+}
+
+const CXString& LibXmlTree::WideName(const xmlChar* name) {
+    // Names lie apart by more than the lowest bits of their addresses tell.
+    const auto address = reinterpret_cast<std::uintptr_t>(name);
+    KeptName& kept = m_names[(address ^ address >> 6) % m_names.size()];
+    if (kept.name != name) {
+        kept.wide = WideText(reinterpret_cast<const char*>(name));
+        kept.name = name;
+    }
+    return kept.wide;
 }
 
 void LibXmlTree::Adopt(xmlNode* node) {

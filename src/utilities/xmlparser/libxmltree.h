@@ -1,9 +1,12 @@
 // LibXmlTree: one document of libxml2, and the nodes that belong to it without standing in it.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <unordered_set>
 #include <vector>
+
+#include "utilities/utilitiesdll/cxstring.h"
 
 struct _xmlDoc;
 struct _xmlNode;
@@ -20,6 +23,10 @@ public:
 
     _xmlDoc* GetDocument() const { return m_document; }
 
+    /// The wide form of a node's own name. Names are few and asked for often, so the last ones are kept.
+    /// @param name  belongs to the tree, and lives and stays the same as long as that
+    const CXString& WideName(const unsigned char* name);
+
     /// Takes over a node that stands nowhere. It lives as long as the tree, since wrappers may refer to it.
     void Adopt(_xmlNode* node);
     /// Takes a node out of where it stands.
@@ -34,7 +41,13 @@ private:
     LibXmlTree& Owner();
     static void Join(LibXmlTree& from, const std::shared_ptr<LibXmlTree>& into);
 
+    struct KeptName {
+        const unsigned char* name = nullptr;
+        CXString wide;
+    };
+
     _xmlDoc* m_document;
+    std::array<KeptName, 64> m_names;
     std::vector<_xmlDoc*> m_owned;  ///< This tree's document and those of trees that were joined to it.
     std::unordered_set<_xmlNode*> m_detached;
     std::shared_ptr<LibXmlTree> m_joinedTo;

@@ -7,11 +7,12 @@
 /// Reading or writing an XML document failed.
 class NVUTIL_API NpifParseException : public NorvaException {
 public:
-    /// The codes that the XML layer itself raises. GetCodeString names all of them.
+    /// The codes that the library and its tool raise themselves. GetCodeString names all of them.
     enum Code : short {
         ErrorReportedDuringParse = 2,
         XmlExceptionRaisedDuringXmlGeneration = 3,
         ComInitializationFailure = 24,
+        ParseResultedInEmptyDomDocument = 25,
     };
 
     /// @param code  one of the codes that GetCodeString names; the others as in NorvaException
@@ -34,10 +35,10 @@ NVUTIL_API NpifParseException GetNpifParseException(const CXString& message, con
                                                     int line, const CXString& functionName,
                                                     const ExecutionContextStack& stack, short code);
 
-/// Throws by the protocol of throwprotocol.h, without a message; for the layer's own sources.
+/// Throws by the protocol of throwprotocol.h, without a message.
 /// @param code      an NpifParseException::Code
 /// @param function  8-bit text that names the throwing function
 #define NV_THROW_NPIFPARSE(code, function) ThrowNpifParseException(code, function, __FILE__, __LINE__)
 
-[[noreturn]] void ThrowNpifParseException(NpifParseException::Code code, const char* function,
-                                          const char* file, int line);
+[[noreturn]] NVUTIL_API void ThrowNpifParseException(NpifParseException::Code code, const char* function,
+                                                     const char* file, int line);

@@ -156,7 +156,9 @@ std::uint32_t XmlDomNode::GetNumberOfElementNodesRecursive(const CXString& name)
 }
 
 void XmlDomNode::insertNodeBetweenThisAndItsChildren(XmlDomNode& newNode) {
-    for (NodePtr child = getFirstChild(); *child; child = getFirstChild()) {
+    // Counted, so that it ends even when the new node is this one.
+    for (std::uint32_t left = getNumChildNodes(); left > 0; --left) {
+        const NodePtr child = getFirstChild();
         removeChild(*child);
         newNode.appendChild(*child);
     }

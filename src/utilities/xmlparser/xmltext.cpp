@@ -108,28 +108,23 @@ std::size_t LengthOfCharacter(std::string_view text) {
     return character >= smallest[length] && IsAllowed(character) ? length : 0;
 }
 
-/// Whether a block holds nothing but printable ASCII and line ends: most blocks of most documents.
-bool IsPlain(const char* block, std::size_t size) {
-    unsigned odd = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        const auto byte = static_cast<unsigned char>(block[i]);
-        odd |= static_cast<unsigned>(byte >= 0x80) |
-               (static_cast<unsigned>(byte < 0x20) & static_cast<unsigned>(byte != '\n') &
-                static_cast<unsigned>(byte != '\r') & static_cast<unsigned>(byte != '\t'));
-    }
-    return odd == 0;
+/// Whether eight bytes are all printable ASCII, as nearly all bytes of nearly all documents are.
+bool IsPrintable(const char* bytes) {
+    constexpr std::uint64_t highest = 0x8080808080808080;
+    constexpr std::uint64_t firstPrintable = 0x2020202020202020;
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return ((word | (word - firstPrintable)) & highest) == 0;
 }
 
 /// The end of the longest beginning that is sound.
 std::size_t SoundLength(std::string_view text) {
-    constexpr std::size_t blockSize = 64;
+    constexpr std::size_t wordSize = sizeof(std::uint64_t);
     std::size_t position = 0;
     while (position < text.size()) {
-        if (text.size() - position >= blockSize && IsPlain(text.data() + position, blockSize)) {
-            position += blockSize;
-            continue;
-        }
-        const std::size_t end = std::min(position + blockSize, text.size());
+        while (text.size() - position >= wordSize && IsPrintable(text.data() + position))
+            position += wordSize;
+        const std::size_t end = std::min(position + wordSize, text.size());
         while (position < end) {
             const std::size_t length = LengthOfCharacter(text.substr(position));
             if (length == 0) return position;
@@ -275,12 +270,6 @@ CXString WideText(std::string_view utf8) {
     const int length = static_cast<int>(utf8.size());
     CXString text;
     if (length == 0) return text;
-    if (IsPlain(utf8.data(), utf8.size())) {
-        WChar* const units = text.GetBufferSetLength(length);
-        for (int i = 0; i < length; ++i)
-            units[i] = static_cast<unsigned char>(utf8[static_cast<std::size_t>(i)]);
-        return text;
-    }
     WChar* const units = text.GetBufferSetLength(length);  // never more units than bytes
     const int written =
         platform::WideFromNarrow(platform::CodePage::Utf8, utf8.data(), length, units, length);
