@@ -49,9 +49,9 @@ inline void Describe(XmlDomNode& node, std::u16string& out) {
     append(node.getNodeValue());
     if (!node.isElementNode()) return;
     const auto attributes = node.getAttributes();
-    for (const CXString& name : static_cast<PlatformDomNamedNodeMap&>(*attributes).getNames()) {
-        const auto attribute = attributes->getNamedItem(name);
-        FUZZ_EXPECT(*attribute);
+    for (const auto& attribute : static_cast<PlatformDomNamedNodeMap&>(*attributes).getItems()) {
+        const CXString name = attribute->getNodeName();
+        FUZZ_EXPECT(attributes->getNamedItem(name)->getNodeValue() == attribute->getNodeValue());
         append(name);
         append(attribute->getNodeValue());
     }

@@ -24,10 +24,8 @@ constexpr std::size_t largestDocument = 16 << 20;  // the library refuses smalle
 std::string TagOf(XmlDomNode& element) {
     std::string tag = '<' + ToUtf8(element.getNodeName());
     const auto attributes = element.getAttributes();
-    for (const CXString& name : static_cast<PlatformDomNamedNodeMap&>(*attributes).getNames()) {
-        const CXString value = attributes->getNamedItem(name)->getNodeValue();
-        tag += ' ' + ToUtf8(name) + '=' + QuotedText(value);
-    }
+    for (const auto& attribute : static_cast<PlatformDomNamedNodeMap&>(*attributes).getItems())
+        tag += ' ' + ToUtf8(attribute->getNodeName()) + '=' + QuotedText(attribute->getNodeValue());
     return tag + '>';
 }
 

@@ -3,6 +3,14 @@
 
 #include <oleauto.h>
 
+void AddComReference(void* object) {
+    static_cast<IUnknown*>(object)->AddRef();
+}
+
+void ReleaseComReference(void* object) {
+    static_cast<IUnknown*>(object)->Release();
+}
+
 namespace comcall {
 
 namespace {

@@ -3,13 +3,20 @@
 
 #include <utility>
 
-/// A counted reference, or none. The type may be incomplete where the pointer is only declared.
+#include "platform/types.h"
+
+/// Counts a reference to any COM object: each begins with the same three functions.
+NVUTIL_API void AddComReference(void* object);
+NVUTIL_API void ReleaseComReference(void* object);
+
+/// A counted reference, or none. The interface may be incomplete, so that headers need not include the
+/// platform's.
 template <class Interface>
 class ComPointer {
 public:
     ComPointer() = default;
     ComPointer(const ComPointer& other) : m_object(other.m_object) {
-        if (m_object != nullptr) m_object->AddRef();
+        if (m_object != nullptr) AddComReference(m_object);
     }
     ComPointer(ComPointer&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
     ComPointer& operator=(ComPointer other) noexcept {
@@ -17,7 +24,7 @@ public:
         return *this;
     }
     ~ComPointer() {
-        if (m_object != nullptr) m_object->Release();
+        if (m_object != nullptr) ReleaseComReference(m_object);
     }
 
     Interface* Get() const { return m_object; }

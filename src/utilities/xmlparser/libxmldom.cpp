@@ -304,16 +304,17 @@ LibXmlDomNamedNodeMap::operator bool() const {
     return m_element.node != nullptr;
 }
 
-std::vector<CXString> LibXmlDomNamedNodeMap::getNames() const {
+std::vector<std::unique_ptr<XmlDomNode>> LibXmlDomNamedNodeMap::getItems() const {
     const xmlNode* const element = Require(m_element);
-    std::vector<CXString> names;
+    std::vector<std::unique_ptr<XmlDomNode>> items;
     for (xmlAttr* attribute = element->properties; attribute != nullptr; attribute = attribute->next)
-        names.push_back(QualifiedName(*m_element.tree, reinterpret_cast<xmlNode*>(attribute)));
-    for (const xmlNs* declaration = element->nsDef; declaration != nullptr; declaration = declaration->next) {
-        const CXString prefix = WideText(View(declaration->prefix));
-        names.push_back(prefix.IsEmpty() ? CXString(NV_TEXT("xmlns")) : NV_TEXT("xmlns:") + prefix);
+        items.push_back(Wrap(m_element, reinterpret_cast<xmlNode*>(attribute)));
+    for (xmlNs* declaration = element->nsDef; declaration != nullptr; declaration = declaration->next) {
+        std::string name(declarationPrefix);
+        if (declaration->prefix != nullptr) name.append(":").append(View(declaration->prefix));
+        items.push_back(Wrap(m_element, AttributeOf(m_element, declaration, name)));
     }
-    return names;
+    return items;
 }
 
 // --- The document ---------------------------------------------------------------------------------------

@@ -79,8 +79,8 @@ public:
     std::unique_ptr<XmlDomNode> getNamedItem(const CXString& name) override;
     operator bool() const override;
 
-    /// The names of all attributes, behind them those that declare namespaces.
-    std::vector<CXString> getNames() const;
+    /// All attributes, those that declare namespaces behind the others.
+    std::vector<std::unique_ptr<XmlDomNode>> getItems() const;
 
 private:
     LibXmlNodeReference m_element;

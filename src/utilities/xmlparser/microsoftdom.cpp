@@ -193,25 +193,31 @@ std::unique_ptr<XmlDomNode> MicrosoftDomNamedNodeMap::getNamedItem(const CXStrin
     IXMLDOMNamedNodeMap& map = Require(m_map);
     ComPointer<IXMLDOMNode> item;
     Check(map.getNamedItem(comcall::String(name).Get(), item.Receive()), map);
-    return Wrap(std::move(item));
+    constexpr auto declarationPrefix = NV_TEXT("xmlns");
+    if (item || name.Left(CXString::SafeStrlen(declarationPrefix)) != declarationPrefix)
+        return Wrap(std::move(item));
+    // Some engines list declarations of namespaces but do not find them.
+    for (std::unique_ptr<XmlDomNode>& listed : getItems()) {
+        if (listed->getNodeName() == name) return std::move(listed);
+    }
+    return Wrap({});
 }
 
 MicrosoftDomNamedNodeMap::operator bool() const {
     return static_cast<bool>(m_map);
 }
 
-std::vector<CXString> MicrosoftDomNamedNodeMap::getNames() const {
+std::vector<std::unique_ptr<XmlDomNode>> MicrosoftDomNamedNodeMap::getItems() const {
     IXMLDOMNamedNodeMap& map = Require(m_map);
     long length = 0;
     Check(map.get_length(&length), map);
-    std::vector<CXString> names;
+    std::vector<std::unique_ptr<XmlDomNode>> items;
     for (long i = 0; i < length; ++i) {
         ComPointer<IXMLDOMNode> item;
         // Some engines count declarations of namespaces that they do not hand out.
-        if (SUCCEEDED(map.get_item(i, item.Receive())) && item)
-            names.push_back(MicrosoftDomNode(std::move(item)).getNodeName());
+        if (SUCCEEDED(map.get_item(i, item.Receive())) && item) items.push_back(Wrap(std::move(item)));
     }
-    return names;
+    return items;
 }
 
 // --- The document ---------------------------------------------------------------------------------------

@@ -87,8 +87,8 @@ public:
     std::unique_ptr<XmlDomNode> getNamedItem(const CXString& name) override;
     operator bool() const override;
 
-    /// The names of all attributes.
-    std::vector<CXString> getNames() const;
+    /// All attributes, those that declare namespaces behind the others where the engine keeps them apart.
+    std::vector<std::unique_ptr<XmlDomNode>> getItems() const;
 
 private:
     ComPointer<IXMLDOMNamedNodeMap> m_map;

@@ -400,7 +400,7 @@ TEST(XmlNodes, HaveAttributes) {
         "<!DOCTYPE r [<!ENTITY e 'x'>]><r a='1' b='&e;&lt;&#10;2\n3' c='' p:a='4' xmlns:p='urn:p'>t</r>");
     const auto root = document.GetRoot();
     const std::pair<const char*, const char*> values[] = {
-        {"a", "1"}, {"b", "x<\n2 3"}, {"c", ""}, {"p:a", "4"}};
+        {"a", "1"}, {"b", "x<\n2 3"}, {"c", ""}, {"p:a", "4"}, {"xmlns:p", "urn:p"}};
     for (const auto& [name, expected] : values) {
         CXString value = NV_TEXT("before");
         EXPECT_TRUE(root->GetAttribute(Text(name), value)) << name;
