@@ -21,6 +21,7 @@
 #include "utilities/attributebytes/globalcaches.h"
 #include "utilities/attributebytes/persistentattributes.h"
 #include "utilities/compression/cabcompressedbuffer.h"
+#include "utilities/compression/cabinetunpacker.h"
 #include "utilities/compression/compressedbuffer.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 #include "utilities/debuggingandexceptions/executioncontext.h"

@@ -20,6 +20,7 @@
 #include "utilities/compression/cabcompressioncontext.h"
 #include "utilities/compression/cabdecompressioncontext.h"
 #include "utilities/compression/cabinetentrypath.h"
+#include "utilities/compression/cabinetlayout.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
 namespace {
@@ -79,6 +80,21 @@ ByteBuffer ReadCabinet(const CXString& name) {
         NV_THROW(ExceptionReadFile, "CabinetUnpacker::ReadCabinet", __LINE__, NV_TEXT("%s cannot be read"),
                  name);
     return bytes;
+}
+
+/// The files of a cabinet that is sound.
+std::vector<CabinetEntry> ReadEntries(const CXString& name, const ByteBuffer& bytes) {
+    constexpr BYTE nothing = 0;
+    CabBufferAsFile source(sourceName, bytes.empty() ? &nothing : bytes.data(),
+                           static_cast<DWORD>(bytes.size()));
+    int error = 0;
+    const std::unique_ptr<CabOpenFile> file = source.OpenCabFile(cabOpenReadOnly | cabOpenBinary, 0, error);
+    std::vector<CabinetEntry> entries;
+    const cabinet::FDIERROR fault = ReadCabinetEntries(*file, entries);
+    if (fault != cabinet::FDIERROR_NONE)
+        NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadEntries", __LINE__, NV_TEXT("%s: %ld: %s"), name,
+                 static_cast<LONG>(fault), GetFdiErrorText(fault));
+    return entries;
 }
 
 /// Throws when an operation of the system on a path has failed.
@@ -228,11 +244,11 @@ private:
 /// Expands a checked cabinet into a staging folder through the cabinet library.
 class Expansion {
 public:
-    Expansion(const CXString& name, const ByteBuffer& bytes, const std::vector<CabinetEntry>& entries,
+    Expansion(const CXString& name, const ByteBuffer& bytes, const std::vector<std::string>& fileNames,
               const std::vector<CabinetFile>& files, StagingFolder& staging)
         : m_name(name),
           m_source(sourceName, bytes.data(), static_cast<DWORD>(bytes.size())),
-          m_entries(entries),
+          m_fileNames(fileNames),
           m_files(files),
           m_staging(staging),
           m_outer(std::exchange(s_current, this)) {}
@@ -296,7 +312,7 @@ private:
                 return 0;
             case cabinet::fdintCOPY_FILE:
                 // What the library reads must be what has been checked.
-                if (m_finished >= m_files.size() || notification.psz1 != m_entries[m_finished].name)
+                if (m_finished >= m_files.size() || notification.psz1 != m_fileNames[m_finished])
                     return cabinet::invalidFileHandle;
                 m_staged = new StagedFile(m_staging, m_finished, m_files[m_finished]);
                 return Keep(std::unique_ptr<CabOpenFile>(m_staged));
@@ -369,7 +385,7 @@ private:
 
     const CXString& m_name;  ///< For messages.
     CabBufferAsFile m_source;
-    const std::vector<CabinetEntry>& m_entries;
+    const std::vector<std::string>& m_fileNames;
     const std::vector<CabinetFile>& m_files;
     StagingFolder& m_staging;
     Expansion* m_outer;
@@ -409,43 +425,28 @@ CabinetUnpacker::CabinetUnpacker(ByteBuffer cabinet, const CabinetLimits& limits
 
 CabinetUnpacker::CabinetUnpacker(const CXString& name, ByteBuffer cabinet, const CabinetLimits& limits)
     : m_name(name), m_cabinet(std::move(cabinet)) {
-    CheckCabinet(limits);
-    ReadPaths();
+    ReadFiles(limits);
     CheckPathsDiffer();
 }
 
 CabinetUnpacker::~CabinetUnpacker() = default;
 
-void CabinetUnpacker::CheckCabinet(const CabinetLimits& limits) {
-    constexpr BYTE nothing = 0;
-    CabBufferAsFile source(sourceName, m_cabinet.empty() ? &nothing : m_cabinet.data(),
-                           static_cast<DWORD>(m_cabinet.size()));
-    int error = 0;
-    const std::unique_ptr<CabOpenFile> file = source.OpenCabFile(cabOpenReadOnly | cabOpenBinary, 0, error);
-    const cabinet::FDIERROR fault = ReadCabinetEntries(*file, m_entries);
-    if (fault != cabinet::FDIERROR_NONE)
-        NV_THROW(ExceptionCompression, "CabinetUnpacker::CheckCabinet", __LINE__, NV_TEXT("%s: %ld: %s"),
-                 m_name, static_cast<LONG>(fault), GetFdiErrorText(fault));
-
+void CabinetUnpacker::ReadFiles(const CabinetLimits& limits) {
     std::uint64_t total = 0;
-    for (const CabinetEntry& entry : m_entries)
-        total += entry.size;
-    if (total > limits.totalSize || total / std::max<std::uint64_t>(limits.ratio, 1) > m_cabinet.size())
-        NV_THROW(ExceptionCompression, "CabinetUnpacker::CheckCabinet", __LINE__,
-                 NV_TEXT("%s: %I64d bytes expand to %I64d bytes"), m_name,
-                 static_cast<std::int64_t>(m_cabinet.size()), static_cast<std::int64_t>(total));
-}
-
-void CabinetUnpacker::ReadPaths() {
-    m_files.reserve(m_entries.size());
-    for (const CabinetEntry& entry : m_entries) {
+    for (CabinetEntry& entry : ReadEntries(m_name, m_cabinet)) {
         CabinetFile& file = m_files.emplace_back();
         file.size = entry.size;
-        const WChar* const fault = ReadCabinetEntryPath(entry, file.path);
-        if (fault != nullptr)
-            NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadPaths", __LINE__,
+        total += entry.size;
+        if (const WChar* const fault = ReadCabinetEntryPath(entry, file.path)) {
+            NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadFiles", __LINE__,
                      NV_TEXT("%s: the name %S %s"), m_name, entry.name.c_str(), fault);
+        }
+        m_fileNames.push_back(std::move(entry.name));
     }
+    if (total > limits.totalSize || total / std::max<std::uint64_t>(limits.ratio, 1) > m_cabinet.size())
+        NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadFiles", __LINE__,
+                 NV_TEXT("%s: %I64d bytes expand to %I64d bytes"), m_name,
+                 static_cast<std::int64_t>(m_cabinet.size()), static_cast<std::int64_t>(total));
 }
 
 void CabinetUnpacker::CheckPathsDiffer() const {
@@ -476,7 +477,7 @@ void CabinetUnpacker::UnpackTo(const CXString& targetFolder) const {
     }
 
     StagingFolder staging(target, targetFolder);
-    Expansion(m_name, m_cabinet, m_entries, m_files, staging).Run();
+    Expansion(m_name, m_cabinet, m_fileNames, m_files, staging).Run();
 
     FolderWalk after(target, FolderWalk::Missing::Create);
     for (std::size_t i = 0; i < m_files.size(); ++i) {

@@ -2,10 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "platform/types.h"
-#include "utilities/compression/cabinetlayout.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
 #include "utilities/utilitiesdll/cxstring.h"
 
@@ -26,7 +26,7 @@ struct CabinetFile {
 ///
 /// A cabinet holds one file or more in folders that are stored or compressed with MSZIP, LZX or Quantum. It
 /// is refused when
-/// - its structure is not sound (see ReadCabinetEntries) or it belongs to a set of several cabinets;
+/// - its structure is not sound or it belongs to a set of several cabinets;
 /// - a name might lead out of the target folder or to a device (see ReadCabinetEntryPath);
 /// - two files have one path, where the case of ASCII letters does not count, or a file stands where another
 ///   one needs a folder;
@@ -72,12 +72,11 @@ public:
 
 private:
     CabinetUnpacker(const CXString& name, ByteBuffer cabinet, const CabinetLimits& limits);
-    void CheckCabinet(const CabinetLimits& limits);
-    void ReadPaths();
+    void ReadFiles(const CabinetLimits& limits);
     void CheckPathsDiffer() const;
 
     CXString m_name;  ///< For messages.
     ByteBuffer m_cabinet;
-    std::vector<CabinetEntry> m_entries;
-    std::vector<CabinetFile> m_files;  ///< Of the same index as the entries.
+    std::vector<CabinetFile> m_files;
+    std::vector<std::string> m_fileNames;  ///< Of the same files, as they stand in the cabinet.
 };
