@@ -75,7 +75,8 @@ void MakeCommand(ToolRun& run, const Choice& choice) {
     if (!isFound) {
         NV_THROW(ExceptionFeatureNotFound, "MakeCommand", __LINE__,
                  NV_TEXT("model \"%s\" has no %s command for option \"%s\" of feature \"%s\""),
-                 FromUtf8(choice.model), FromUtf8(choice.type), FromUtf8(choice.option), FromUtf8(choice.feature));
+                 FromUtf8(choice.model), FromUtf8(choice.type), FromUtf8(choice.option),
+                 FromUtf8(choice.feature));
     }
     run.subject.clear();
     WriteOutput(run, choice.output, bytes);
