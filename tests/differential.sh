@@ -195,6 +195,29 @@ compare settings-export settings export --printer "No such printer"
 compare settings-damaged settings import --printer "No such printer" inputs/cut.state
 compare settings-wrong settings set --printer "No such printer" '{"id": {}}'
 compare settings-usage settings get
+
+# With a printer in both, each takes over what either exported. Off Windows the name alone makes it.
+if [[ $(basename "${other[0]}") == wine* ]]; then
+    printer="Differential test $$"
+    printerKey="HKLM\\System\\CurrentControlSet\\Control\\Print\\Printers\\$printer"
+    trap '"${other[0]}" reg delete "$printerKey" /f >/dev/null 2>&1; rm -rf "$work"' EXIT
+    for value in "Name=$printer" "Printer Driver=none" "Port=FILE:" "Print Processor=WinPrint" "Datatype=RAW"; do
+        "${other[0]}" reg add "$printerKey" /v "${value%%=*}" /d "${value#*=}" /f >/dev/null 2>&1
+    done
+    input=$settings
+    compare exchange-set settings set --printer "$printer" -
+    unset input
+    runBoth exchange-export settings export --printer "$printer"
+    for maker in native other; do
+        cp "$maker/exchange-export.out" "inputs/exported-by-$maker"
+        compare "exchange-change-$maker" settings set --printer "$printer" '{"id": {"feature": 1}, "value": {"integer": 3}}'
+        compare "exchange-import-$maker" settings import --printer "$printer" "inputs/exported-by-$maker"
+        compare "exchange-get-$maker" settings get --printer "$printer"
+        report "what $maker exported is imported whole" \
+            "$(grep -q '"feature"' "native/exchange-get-$maker.out" && echo yes || echo no)"
+    done
+fi
+
 head -c 100001 /dev/zero | tr '\0' 'x' >inputs/odd-length
 for value in crc hash checksum; do
     compare "$value" $value inputs/whole.state inputs/odd-length inputs/no-such-file

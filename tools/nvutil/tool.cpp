@@ -23,7 +23,7 @@ constexpr auto description =
 // argument has.
 constexpr char mark = '\0';
 
-std::string WithoutMark(std::string argument) {
+std::string WithoutMark(const std::string& argument) {
     return argument.starts_with(mark) ? argument.substr(1) : argument;
 }
 
