@@ -2,6 +2,7 @@
 #include "environment/ampcommand.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace {
 
@@ -291,6 +292,34 @@ static_assert(std::adjacent_find(commands.begin(), commands.end(),
                                  }) == commands.end());
 static_assert(std::all_of(commands.begin(), commands.end(), IsEntityName));
 
+/// The four characters behind the "&" as one number, which orders names as far as these go.
+constexpr std::uint64_t PrefixOf(TextView name) {
+    std::uint64_t prefix = 0;
+    for (std::size_t i = 1; i <= 4; ++i)
+        prefix = prefix << 16 | (i < name.size() ? name[i] : 0U);
+    return prefix;
+}
+
+constexpr std::array<std::uint64_t, ampCommandCount> Prefixes() {
+    std::array<std::uint64_t, ampCommandCount> prefixes{};
+    std::transform(commands.begin(), commands.end(), prefixes.begin(),
+                   [](const AMPCMD& command) { return PrefixOf(NameOf(command)); });
+    return prefixes;
+}
+
+constexpr std::array<std::uint64_t, ampCommandCount> prefixes = Prefixes();
+
+/// The first entry whose prefix is not less. Which way each step goes nobody can foretell, so none is a jump.
+std::size_t FindPrefix(std::uint64_t prefix) {
+    const std::uint64_t* first = prefixes.data();
+    for (std::size_t left = ampCommandCount; left > 0;) {
+        const std::size_t half = (left + 1) / 2;
+        first += first[half - 1] < prefix ? half : 0;
+        left -= half;
+    }
+    return static_cast<std::size_t>(first - prefixes.data());
+}
+
 }  // namespace
 
 const std::array<AMPCMD, ampCommandCount>& GetAmpCommands() {
@@ -298,8 +327,12 @@ const std::array<AMPCMD, ampCommandCount>& GetAmpCommands() {
 }
 
 const AMPCMD* FindAmpCommand(TextView name) {
-    const auto found =
-        std::lower_bound(commands.begin(), commands.end(), name,
+    const std::uint64_t prefix = PrefixOf(name);
+    const std::size_t first = FindPrefix(prefix);
+    if (first == ampCommandCount || prefixes[first] != prefix) return nullptr;
+    const AMPCMD* const last = commands.data() + FindPrefix(prefix + 1);
+    const AMPCMD* const found =
+        std::lower_bound(commands.data() + first, last, name,
                          [](const AMPCMD& command, TextView wanted) { return NameOf(command) < wanted; });
-    return found != commands.end() && NameOf(*found) == name ? &*found : nullptr;
+    return found != last && NameOf(*found) == name ? found : nullptr;
 }

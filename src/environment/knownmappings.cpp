@@ -9,8 +9,9 @@ MappingData KnownMappings::Entry::GetMapping() const {
 }
 
 void KnownMappings::Add(const Text& printer, const Text& source, std::unique_ptr<const ModelTable> table) {
-    for (std::size_t i = 0; i < table->GetCount(); ++i)
-        m_models.emplace(table->GetModel(i));
+    for (std::size_t i = 0; i < table->GetCount(); ++i) {
+        if (!m_models.contains(table->GetModel(i))) m_models.emplace(table->GetModel(i));
+    }
 
     std::vector<Source>& sources = m_byPrinter[printer];
     if (!source.empty()) std::erase_if(sources, [](const Source& each) { return each.name.empty(); });
@@ -49,7 +50,7 @@ std::vector<KnownMappings::Entry> KnownMappings::GetEntries(const Text& printer,
     std::vector<Entry> entries;
     const auto sources = m_byPrinter.find(printer);
     if (sources == m_byPrinter.end()) return entries;
-    std::set<TextView> seen;
+    std::unordered_set<TextView, TextHash> seen;
     for (const Source& source : sources->second) {
         if (!source.name.starts_with(folder)) continue;
         for (std::size_t i = 0; i < source.table->GetCount(); ++i) {

@@ -4,11 +4,13 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <set>
+#include <optional>
+#include <unordered_set>
 #include <vector>
 
 #include "environment/mappingdata.h"
 #include "environment/modeltable.h"
+#include "environment/texthash.h"
 #include "environment/textview.h"
 #include "platform/text.h"
 
@@ -17,6 +19,7 @@
 class KnownMappings {
 public:
     using Text = platform::Text;
+    using ModelNames = std::unordered_set<Text, TextHash, std::equal_to<>>;
 
     /// One model of one table.
     struct Entry {
@@ -40,8 +43,8 @@ public:
     std::optional<Entry> FindByValue(const Text& printer, TextView key, TextView value) const;
     /// The entries of a printer whose sources begin with `folder`, in their order, each model once.
     std::vector<Entry> GetEntries(const Text& printer, TextView folder) const;
-    /// The names of all models that were ever added.
-    const std::set<Text>& GetModels() const { return m_models; }
+    /// The names of all models that were ever added, in no particular order.
+    const ModelNames& GetModels() const { return m_models; }
 
 private:
     struct Source {
@@ -50,5 +53,5 @@ private:
     };
 
     std::map<Text, std::vector<Source>> m_byPrinter;
-    std::set<Text> m_models;
+    ModelNames m_models;
 };

@@ -7,8 +7,10 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
+#include "environment/texthash.h"
 #include "environment/textview.h"
 #include "platform/text.h"
 
@@ -120,6 +122,6 @@ private:
     std::vector<OwnBlock> m_ownBlocks;
     std::vector<CommonBlock> m_commonBlocks;
     std::vector<Model> m_models;
-    std::map<TextView, std::size_t> m_byName;
+    std::unordered_map<TextView, std::size_t, TextHash> m_byName;
     mutable std::map<platform::Text, ValueIndex, std::less<>> m_byValue;
 };

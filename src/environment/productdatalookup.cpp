@@ -120,16 +120,16 @@ bool ProductData::GetPath(InfoType type, CXString& out) {
 
 bool ProductData::GetPath(const CXString& key, CXString& out) {
     const OwnedCriticalResource lock(GetLock());
-    const CXString wanted = key;  // `out` may be the same string
+    if (!m_folder.IsEmpty()) return GetMapFilePathFromRegistry(key, out, true);
     out.Empty();
-    return !m_folder.IsEmpty() && GetMapFilePathFromRegistry(wanted, out, true);
+    return false;
 }
 
 bool ProductData::GetMapFilePathFromRegistry(const CXString& key, CXString& out, bool isWholePath) {
     const OwnedCriticalResource lock(GetLock());
-    const CXString wanted = key;
-    out.Empty();
-    const CXString value = GetValue(wanted);
+    const CXString value = GetValue(key);
+    const bool isInFamily = key != familyPathKey;
+    out.Empty();  // only now: it may be the key
     const auto relative = productfiles::RelativePath(ViewOf(value));
     if (!relative) return false;
     if (!isWholePath) {
@@ -137,7 +137,7 @@ bool ProductData::GetMapFilePathFromRegistry(const CXString& key, CXString& out,
         return true;
     }
     const auto family = productfiles::RelativePath(ViewOf(GetValue(familyPathKey)));
-    if (family && wanted != familyPathKey)
+    if (family && isInFamily)
         out = productfiles::JoinPath(productfiles::JoinPath(m_folder, *family), *relative);
     if (!Exists(out)) out = productfiles::JoinPath(m_folder, *relative);
     return true;

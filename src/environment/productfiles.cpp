@@ -128,7 +128,7 @@ std::optional<CXString> RelativePath(TextView path) {
             std::find_if(path.begin() + static_cast<std::ptrdiff_t>(begin), path.end(), IsSeparator);
         const TextView name(path.data() + begin, static_cast<std::size_t>(end - path.begin()) - begin);
         begin += name.size() + 1;
-        if (name == NV_TEXT(".")) continue;
+        if (name == NV_TEXT(".") || (name.empty() && !result.IsEmpty())) continue;
         if (!IsPlainName(name)) return std::nullopt;
         if (!result.IsEmpty()) result += separator;
         result += StringOf(name);

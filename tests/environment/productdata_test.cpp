@@ -153,14 +153,14 @@ TEST(ProductData, ResolvesPathsInsideItsFolderOnly) {
     folder.Write("a.map",
                  "Model:A\nFAMPATH:family\nIN:in-family\nOUT:not-in-family\nDEEP:.\\x/y\\\\z\n"
                  "UP:a/../../b\nDOTS:a/.. /b\nROOT:/etc/passwd\nDRIVE:c:\\x\nSHARE:\\\\host\\x\nSTREAM:x:y\n"
-                 "HERE:.\nSPACED: x\n");
+                 "HERE:./\nSLASH:.//x\nSPACED: x\n");
     ProductData data(nullptr, folder.GetName(), ProductData::ModelTypeName, NV_TEXT("A"));
     const std::pair<const WChar*, const char*> cases[] = {
         {NV_TEXT("IN"), "/family/in-family"},
         {NV_TEXT("OUT"), "/not-in-family"},
         {NV_TEXT("FAMPATH"), "/family"},
         {NV_TEXT("SPACED"), "/ x"},
-        {NV_TEXT("DEEP"), "-"},
+        {NV_TEXT("DEEP"), "/x/y/z"},
         {NV_TEXT("UP"), "-"},
         {NV_TEXT("DOTS"), "-"},
         {NV_TEXT("ROOT"), "-"},
@@ -168,6 +168,7 @@ TEST(ProductData, ResolvesPathsInsideItsFolderOnly) {
         {NV_TEXT("SHARE"), "-"},
         {NV_TEXT("STREAM"), "-"},
         {NV_TEXT("HERE"), "-"},
+        {NV_TEXT("SLASH"), "-"},
         {NV_TEXT("NONE"), "-"},
     };
     for (const auto& [key, path] : cases)

@@ -24,6 +24,9 @@ struct ToolRun {
 /// Stands in front of an argument that is a negative number, which would else be taken for an option.
 constexpr char negativeNumberMark = '\x1F';
 
+/// An argument as it was given, without that mark.
+std::string Unmarked(const std::string& argument);
+
 // Each adds one group of commands, which run once the whole command line has been read.
 void AddStateCommands(CLI::App& app, ToolRun& run);
 void AddBufferCommands(CLI::App& app, ToolRun& run);

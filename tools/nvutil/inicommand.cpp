@@ -66,8 +66,8 @@ std::vector<CXString> TextsOf(const CXString& list) {
 
 void Get(ToolRun& run, const Arguments& arguments) {
     const CXString file = NameOfExisting(run, arguments);
-    const CXString section = FromUtf8(arguments.section);
-    const CXString key = FromUtf8(arguments.key);
+    const CXString section = FromUtf8(Unmarked(arguments.section));
+    const CXString key = FromUtf8(Unmarked(arguments.key));
     const WChar* const none = NV_TEXT("\n.");  // no value holds a line break
     const CXString value = ReadAll([&](WChar* out, DWORD size) {
         return UTF8Ini::GetPrivateProfileStringW(section, key, none, out, size, file);
@@ -80,9 +80,9 @@ void Get(ToolRun& run, const Arguments& arguments) {
 }
 
 void Set(ToolRun& run, const Arguments& arguments) {
-    const CXString section = FromUtf8(arguments.section);
-    const CXString key = FromUtf8(arguments.key);
-    const CXString value = FromUtf8(arguments.value);
+    const CXString section = FromUtf8(Unmarked(arguments.section));
+    const CXString key = FromUtf8(Unmarked(arguments.key));
+    const CXString value = FromUtf8(Unmarked(arguments.value));
     const WChar* const keyOrNone = arguments.isSection ? nullptr : static_cast<const WChar*>(key);
     const WChar* const valueOrNone = arguments.isRemoval ? nullptr : static_cast<const WChar*>(value);
     if (UTF8Ini::WritePrivateProfileStringW(section, keyOrNone, valueOrNone, NameOf(run, arguments)) == 0)
@@ -91,7 +91,7 @@ void Set(ToolRun& run, const Arguments& arguments) {
 
 void ListKeys(ToolRun& run, const Arguments& arguments) {
     const CXString file = NameOfExisting(run, arguments);
-    const CXString section = FromUtf8(arguments.section);
+    const CXString section = FromUtf8(Unmarked(arguments.section));
     const CXString lines = ReadAll(
         [&](WChar* out, DWORD size) { return UTF8Ini::GetPrivateProfileSectionW(section, out, size, file); });
     for (const CXString& line : TextsOf(lines)) {

@@ -31,11 +31,6 @@ struct Choice {
     std::string qualifier = {};
 };
 
-/// An argument as it was given, without the mark in front of what looks like a number.
-std::string Unmarked(const std::string& argument) {
-    return argument.starts_with(negativeNumberMark) ? argument.substr(1) : argument;
-}
-
 CXString TextOf(const std::string& argument) {
     return FromUtf8(Unmarked(argument));
 }

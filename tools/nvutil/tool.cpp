@@ -48,6 +48,10 @@ int ReportUsage(const CLI::App& app, const CLI::ParseError& error, ToolRun& run)
 
 }  // namespace
 
+std::string Unmarked(const std::string& argument) {
+    return argument.starts_with(negativeNumberMark) ? argument.substr(1) : argument;
+}
+
 void ReportRefusal(ToolRun& run, const std::exception& exception) {
     run.error << "nvutil: " << RefusalText(exception, run.subject) << '\n';
     if (run.isVerbose) run.error << ToUtf8(NorvaException::GetExceptionDescription(exception)) << '\n';

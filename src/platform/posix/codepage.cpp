@@ -324,11 +324,20 @@ void Page1252FromWide(CountingWriter<char>& out, const WChar* text, const WChar*
     }
 }
 
-void WideFromPage1252(CountingWriter<WChar>& out, const char* text, const char* end) {
-    for (; text != end; ++text) {
-        const auto byte = static_cast<unsigned char>(*text);
-        out.Put(byte >= 0x80 && byte < 0xA0 ? page1252[byte - 0x80U] : static_cast<WChar>(byte));
+void WideFromPage1252(TrustingWriter<WChar>& out, const char* text, const char* end) {
+    while ((text = out.PutAscii(text, end)) != end) {
+        const auto byte = static_cast<unsigned char>(*text++);
+        out.Put(byte < 0xA0 ? page1252[byte - 0x80U] : static_cast<WChar>(byte));
     }
+}
+
+// As many units as bytes; returns 0 when there is no room for them.
+int WideFromPage1252(const char* text, int length, WChar* out, int capacity) {
+    if (capacity == 0) return length;
+    if (out == nullptr || capacity < length) return 0;
+    TrustingWriter<WChar> writer(out);
+    WideFromPage1252(writer, text, text + length);
+    return length;
 }
 
 // Any other code page, through iconv
@@ -401,7 +410,6 @@ void AnsiFromWide(CountingWriter<char>& out, const WChar* text, const WChar* end
 
 void WideFromAnsi(CountingWriter<WChar>& out, const char* text, const char* end) {
     const std::string& encoding = OtherAnsiCodePage();
-    if (encoding.empty()) return WideFromPage1252(out, text, end);
     constexpr std::string_view replacement = "\xFD\xFF";  // of UTF-16LE
     const std::string bytes = Conversion(utf16, encoding.c_str())
                                   .Convert(text, static_cast<std::size_t>(end - text), 1, replacement);
@@ -437,6 +445,8 @@ int WideFromNarrow(CodePage codePage, const char* text, int length, WChar* out, 
         WideFromUtf8(writer, text, text + length);
         return writer.GetCount();
     }
+    if (codePage == CodePage::Ansi && OtherAnsiCodePage().empty())
+        return WideFromPage1252(text, length, out, capacity);
     CountingWriter<WChar> writer(out, capacity);
     if (codePage == CodePage::Utf8) {
         WideFromUtf8(writer, text, text + length);
