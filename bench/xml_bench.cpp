@@ -78,7 +78,7 @@ void ReadAndWalk(benchmark::State& run) {
         parser.parse(reinterpret_cast<unsigned char*>(xml.data()), static_cast<DWORD>(xml.size()));
         benchmark::DoNotOptimize(Walk(*parser.getDocument()->getDocumentElement()->getAsDomNode()));
     }
-    run.SetBytesProcessed(static_cast<std::int64_t>(run.iterations() * xml.size()));
+    run.SetBytesProcessed(run.iterations() * static_cast<std::int64_t>(xml.size()));
 }
 BENCHMARK(ReadAndWalk)->DenseRange(Capabilities, Records);
 
@@ -90,7 +90,7 @@ void ReadAndWalkWithLibXml(benchmark::State& run) {
         benchmark::DoNotOptimize(Walk(xmlDocGetRootElement(document)));
         xmlFreeDoc(document);
     }
-    run.SetBytesProcessed(static_cast<std::int64_t>(run.iterations() * xml.size()));
+    run.SetBytesProcessed(run.iterations() * static_cast<std::int64_t>(xml.size()));
 }
 BENCHMARK(ReadAndWalkWithLibXml)->DenseRange(Capabilities, Records);
 
@@ -110,7 +110,7 @@ void WriteOut(benchmark::State& run) {
     Counter counter;
     for (auto _ : run)
         parser.convertToXmlStream(counter);
-    run.SetBytesProcessed(static_cast<std::int64_t>(run.iterations() * counter.GetLength()));
+    run.SetBytesProcessed(run.iterations() * counter.GetLength());
 }
 BENCHMARK(WriteOut)->DenseRange(Capabilities, Records);
 
@@ -126,7 +126,7 @@ void WriteOutWithLibXml(benchmark::State& run) {
         xmlFree(text);
     }
     xmlFreeDoc(document);
-    run.SetBytesProcessed(static_cast<std::int64_t>(run.iterations()) * length);
+    run.SetBytesProcessed(run.iterations() * length);
 }
 BENCHMARK(WriteOutWithLibXml)->DenseRange(Capabilities, Records);
 

@@ -200,7 +200,7 @@ void Reader::OnEndElement(void* context, const xmlChar* name, const xmlChar* pre
 
 XmlParseError Reader::GetError(const CXString& systemId) const {
     const FirstError& first = m_fatal.code != 0 ? m_fatal : m_other;
-    const CXString reason(first.reason);
+    const CXString reason = WideText(first.reason);
     const XmlText& text = first.isInDtd ? m_document.dtd : m_document.text;
     return text.Locate({first.offset, first.code != 0 ? first.code : XmlParseError::malformed, reason},
                        first.isInDtd ? m_document.dtdPath : systemId);

@@ -182,7 +182,8 @@ std::unique_ptr<XmlDomElement> MicrosoftDomElement::appendChild(XmlDomElement& c
     ComPointer<IXMLDOMNode> appended;
     Check(element.appendChild(&Require(Own<MicrosoftDomElement>(child).m_element), appended.Receive()),
           element);
-    return std::make_unique<MicrosoftDomElement>(Query<IXMLDOMElement>(*appended.Get(), IID_IXMLDOMElement));
+    return std::make_unique<MicrosoftDomElement>(
+        Query<IXMLDOMElement>(Require(appended), IID_IXMLDOMElement));
 }
 
 MicrosoftDomNamedNodeMap::MicrosoftDomNamedNodeMap(ComPointer<IXMLDOMNamedNodeMap> map)

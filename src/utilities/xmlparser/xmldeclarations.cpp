@@ -79,7 +79,9 @@ private:
     static constexpr XmlFault tooManyAttributes = {
         0, XmlParseError::limitExceeded, NV_TEXT("Too many attributes are declared for one element.")};
     static constexpr XmlFault tooManyNames = {0, XmlParseError::limitExceeded,
-                                              NV_TEXT("A content model has too many names.")};
+                                              NV_TEXT("A declaration lists too many names.")};
+    static constexpr XmlFault tooComplex = {0, XmlParseError::limitExceeded,
+                                            NV_TEXT("The content models are too complex.")};
 
     /// What a declaration is made of: a name, a literal without its quotes, or a single other character.
     struct Token {
@@ -272,7 +274,10 @@ private:
         Token type = NextToken();
         if (type.Is("NOTATION")) type = NextToken();
         if (!type.Is("(")) return;
-        while (!NextToken().Is(")")) {
+        std::size_t names = 0;
+        for (Token token = NextToken(); !token.Is(")"); token = NextToken()) {
+            names += token.kind == Token::Kind::Name;
+            if (names > xmllimits::enumeration) Refuse(tooManyNames);
         }
     }
 
@@ -283,12 +288,17 @@ private:
         return NextName() == "FIXED" ? std::optional(NextLiteral()) : std::nullopt;
     }
 
+    // What an engine makes of a content model grows with its names and with how often they may stand there.
     void ReadElement() {
         std::size_t names = 0;
+        std::size_t repetitions = 0;
         for (Token token = NextToken(); !token.Is(">"); token = NextToken()) {
             names += token.kind == Token::Kind::Name;
+            repetitions += token.Is("?") || token.Is("*") || token.Is("+");
             if (names > xmllimits::contentNames) Refuse(tooManyNames);
         }
+        m_declarations.m_contentWork += names * repetitions;
+        if (m_declarations.m_contentWork > xmllimits::contentWork) Refuse(tooComplex);
     }
 
     void ReadConditionalSection() {

@@ -61,5 +61,6 @@ private:
     class Reader;
 
     XmlNameMap<std::string> m_parameterEntities;
+    std::size_t m_contentWork = 0;
     std::size_t m_expansion = 0;  ///< Bytes that parameter entities have stood for so far.
 };
