@@ -112,7 +112,10 @@ void ProductData::Initialize(HANDLE printer, const CXString& folder, _ModelType 
     m_printerHandle = printer;
     if (printer != nullptr) m_printer = std::make_unique<Printer>(printer);
     m_folder = folder;
-    if (!folder.IsEmpty()) UpdateRegistryMappings(folder);
+    if (!folder.IsEmpty()) {
+        UpdateRegistryMappings(folder);
+        KeepFolderName();
+    }
     if (!model.IsEmpty()) {
         FindModel(type, model);
     } else if (m_printer != nullptr) {

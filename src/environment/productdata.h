@@ -170,6 +170,56 @@ public:
     /// @throws ExceptionPrinterFailure
     void UpdateRegistryWithProductDataValues();
 
+    // Cabinets of product files. Each is unpacked whole or not at all, and only below its folder; see
+    // CabinetUnpacker for what is refused and for the exceptions, whose messages name the cabinet.
+
+    /// Unpacks a cabinet into a product data folder, which is created where it is missing.
+    static void UnpackProductCabFile(const CXString& cabFile, const CXString& folder);
+    /// Unpacks a cabinet of document type definitions into the folder "DTDs" of a product data folder.
+    static void UnpackDtdCabFile(const CXString& cabFile, const CXString& folder);
+    /// Unpacks a cabinet of Java archives into the folder "V5.0" of a product data folder.
+    static void UnpackJarCabFile(const CXString& cabFile, const CXString& folder);
+    /// Unpacks every cabinet that stands in a folder or below it, in the order of their names: DTD.cab and
+    /// DTDs.cab as UnpackDtdCabFile does, JAR.cab and JARs.cab as UnpackJarCabFile does, every other file
+    /// that ends in ".cab" as UnpackProductCabFile does, all without regard to case. Links are not followed,
+    /// nor are folders more than 32 deep. Ends at the first cabinet that is refused.
+    /// @param target  where the same folders are made for what is unpacked; empty for beside the cabinets
+    /// @return the paths of the cabinets
+    static std::vector<CXString> UnpackCabFilesInAllDirectoriesRecursively(const CXString& folder,
+                                                                           const CXString& target = {});
+    /// Whether every file of a cabinet stands in a product data folder with the size that the cabinet tells.
+    /// @return false too when the cabinet cannot be read or is refused; throws nothing
+    static bool HasProductCabBeenExtracted(const CXString& cabFile, const CXString& folder);
+
+    // Maintenance. What installed printers use is told by their driver data: the folder that Initialize was
+    // given ("ProductDataMappings") and the current model. These throw ExceptionPrinterFailure when that
+    // cannot be read, and then delete nothing.
+
+    /// A value that a printer's driver data keeps for a model.
+    struct PerPrinterRegKey {
+        CXString printer;
+        CXString valueName;  ///< "PDMap-" and the model's name.
+    };
+
+    /// Adds the product data folder of every installed printer that has one.
+    static void EnumerateProductDataFoldersUsedByInstalledDrivers(std::set<CXString>& folders);
+    /// Deletes the folders that no installed printer uses, of those that the folder "Product Data" of a
+    /// folder holds. One is in use when it is a printer's product data folder, lies in one or holds one.
+    /// Links are deleted and not followed; what is a link itself in "Product Data" stays.
+    /// @param dryRun  delete nothing
+    /// @return the paths of the folders
+    /// @throws ExceptionPrinterFailure too when a printer keeps models and does not tell from which folder
+    /// @throws ExceptionOperatingSystemFailure when a folder cannot be listed or deleted; those before it are
+    /// gone
+    static std::vector<CXString> DeleteOrphanedProductDataFolders(const CXString& folder, bool dryRun);
+    /// Adds the values that the installed printers keep for models.
+    static void EnumeratePerPrinterRegKeysForInstalledPrinters(std::vector<PerPrinterRegKey>& keys);
+    /// Deletes those that are for no installed printer's current model. A printer without a current model may
+    /// still choose any, so that all of its own stay.
+    /// @param dryRun  delete nothing
+    /// @return the values
+    static std::vector<PerPrinterRegKey> DeleteOrphanedPerPrinterRegKeys(bool dryRun);
+
     // Commands
 
     /// Makes the command that chooses an option of a feature.
@@ -211,6 +261,7 @@ private:
     static CriticalResource& GetLock();
 
     void Reset();
+    void KeepFolderName();
     CXString GetValue(const CXString& key);
     void SetModel(const MappingData& mapping, const CXString& uniqueId);
     bool FindModel(_ModelType type, const CXString& model);

@@ -238,6 +238,7 @@ struct HandMadeCabinet {
         std::uint32_t size = 0;
         std::uint32_t offset = 0;
         std::uint16_t folder = 0;
+        std::uint16_t attributes = MemoryFiles::fileAttributes;
     };
 
     std::uint16_t flags = 0;
@@ -300,7 +301,7 @@ struct HandMadeCabinet {
             Append(bytes, file.folder);
             Append(bytes, MemoryFiles::fileDate);
             Append(bytes, MemoryFiles::fileTime);
-            Append(bytes, MemoryFiles::fileAttributes);
+            Append(bytes, file.attributes);
             Append(bytes, file.name);
         }
         bytes.insert(bytes.end(), data.begin(), data.end());
@@ -317,6 +318,16 @@ inline HandMadeCabinet OneFile(std::uint16_t compression, std::uint32_t size,
     return cabinet;
 }
 
+/// The bytes of a cabinet with one file that is stored, of up to 32,768 bytes.
+inline std::string StoredFile(const std::string& name, const std::string& content) {
+    const auto size = static_cast<std::uint16_t>(content.size());
+    HandMadeCabinet cabinet =
+        OneFile(platform::cabinet::tcompTYPE_NONE, size, {{{content.begin(), content.end()}, size}});
+    cabinet.files[0].name = name;
+    const Bytes bytes = cabinet.Build();
+    return {bytes.begin(), bytes.end()};
+}
+
 /// An MSZIP payload that stores its data.
 inline Bytes StoredMszip(const Bytes& data) {
     Bytes payload = {'C', 'K', 1};
@@ -329,6 +340,47 @@ inline Bytes StoredMszip(const Bytes& data) {
 /// An MSZIP payload of one match, 258 bytes at the largest distance, 32768, with fixed codes.
 inline Bytes MatchAtLargestDistance() {
     return {'C', 'K', 0x1B, 0xBD, 0xFF, 0x1F, 0x00};
+}
+
+/// A folder of one LZX block with verbatim codes, "printer: ", 17 times "x" and " end".
+inline HandMadeCabinet::Folder LzxFolder() {
+    // clang-format off
+    const Bytes payload = {
+        0x00, 0x10, 0xE1, 0x01, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x0F, 0x00, 0xFF, 0xFF,
+        0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+        0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xF2, 0xFF, 0x00, 0x00,
+        0x00, 0x00, 0x00, 0x00, 0x20, 0x00, 0x07, 0x22, 0xFF, 0x4B, 0xFF, 0xFF, 0x80, 0xF0, 0x00, 0x00,
+        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x7F, 0x88, 0xFF, 0xFF, 0x70, 0xF3, 0x5A, 0xB9, 0xD7, 0x6D,
+        0x2D, 0x4B, 0x75, 0xCA, 0xBC, 0x20, 0x82, 0x2C, 0x6E, 0xCB, 0x00, 0xB2};
+    // clang-format on
+    return {platform::cabinet::tcompTYPE_LZX | 0x0F00, {{payload, 30}}};
+}
+
+/// A folder of one LZX block of plain bytes, which goes on over the cabinet's blocks. Their number is even.
+inline HandMadeCabinet::Folder PlainLzxFolder(const Bytes& data) {
+    const auto size = static_cast<std::uint32_t>(data.size());
+    // No translation of calls, block type 3 and the size in 28 bits of 16-bit words, then three offsets.
+    Bytes head;
+    Append(head, static_cast<std::uint16_t>(0x3000 | size >> 12));
+    Append(head, static_cast<std::uint16_t>(size << 4));
+    for (int i = 0; i < 3; ++i)
+        Append(head, std::uint32_t{1});
+    HandMadeCabinet::Folder folder{platform::cabinet::tcompTYPE_LZX | 0x0F00, {}};
+    for (std::size_t begin = 0; begin < data.size(); begin += 32768) {
+        const std::size_t count = std::min<std::size_t>(32768, data.size() - begin);
+        Bytes payload = begin == 0 ? head : Bytes();
+        payload.insert(payload.end(), data.begin() + static_cast<std::ptrdiff_t>(begin),
+                       data.begin() + static_cast<std::ptrdiff_t>(begin + count));
+        folder.blocks.push_back({payload, static_cast<std::uint16_t>(count)});
+    }
+    return folder;
+}
+
+/// A folder of one Quantum block, "Quantum ", the bytes 00 80 FF, a blank, 16 times "x" and " end".
+inline HandMadeCabinet::Folder QuantumFolder() {
+    const Bytes payload = {0xD1, 0x61, 0x62, 0x7E, 0x1A, 0x5F, 0x29, 0x3B, 0xEF, 0xE5, 0x89, 0x35,
+                           0x25, 0xAD, 0xE5, 0xD9, 0xE8, 0x41, 0x1D, 0x31, 0x00, 0x00, 0x00, 0x00};
+    return {platform::cabinet::tcompTYPE_QUANTUM | 0x0A10, {{payload, 32}}};
 }
 
 /// Bytes without repetitions, the same on every run.

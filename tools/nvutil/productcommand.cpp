@@ -80,4 +80,5 @@ void AddProductCommands(CLI::App& app, ToolRun& run) {
     info->add_option("KEY", choice->keys, "Only the values of these, one a line");
     AddCommand(*group, run, "check", "Read all map and command files and report what is wrong with them",
                std::make_shared<Choice>(), Check);
+    AddProductMaintenanceCommands(*group, run);
 }

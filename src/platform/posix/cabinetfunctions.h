@@ -5,7 +5,9 @@
 // fails
 //   with FCIERR_CAB_FILE; reading a file that goes on in another one ends with fdintNEXT_CABINET and then
 //   FDIERROR_WRONG_CABINET.
-// - Compression is none or MSZIP; others give FCIERR_BAD_COMPR_TYPE or FDIERROR_BAD_COMPR_TYPE.
+// - FCI writes no compression or MSZIP; others give FCIERR_BAD_COMPR_TYPE. FDI also reads LZX and Quantum;
+// others
+//   give FDIERROR_BAD_COMPR_TYPE.
 // - FCI keeps the cabinet in memory until it is flushed; it makes no temporary files. After a failure a
 // context
 //   only waits to be destroyed: every further call fails.

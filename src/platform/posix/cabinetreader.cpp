@@ -7,6 +7,7 @@
 #include "platform/posix/cabinetformat.h"
 #include "platform/posix/cabinetfunctions.h"
 #include "platform/posix/cabinetmemory.h"
+#include "platform/posix/cabinetmspack.h"
 #include "platform/posix/cabinetmszip.h"
 
 namespace platform::cabinet {
@@ -52,18 +53,18 @@ std::size_t ReadUpTo(const FdiCallbacks& callbacks, FileHandle file, BYTE* bytes
 }
 
 // A file opened through the callbacks, to be closed through them.
-class FdiFile {
+class FdiFile final : public FileTarget {
 public:
     FdiFile(const FdiCallbacks& callbacks, FileHandle handle) : m_callbacks(callbacks), m_handle(handle) {}
     FdiFile(const FdiFile&) = delete;
     FdiFile& operator=(const FdiFile&) = delete;
-    ~FdiFile() {
+    ~FdiFile() override {
         if (m_handle != invalidFileHandle) m_callbacks.close(m_handle);
     }
 
     std::size_t Read(BYTE* bytes, std::size_t size) { return ReadUpTo(m_callbacks, m_handle, bytes, size); }
 
-    void Write(const BYTE* bytes, std::size_t size) {
+    void Write(const BYTE* bytes, std::size_t size) override {
         const auto count = static_cast<unsigned>(size);
         if (m_callbacks.write(m_handle, const_cast<BYTE*>(bytes), count) != count) {
             throw Failure{FDIERROR_TARGET_FILE};
@@ -103,7 +104,7 @@ Header DecodeAndCheckHeader(const BYTE* bytes, std::size_t size) {
 }
 
 // The cabinet file: reads at any offset within the cabinet's own size, small ones through a buffer.
-class CabinetFile {
+class CabinetFile final : public CabinetSource {
 public:
     CabinetFile(const FdiCallbacks& callbacks, FileHandle handle) : m_file(callbacks, handle) {}
 
@@ -128,6 +129,12 @@ public:
         } else if (ReadFile(offset, bytes, size) != size) {
             throw Failure{FDIERROR_CORRUPT_CABINET};
         }
+    }
+
+    std::size_t ReadUpTo(std::size_t offset, BYTE* bytes, std::size_t size) override {
+        const std::size_t count = std::min(size, m_size - std::min(offset, m_size));
+        ReadAt(offset, bytes, count);
+        return count;
     }
 
     template <class Structure>
@@ -178,6 +185,20 @@ private:
     BYTE m_buffer[4096];
 };
 
+void CheckCompression(std::uint16_t compression) {
+    constexpr unsigned largestWindow = 21;
+    constexpr unsigned smallestWindows[] = {0, 0, 10, 15};  // as powers of two, by method
+    const unsigned method = compression & compressionMethodMask;
+    const unsigned window = compression >> 8;
+    if (method > tcompTYPE_LZX || window < smallestWindows[method] || window > largestWindow)
+        throw Failure{FDIERROR_BAD_COMPR_TYPE};
+}
+
+bool IsReadThroughMspack(const FolderEntry& folder) {
+    const unsigned method = folder.compression & compressionMethodMask;
+    return method == tcompTYPE_QUANTUM || method == tcompTYPE_LZX;
+}
+
 // One run of FDICopy over one cabinet.
 class CabinetExtraction {
 public:
@@ -199,6 +220,7 @@ private:
     void CheckFile() const;
     std::size_t FolderIndex() const;
     void ExtractTo(FdiFile& target);
+    void ExtractThroughMspack(FdiFile& target);
     void SelectFolder(std::size_t folder, std::size_t offset);
     void ReadBlock();
     const BYTE* DecodeBlock(const DataHeader& header);
@@ -218,6 +240,7 @@ private:
     char m_nextCabinet[maxNameSize] = "";
     char m_nextDisk[maxNameSize] = "";
 
+    std::size_t m_fileNumber = 0;
     FileEntry m_file{};
     char m_fileName[maxNameSize] = "";
 
@@ -230,6 +253,7 @@ private:
     std::size_t m_nextBlock = 0;
     std::size_t m_furthestBlock = 0;
     int m_jumpsBack = 0;
+    MspackExtractor m_mspack;
     const BYTE* m_block = nullptr;
     std::size_t m_blockOffset = 0;
     std::size_t m_blockSize = 0;
@@ -242,13 +266,14 @@ CabinetExtraction::CabinetExtraction(const CabinetReader& reader, FileHandle cab
       m_path(path),
       m_notify(notify),
       m_user(user),
-      m_decoder(reader.memory) {}
+      m_decoder(reader.memory),
+      m_mspack(m_cabinet) {}
 
 void CabinetExtraction::Run() {
     ReadTablesHead();
     SendCabinetInfo();
     std::size_t entryOffset = m_header.firstFileOffset;
-    for (unsigned i = 0; i < m_header.fileCount; ++i) {
+    for (m_fileNumber = 0; m_fileNumber < m_header.fileCount; ++m_fileNumber) {
         entryOffset = ReadFileEntry(entryOffset);
         if (m_file.folder == continuedFromPrevious || m_file.folder == continuedFromPreviousToNext) {
             SendPartialFile();
@@ -351,6 +376,7 @@ void CabinetExtraction::ExtractTo(FdiFile& target) {
     std::size_t offset = m_file.offset;
     std::size_t left = m_file.size;
     SelectFolder(FolderIndex(), offset);
+    if (IsReadThroughMspack(m_folderEntry)) return ExtractThroughMspack(target);
     while (left != 0) {
         if (offset >= m_blockOffset + m_blockSize) {
             ReadBlock();
@@ -364,13 +390,19 @@ void CabinetExtraction::ExtractTo(FdiFile& target) {
     }
 }
 
+// libmspack keeps its own place in a folder, which it leaves only to read another one or to go back.
+void CabinetExtraction::ExtractThroughMspack(FdiFile& target) {
+    m_mspack.Extract(m_fileNumber, m_file, target);
+    m_furthestBlock = std::max(m_furthestBlock, m_mspack.GetFurthestByte());
+    m_blockOffset = m_file.offset + m_file.size;
+}
+
 // Makes a folder's data available from an offset on, going back to the folder's start where that is needed.
 void CabinetExtraction::SelectFolder(std::size_t folder, std::size_t offset) {
     if (folder == m_folder && offset >= m_blockOffset) return;
     m_folderEntry = m_cabinet.ReadAt<FolderEntry>(m_foldersOffset +
                                                   folder * (encodedSize<FolderEntry> + m_reserve.folder));
-    const unsigned method = m_folderEntry.compression & compressionMethodMask;
-    if (method != tcompTYPE_NONE && method != tcompTYPE_MSZIP) throw Failure{FDIERROR_BAD_COMPR_TYPE};
+    CheckCompression(m_folderEntry.compression);
     if (m_folderEntry.dataOffset < m_furthestBlock && ++m_jumpsBack > maxJumpsBack) {
         throw Failure{FDIERROR_CORRUPT_CABINET};
     }

@@ -8,7 +8,6 @@
 #include "utilities/compression/cabcompressioncontext.h"
 #include "utilities/compression/cabdecompressioncontext.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
-#include "utilities/utilitiesdll/ownedcriticalresource.h"
 
 namespace {
 
@@ -16,9 +15,10 @@ constexpr char uncompressedName[] = "//Uncompressed-Data//";
 constexpr char compressedName[] = "//Compressed-Data//";
 constexpr LONG largestZlibOriginal = 32767;
 
-CriticalResource& CompressionLock() {
-    static CriticalResource lock;
-    return lock;
+/// A cabinet as a file. Even one without bytes has a memory, so that the fault is in what it holds.
+CabBufferAsFile CabinetFile(const ByteBuffer& cabinet) {
+    static constexpr BYTE nothing = 0;
+    return {compressedName, cabinet.empty() ? &nothing : cabinet.getLpbyte(), cabinet.getDword()};
 }
 
 }  // namespace
@@ -78,21 +78,20 @@ void CabCompressedBuffer::CompressBuffer(const BYTE* data, DWORD size, ByteBuffe
         NV_THROW(ExceptionCompression, "CabCompressedBuffer::CompressBuffer", __LINE__,
                  NV_TEXT("there is nothing to compress"));
     }
-    const OwnedCriticalResource lock(CompressionLock());
+    const OwnedCriticalResource lock(CabContext::GetOperationLock());
     CabBufferAsFile source(uncompressedName, data, size);
     CabBufferAsFile destination(compressedName, out);
     CabCompressionContext(source, destination).CompressSourceFile();
 }
 
 void CabCompressedBuffer::UncompressBuffer(const ByteBuffer& in, ByteBuffer& out) {
-    if (&in == &out) return UncompressBuffer(ByteBuffer(in), out);
     UncompressBuffer(in, 0, out);
 }
 
 void CabCompressedBuffer::UncompressBuffer(const ByteBuffer& in, LONG originalSize, ByteBuffer& out) {
-    static constexpr BYTE nothing = 0;
-    const OwnedCriticalResource lock(CompressionLock());
-    CabBufferAsFile source(compressedName, in.empty() ? &nothing : in.getLpbyte(), in.getDword());
+    if (&in == &out) return UncompressBuffer(ByteBuffer(in), originalSize, out);
+    const OwnedCriticalResource lock(CabContext::GetOperationLock());
+    CabBufferAsFile source = CabinetFile(in);
     CabBufferAsFile destination(uncompressedName, out);
     CabDecompressionContext context(source, destination);
     if (originalSize > 0) context.ExpectFileSize(static_cast<DWORD>(originalSize));
@@ -123,6 +122,16 @@ bool CabCompressedBuffer::ConvertCompressedDataToNativeFormat(CompressionFormatE
         NV_THROW(ExceptionIncompatibleCompressionFormat,
                  "CabCompressedBuffer::ConvertCompressedDataToNativeFormat", __LINE__);
     return false;
+}
+
+void CabCompressedBuffer::CheckCompressedData(const ByteBuffer& compressed, LONG originalSize) const {
+    const OwnedCriticalResource lock(CabContext::GetOperationLock());
+    ByteBuffer nothing;
+    CabBufferAsFile source = CabinetFile(compressed);
+    CabBufferAsFile destination(uncompressedName, nothing);
+    CabDecompressionContext context(source, destination);
+    if (originalSize > 0) context.ExpectFileSize(static_cast<DWORD>(originalSize));
+    context.CheckSourceFile();
 }
 
 bool CabCompressedBuffer::TryToConvertZlibData(int setting, LONG originalSize, ByteBuffer& data) {

@@ -8,6 +8,11 @@
 
 namespace cabinet = platform::cabinet;
 
+CriticalResource& CabContext::GetOperationLock() {
+    static CriticalResource lock;
+    return lock;
+}
+
 CabContext::CabContext(CabAbstractFile& source, CabAbstractFile& destination)
     : m_source(source), m_destination(destination) {
     m_fileObjectManager.AddFile(source);

@@ -6,6 +6,7 @@
 #include "utilities/compression/cababstractfile.h"
 #include "utilities/compression/cabfileobjectmanager.h"
 #include "utilities/utilitiesdll/cxstring.h"
+#include "utilities/utilitiesdll/ownedcriticalresource.h"
 
 /// Bytes that a name may have in the cabinet library's interface, its terminator included.
 inline constexpr int cabNameCapacity = 256;
@@ -53,6 +54,9 @@ public:
     static platform::cabinet::FdiIsCabinetFunction GetFdiIsCabinetPfn();
     static platform::cabinet::FdiCopyFunction GetFdiCopyPfn();
     static platform::cabinet::FdiDestroyFunction GetFdiDestroyPfn();
+
+    /// The lock that whoever runs an operation holds for its whole duration: one at a time in the process.
+    static CriticalResource& GetOperationLock();
 
     CabFileObjectManager& GetCabFileObjectManager() { return m_fileObjectManager; }
     platform::cabinet::ERF& GetErrorInfo() { return m_errorInfo; }

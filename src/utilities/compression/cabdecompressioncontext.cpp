@@ -63,6 +63,12 @@ public:
 
 }  // namespace
 
+const WChar* GetFdiErrorText(int operationError) {
+    const auto index = static_cast<std::size_t>(operationError);  // a negative code becomes a large index
+    return index < operationErrorTexts.size() ? operationErrorTexts[index]
+                                              : NV_TEXT("Unknown FDIERROR_XXX value");
+}
+
 CabFdiCallbacks::~CabFdiCallbacks() = default;
 
 CabDecompressionContext::CabDecompressionContext(CabAbstractFile& source, CabAbstractFile& destination)
@@ -75,11 +81,19 @@ void CabDecompressionContext::ExpectFileSize(DWORD size) {
 }
 
 void CabDecompressionContext::DecompressSourceFile() {
+    Run(true);
+}
+
+void CabDecompressionContext::CheckSourceFile() {
+    Run(false);
+}
+
+void CabDecompressionContext::Run(bool extracts) {
     const CurrentContextScope scope(*this);
     try {
         OpenCabinetContext();
         ValidateCabinet();
-        DecompressCabinetFile();
+        if (extracts) DecompressCabinetFile();
     } catch (...) {
         CloseCabinetContext(false);
         throw;
@@ -154,9 +168,7 @@ void CabDecompressionContext::CloseCabinetContext(bool success) {
 }
 
 CXString CabDecompressionContext::CreateDisplayStringFromOperationError(int operationError) const {
-    const auto index = static_cast<std::size_t>(operationError);  // a negative code becomes a large index
-    return index < operationErrorTexts.size() ? operationErrorTexts[index]
-                                              : NV_TEXT("Unknown FDIERROR_XXX value");
+    return GetFdiErrorText(operationError);
 }
 
 CabDecompressionContext::FileHandle CabDecompressionContext::DoFdiNotify(

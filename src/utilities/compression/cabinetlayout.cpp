@@ -1,10 +1,11 @@
-// CheckCabinetLayout: one pass over a cabinet's header, entries and block headers.
+// CheckCabinetLayout and ReadCabinetEntries: one pass over a cabinet's header, entries and block headers.
 #include "utilities/compression/cabinetlayout.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <utility>
 
 #include "utilities/compression/mszippayload.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
@@ -28,6 +29,7 @@ constexpr std::uint32_t blockHeaderSize = 8;
 constexpr std::uint32_t largestBlock = 32768;
 constexpr std::uint32_t largestPayload = largestBlock + 6144;  // what the format allows for expansion
 constexpr BYTE blockSignature[] = {'C', 'K'};
+constexpr WORD compressionMethodMask = 0x0F;
 
 WORD WordAt(const BYTE* bytes) {
     return static_cast<WORD>(bytes[0] | bytes[1] << 8);
@@ -37,20 +39,70 @@ std::uint32_t DwordAt(const BYTE* bytes) {
     return WordAt(bytes) | static_cast<std::uint32_t>(WordAt(bytes + 2)) << 16;
 }
 
+/// What a folder's entry tells, and what its blocks hold together.
+struct CheckedFolder {
+    std::uint32_t blocksBegin;
+    unsigned blockCount;
+    WORD compression;
+    std::uint64_t size;  ///< Uncompressed.
+};
+
+/// A file's entry.
+struct CheckedFile {
+    CabinetEntry entry;
+    std::uint32_t offset;  ///< In the folder's uncompressed data.
+    WORD folder;
+};
+
+/// Whether there is such a method with such a window.
+bool IsKnownCompression(WORD compression) {
+    constexpr int largestWindow = 21;  // as a power of two
+    const int window = compression >> 8;
+    switch (compression & compressionMethodMask) {
+        case tcompTYPE_QUANTUM:
+            return window >= 10 && window <= largestWindow;
+        case tcompTYPE_LZX:
+            return window >= 15 && window <= largestWindow;
+        default:
+            return compression == tcompTYPE_NONE || compression == tcompTYPE_MSZIP;
+    }
+}
+
 /// Checks one cabinet from front to back. Every step returns the code of the fault it found.
 class LayoutChecker {
 public:
     explicit LayoutChecker(CabOpenFile& file) : m_file(file) {}
 
+    /// Any cabinet; see ReadCabinetEntries.
     FDIERROR Check() {
         FDIERROR fault = CheckHeader();
-        if (fault == FDIERROR_NONE) fault = CheckFolder();
-        if (fault == FDIERROR_NONE) fault = CheckFile();
-        if (fault == FDIERROR_NONE) fault = CheckBlocks();
-        return fault;
+        if (fault == FDIERROR_NONE) fault = CheckFolders();
+        if (fault == FDIERROR_NONE) fault = CheckFiles();
+        for (CheckedFolder& folder : m_folders) {
+            if (fault == FDIERROR_NONE) fault = CheckBlocks(folder);
+        }
+        return fault == FDIERROR_NONE ? CheckExtents() : fault;
     }
 
-    std::uint32_t GetFileSize() const { return m_fileSize; }
+    /// A cabinet that the library itself makes; see CheckCabinetLayout.
+    FDIERROR CheckSingleFile() {
+        m_isSingleFile = true;
+        const FDIERROR fault = Check();
+        if (fault != FDIERROR_NONE) return fault;
+        const bool endsWithItsBlocks = m_folders[0].blockCount == 0 || m_position == m_cabinetSize;
+        const bool isWhole = m_files[0].entry.size == m_folders[0].size && endsWithItsBlocks;
+        return isWhole ? FDIERROR_NONE : FDIERROR_CORRUPT_CABINET;
+    }
+
+    std::uint32_t GetFileSize() const { return m_files.empty() ? 0 : m_files[0].entry.size; }
+
+    std::vector<CabinetEntry> TakeEntries() {
+        std::vector<CabinetEntry> entries;
+        entries.reserve(m_files.size());
+        for (CheckedFile& file : m_files)
+            entries.push_back(std::move(file.entry));
+        return entries;
+    }
 
 private:
     struct Block {
@@ -70,95 +122,129 @@ private:
         if (DwordAt(header) != signature) return FDIERROR_NOT_A_CABINET;
         if (WordAt(header + 24) != version) return FDIERROR_UNKNOWN_CABINET_VERSION;
         m_cabinetSize = DwordAt(header + 8);
-        m_fileEntryBegin = DwordAt(header + 16);
+        m_position = DwordAt(header + 16);
+        m_folderCount = WordAt(header + 26);
+        m_fileCount = WordAt(header + 28);
         const WORD flags = WordAt(header + 30);
         if (m_cabinetSize > static_cast<std::uint32_t>(length)) return FDIERROR_CORRUPT_CABINET;
         if ((flags & (flagPreviousCabinet | flagNextCabinet)) != 0) return FDIERROR_USER_ABORT;
-        if (WordAt(header + 26) != 1 || WordAt(header + 28) != 1 || (flags & ~knownFlags) != 0)
+        if (m_folderCount == 0 || m_fileCount == 0 || (flags & ~knownFlags) != 0)
             return FDIERROR_CORRUPT_CABINET;
-        m_folderEntryBegin = headerSize;
+        if (m_isSingleFile && (m_folderCount != 1 || m_fileCount != 1)) return FDIERROR_CORRUPT_CABINET;
+        m_foldersBegin = headerSize;
         if ((flags & flagReservedAreas) == 0) return FDIERROR_NONE;
 
         BYTE sizes[reserveSizesSize];
         if (!ReadAt(headerSize, sizes)) return FDIERROR_CORRUPT_CABINET;
-        m_folderEntryBegin += reserveSizesSize + WordAt(sizes);
+        m_foldersBegin += reserveSizesSize + WordAt(sizes);
         m_folderReserve = sizes[2];
         m_blockReserve = sizes[3];
         return FDIERROR_NONE;
     }
 
-    FDIERROR CheckFolder() {
-        BYTE entry[folderEntrySize];
-        if (!ReadAt(m_folderEntryBegin, entry)) return FDIERROR_CORRUPT_CABINET;
-        m_blocksBegin = DwordAt(entry);
-        m_blockCount = WordAt(entry + 4);
-        const WORD compression = WordAt(entry + 6);
-        m_isStored = compression == tcompTYPE_NONE;
-        return m_isStored || compression == tcompTYPE_MSZIP ? FDIERROR_NONE : FDIERROR_BAD_COMPR_TYPE;
+    FDIERROR CheckFolders() {
+        std::uint64_t position = m_foldersBegin;
+        for (unsigned i = 0; i < m_folderCount; ++i) {
+            BYTE bytes[folderEntrySize];
+            if (!ReadAt(position, bytes)) return FDIERROR_CORRUPT_CABINET;
+            const WORD compression = WordAt(bytes + 6);
+            const bool isPlain = compression == tcompTYPE_NONE || compression == tcompTYPE_MSZIP;
+            if (m_isSingleFile ? !isPlain : !IsKnownCompression(compression)) return FDIERROR_BAD_COMPR_TYPE;
+            m_folders.push_back({DwordAt(bytes), WordAt(bytes + 4), compression, 0});
+            position += folderEntrySize + m_folderReserve;
+        }
+        return m_position < position ? FDIERROR_CORRUPT_CABINET : FDIERROR_NONE;
     }
 
-    FDIERROR CheckFile() {
-        BYTE entry[fileEntrySize];
-        const std::uint64_t entriesEnd = m_folderEntryBegin + folderEntrySize + m_folderReserve;
-        if (m_fileEntryBegin < entriesEnd || !ReadAt(m_fileEntryBegin, entry))
-            return FDIERROR_CORRUPT_CABINET;
-        m_fileSize = DwordAt(entry);
-        const bool wholeFolder = DwordAt(entry + 4) == 0 && WordAt(entry + 8) == 0;
-        return wholeFolder && CheckName(m_fileEntryBegin + std::uint64_t{fileEntrySize})
-                   ? FDIERROR_NONE
-                   : FDIERROR_CORRUPT_CABINET;
+    FDIERROR CheckFiles() {
+        for (unsigned i = 0; i < m_fileCount; ++i) {
+            BYTE bytes[fileEntrySize];
+            if (!ReadAt(m_position, bytes)) return FDIERROR_CORRUPT_CABINET;
+            m_position += fileEntrySize;
+            CheckedFile& file = m_files.emplace_back();
+            file.entry.size = DwordAt(bytes);
+            file.offset = DwordAt(bytes + 4);
+            file.folder = WordAt(bytes + 8);
+            file.entry.attributes = WordAt(bytes + 14);
+            if (file.folder >= m_folderCount || !ReadName(file.entry.name)) return FDIERROR_CORRUPT_CABINET;
+        }
+        return FDIERROR_NONE;
     }
 
-    /// A name of 1 to 255 bytes and its terminator, followed by the blocks or by a gap.
-    bool CheckName(std::uint64_t begin) {
+    /// A name of 1 to 255 bytes and its terminator.
+    bool ReadName(std::string& out) {
         BYTE name[maxCabinetName];
-        if (begin > m_cabinetSize) return false;
-        const auto room = std::min<std::uint64_t>(sizeof name, m_cabinetSize - begin);
-        if (!ReadAt(begin, std::span(name).first(room))) return false;
+        if (m_position > m_cabinetSize) return false;
+        const auto room = std::min<std::uint64_t>(sizeof name, m_cabinetSize - m_position);
+        if (!ReadAt(m_position, std::span(name).first(room))) return false;
         const void* const terminator = std::memchr(name, 0, room);
         if (terminator == nullptr || terminator == name) return false;
-        m_entriesEnd = begin + static_cast<std::uint64_t>(static_cast<const BYTE*>(terminator) - name) + 1;
+        const auto* const end = static_cast<const BYTE*>(terminator);
+        out.assign(static_cast<const BYTE*>(name), end);
+        m_position += out.size() + 1;
         return true;
     }
 
-    FDIERROR CheckBlocks() {
-        std::uint64_t position = m_blocksBegin;
-        std::uint64_t total = 0;
-        if (m_blockCount != 0 && position < m_entriesEnd) return FDIERROR_CORRUPT_CABINET;
-        for (unsigned block = 0; block < m_blockCount; ++block) {
+    /// The blocks of a folder, which follow those of the folder before, with or without a gap.
+    FDIERROR CheckBlocks(CheckedFolder& folder) {
+        if (folder.blockCount == 0) return FDIERROR_NONE;
+        if (folder.blocksBegin < m_position) return FDIERROR_CORRUPT_CABINET;
+        m_position = folder.blocksBegin;
+        for (unsigned block = 0; block < folder.blockCount; ++block) {
             BYTE header[blockHeaderSize];
-            if (!ReadAt(position, header)) return FDIERROR_CORRUPT_CABINET;
-            position += blockHeaderSize + m_blockReserve;
-            const Block found{.begin = position,
+            if (!ReadAt(m_position, header)) return FDIERROR_CORRUPT_CABINET;
+            m_position += blockHeaderSize + m_blockReserve;
+            const Block found{.begin = m_position,
                               .payloadSize = WordAt(header + 4),
                               .uncompressedSize = WordAt(header + 6),
-                              .history = std::min<std::uint64_t>(total, largestBlock),
+                              .history = std::min<std::uint64_t>(folder.size, largestBlock),
                               .hasChecksum = DwordAt(header) != 0};
-            const bool last = block + 1 == m_blockCount;
+            const bool last = block + 1 == folder.blockCount;
             if (found.uncompressedSize > largestBlock || (!last && found.uncompressedSize != largestBlock) ||
-                (found.uncompressedSize == 0 && m_blockCount != 1) || !CheckPayload(found))
+                (found.uncompressedSize == 0 && folder.blockCount != 1) || !CheckPayload(folder, found))
                 return FDIERROR_CORRUPT_CABINET;
-            position += found.payloadSize;
-            total += found.uncompressedSize;
+            m_position += found.payloadSize;
+            folder.size += found.uncompressedSize;
         }
-        return total == m_fileSize ? FDIERROR_NONE : FDIERROR_CORRUPT_CABINET;
+        return FDIERROR_NONE;
     }
 
-    bool CheckPayload(const Block& block) {
+    bool CheckPayload(const CheckedFolder& folder, const Block& block) {
         constexpr std::uint32_t signatureSize = sizeof blockSignature;
         BYTE start[signatureSize];
         if (block.payloadSize > largestPayload || block.begin + block.payloadSize > m_cabinetSize)
             return false;
         const bool isSigned = block.payloadSize >= signatureSize && ReadAt(block.begin, start) &&
                               std::memcmp(start, blockSignature, signatureSize) == 0;
-        if (m_isStored) return block.payloadSize == block.uncompressedSize && !isSigned;
+        const bool isStored = folder.compression == tcompTYPE_NONE;
+        if (isStored && block.payloadSize != block.uncompressedSize) return false;
+        if (isStored) return !(m_isSingleFile && isSigned && Expands(block));
+        if (folder.compression != tcompTYPE_MSZIP) return true;
         if (!isSigned) return false;
         // Nothing is expanded of a folder without data, whatever the payload of its block.
-        if ((readerChecksPayloads && block.hasChecksum) || block.uncompressedSize == 0) return true;
+        return (readerChecksPayloads && block.hasChecksum) || block.uncompressedSize == 0 || Expands(block);
+    }
 
+    /// Whether a payload that begins as MSZIP's do expands to exactly the block's bytes.
+    bool Expands(const Block& block) {
+        constexpr std::uint32_t signatureSize = sizeof blockSignature;
         m_payload.resize(block.payloadSize - signatureSize);
         return ReadAt(block.begin + signatureSize, m_payload) &&
                MszipPayloadFillsBlock(m_payload, block.history, block.uncompressedSize);
+    }
+
+    /// The files' places in the data of their folders.
+    FDIERROR CheckExtents() const {
+        unsigned folder = 0;
+        std::uint64_t end = 0;
+        for (const CheckedFile& file : m_files) {
+            if (file.folder != folder) end = 0;
+            if (file.folder < folder || file.offset < end) return FDIERROR_CORRUPT_CABINET;
+            folder = file.folder;
+            end = std::uint64_t{file.offset} + file.entry.size;
+            if (end > m_folders[folder].size) return FDIERROR_CORRUPT_CABINET;
+        }
+        return FDIERROR_NONE;
     }
 
     /// Fills `out` with bytes of the cabinet; false when they do not all lie inside it.
@@ -170,16 +256,16 @@ private:
     }
 
     CabOpenFile& m_file;
+    bool m_isSingleFile = false;
     std::uint32_t m_cabinetSize = 0;
-    std::uint32_t m_folderEntryBegin = 0;
+    std::uint32_t m_foldersBegin = 0;
     std::uint32_t m_folderReserve = 0;
     std::uint32_t m_blockReserve = 0;
-    std::uint32_t m_fileEntryBegin = 0;
-    std::uint64_t m_entriesEnd = 0;
-    std::uint32_t m_fileSize = 0;
-    std::uint32_t m_blocksBegin = 0;
-    unsigned m_blockCount = 0;
-    bool m_isStored = false;
+    unsigned m_folderCount = 0;
+    unsigned m_fileCount = 0;
+    std::uint64_t m_position = 0;  ///< Behind what has been checked.
+    std::vector<CheckedFolder> m_folders;
+    std::vector<CheckedFile> m_files;
     ByteBuffer m_payload;  ///< Of the block under check.
 };
 
@@ -187,7 +273,14 @@ private:
 
 FDIERROR CheckCabinetLayout(CabOpenFile& file, DWORD& fileSize) {
     LayoutChecker checker(file);
-    const FDIERROR fault = checker.Check();
+    const FDIERROR fault = checker.CheckSingleFile();
     fileSize = checker.GetFileSize();
+    return fault;
+}
+
+FDIERROR ReadCabinetEntries(CabOpenFile& file, std::vector<CabinetEntry>& entries) {
+    LayoutChecker checker(file);
+    const FDIERROR fault = checker.Check();
+    if (fault == FDIERROR_NONE) entries = checker.TakeEntries();
     return fault;
 }

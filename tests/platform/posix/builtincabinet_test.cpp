@@ -73,7 +73,9 @@ TEST(BuiltInCabinet, RefusesWithTheDocumentedCodes) {
          OneFile(tcompTYPE_MSZIP, 258, {{MatchAtLargestDistance(), 258}}).Build(), FDIERROR_MDI_FAIL},
         {"reference into another folder", otherFolder.Build(), FDIERROR_MDI_FAIL},
         {"Quantum", OneFile(tcompTYPE_QUANTUM, 3, {{abc, 3}}).Build(), FDIERROR_BAD_COMPR_TYPE},
-        {"LZX", OneFile(tcompTYPE_LZX | 0x1500, 3, {{abc, 3}}).Build(), FDIERROR_BAD_COMPR_TYPE},
+        {"LZX", OneFile(tcompTYPE_LZX | 0x1500, 3, {{abc, 3}}).Build(), FDIERROR_MDI_FAIL},
+        {"LZX without a window", OneFile(tcompTYPE_LZX, 3, {{abc, 3}}).Build(), FDIERROR_BAD_COMPR_TYPE},
+        {"another method", OneFile(4, 3, {{abc, 3}}).Build(), FDIERROR_BAD_COMPR_TYPE},
     };
     for (const auto& refused : cases) {
         const Outcome unpacked = Unpack(refused.cabinet);
@@ -168,6 +170,16 @@ TEST(BuiltInCabinet, RefusesToDecodeTheSameBlocksOverAndOver) {
     for (std::uint32_t i = 0; i < 64; ++i)
         cabinet.files[i] = {"a", 1, i % 2 * 32768, 0};
     EXPECT_EQ(Unpack(cabinet.Build()).errors.erfOper, FDIERROR_CORRUPT_CABINET);
+    cabinet.folders = {PlainLzxFolder(Noise(40000))};
+    EXPECT_EQ(Unpack(cabinet.Build()).errors.erfOper, FDIERROR_CORRUPT_CABINET);
+    // As many folders over the same block.
+    cabinet.folders.assign(64, LzxFolder());
+    for (std::uint32_t i = 0; i < 64; ++i)
+        cabinet.files[i] = {"a", 1, 0, static_cast<std::uint16_t>(i)};
+    Bytes bytes = cabinet.Build();
+    for (std::size_t i = 8; i < std::size_t{64} * 8; ++i)
+        bytes[36 + i] = bytes[36 + i % 8];
+    EXPECT_EQ(Unpack(bytes).errors.erfOper, FDIERROR_CORRUPT_CABINET);
 }
 
 using Codes = std::map<Call, std::set<int>>;
@@ -205,22 +217,28 @@ TEST(BuiltInCabinet, ReportsEveryFailingCallWhileUnpacking) {
         {Call::close, {FDIERROR_USER_ABORT}},
     };
     MemoryFiles packing;
-    const Bytes cabinet = Pack(packing, {{"a", Noise(70000)}, {"b", abc}}, tcompTYPE_MSZIP).cabinet;
-    std::set<Call> seen;
-    for (int number = 1;; ++number) {
-        MemoryFiles set;
-        set.FailCall(number);
-        const Outcome unpacked = Unpack(set, cabinet);
-        EXPECT_EQ(set.OpenHandles(), 0u) << number;
-        EXPECT_EQ(set.Allocations(), 0u) << number;
-        if (set.FailedCall() == Call::none) break;
-        seen.insert(set.FailedCall());
-        // The cabinet itself is closed when all is done; nothing depends on that close.
-        if (set.FailedCall() == Call::close && unpacked.files.size() == 2 && unpacked.succeeded) continue;
-        EXPECT_FALSE(unpacked.succeeded) << number;
-        EXPECT_TRUE(codes.at(set.FailedCall()).contains(unpacked.errors.erfOper)) << number;
+    HandMadeCabinet lzx;
+    lzx.folders = {PlainLzxFolder(Noise(70000))};
+    lzx.files = {{"a", 40000, 0, 0}, {"b", 30000, 40000, 0}};
+    const Bytes cabinets[] = {Pack(packing, {{"a", Noise(70000)}, {"b", abc}}, tcompTYPE_MSZIP).cabinet,
+                              lzx.Build()};
+    for (const Bytes& cabinet : cabinets) {
+        std::set<Call> seen;
+        for (int number = 1;; ++number) {
+            MemoryFiles set;
+            set.FailCall(number);
+            const Outcome unpacked = Unpack(set, cabinet);
+            EXPECT_EQ(set.OpenHandles(), 0u) << number;
+            EXPECT_EQ(set.Allocations(), 0u) << number;
+            if (set.FailedCall() == Call::none) break;
+            seen.insert(set.FailedCall());
+            // The cabinet itself is closed when all is done; nothing depends on that close.
+            if (set.FailedCall() == Call::close && unpacked.files.size() == 2 && unpacked.succeeded) continue;
+            EXPECT_FALSE(unpacked.succeeded) << number;
+            EXPECT_TRUE(codes.at(set.FailedCall()).contains(unpacked.errors.erfOper)) << number;
+        }
+        EXPECT_EQ(seen.size(), codes.size());
     }
-    EXPECT_EQ(seen.size(), codes.size());
 }
 
 TEST(BuiltInCabinet, RefusesWhatOneCabinetCannotHold) {

@@ -1,0 +1,217 @@
+// ProductData: what installed printers use of product data, and deleting what none of them does.
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "environment/printer.h"
+#include "environment/productdata.h"
+#include "environment/productfiles.h"
+#include "environment/storedtext.h"
+#include "environment/textview.h"
+#include "platform/folder.h"
+#include "platform/text.h"
+#include "platform/widechar.h"
+#include "utilities/debuggingandexceptions/throwprotocol.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using platform::EntryKind;
+using platform::Text;
+
+constexpr int deepestFolder = 64;
+const WChar* const productDataFolder = NV_TEXT("Product Data");
+const WChar* const folderValue = NV_TEXT("ProductDataMappings");
+const WChar* const currentModelValue = NV_TEXT("xUPDCurrentModel");
+
+/// What an installed printer's driver data keeps of product data.
+struct PrinterUse {
+    CXString printer;
+    CXString folder;                 ///< Empty when it is not told.
+    CXString model;                  ///< The current one; empty for none.
+    std::vector<CXString> mappings;  ///< The names of the values of models.
+};
+
+bool IsSameName(const CXString& left, const CXString& right) {
+    return platform::CompareNoCase(left, right) == 0;
+}
+
+bool IsMappingName(const CXString& valueName) {
+    return IsSameName(valueName.Left(CXString(MappingData::valueNamePrefix).GetLength()),
+                      MappingData::valueNamePrefix);
+}
+
+/// A text that is absent is empty; one that cannot be read is a failure here, since it may name what is in
+/// use.
+CXString ReadText(const Printer& printer, const CXString& valueName) {
+    DWORD type = 0;
+    ByteBuffer data;
+    return printer.GetPrinterDataW(valueName, type, data) ? storedtext::Read(printer, valueName) : CXString();
+}
+
+std::vector<PrinterUse> ReadUses() {
+    std::vector<PrinterUse> uses;
+    for (const CXString& name : Printer::EnumeratePrinters()) {
+        const Printer printer(name);
+        PrinterUse& use = uses.emplace_back();
+        use.printer = name;
+        use.folder = ReadText(printer, folderValue);
+        use.model = ReadText(printer, currentModelValue);
+        use.mappings = printer.EnumeratePrinterDataExW(Printer::driverDataKey);
+        std::erase_if(use.mappings, [](const CXString& value) { return !IsMappingName(value); });
+        std::sort(use.mappings.begin(), use.mappings.end());
+    }
+    return uses;
+}
+
+void RequireDone(const std::error_code& error, const CXString& path) {
+    if (error) {
+        NV_THROW(ExceptionOperatingSystemFailure, "ProductData::DeleteOrphanedProductDataFolders", __LINE__,
+                 NV_TEXT("%s: %s"), path, CXString(error.message().c_str()));
+    }
+}
+
+/// Whether two paths lead to one folder. What cannot be told counts as the same, so that it is not deleted.
+bool IsSameFolder(const fs::path& left, const fs::path& right) {
+    std::error_code error;
+    const bool isSame = fs::equivalent(left, right, error);
+    return isSame ||
+           (error && error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory);
+}
+
+/// Whether one path leads to a folder that the other one leads into, or to the same.
+bool IsInside(const fs::path& inner, const fs::path& outer) {
+    for (fs::path path = inner;; path = path.parent_path()) {
+        if (IsSameFolder(path, outer)) return true;
+        if (path == path.parent_path()) return false;
+    }
+}
+
+bool IsUsed(const fs::path& folder, const std::set<CXString>& used) {
+    return std::any_of(used.begin(), used.end(), [&folder](const CXString& name) {
+        const fs::path path = productfiles::PathOf(name);
+        return IsInside(path, folder) || IsInside(folder, path);
+    });
+}
+
+void DeleteFolder(const platform::Folder& parent, const Text& name, const CXString& path, int depth);
+
+void DeleteContent(const platform::Folder& folder, const CXString& path, int depth) {
+    if (depth > deepestFolder) RequireDone(std::make_error_code(std::errc::filename_too_long), path);
+    std::vector<platform::FolderEntry> entries;
+    RequireDone(folder.List(entries), path);
+    for (const platform::FolderEntry& entry : entries) {
+        const CXString entryPath = productfiles::JoinPath(path, StringOf(entry.name));
+        if (entry.kind == EntryKind::Folder) {
+            DeleteFolder(folder, entry.name, entryPath, depth + 1);
+        } else {
+            RequireDone(folder.RemoveEntry(entry.name), entryPath);
+        }
+    }
+}
+
+void DeleteFolder(const platform::Folder& parent, const Text& name, const CXString& path, int depth) {
+    {
+        platform::Folder folder;
+        RequireDone(folder.OpenIn(parent, name), path);
+        DeleteContent(folder, path, depth);
+    }
+    RequireDone(parent.RemoveEmptySubfolder(name), path);
+}
+
+/// The folders of product data of all installed printers.
+std::set<CXString> ListUsedFolders(const std::vector<PrinterUse>& uses) {
+    std::set<CXString> folders;
+    for (const PrinterUse& use : uses) {
+        if (!use.folder.IsEmpty()) folders.insert(use.folder);
+    }
+    return folders;
+}
+
+/// Throws when one of the folders in use is not known.
+void RequireFoldersKnown(const std::vector<PrinterUse>& uses) {
+    for (const PrinterUse& use : uses) {
+        if (use.folder.IsEmpty() && !(use.model.IsEmpty() && use.mappings.empty())) {
+            NV_THROW(ExceptionPrinterFailure, "ProductData::DeleteOrphanedProductDataFolders", __LINE__,
+                     NV_TEXT("%s: the printer does not tell which product data folder it uses"), use.printer);
+        }
+    }
+}
+
+}  // namespace
+
+/// Lets maintenance know that the folder is in use. Nothing is written when the driver data tells it already.
+void ProductData::KeepFolderName() {
+    if (m_printer == nullptr) return;
+    std::error_code error;
+    const CXString path = productfiles::NameOf(fs::absolute(productfiles::PathOf(m_folder), error));
+    if (!error && storedtext::Read(*m_printer, folderValue) != path)
+        storedtext::Write(*m_printer, folderValue, path);
+}
+
+void ProductData::EnumerateProductDataFoldersUsedByInstalledDrivers(std::set<CXString>& folders) {
+    folders.merge(ListUsedFolders(ReadUses()));
+}
+
+std::vector<CXString> ProductData::DeleteOrphanedProductDataFolders(const CXString& folder, bool dryRun) {
+    const std::vector<PrinterUse> uses = ReadUses();
+    RequireFoldersKnown(uses);
+    const std::set<CXString> used = ListUsedFolders(uses);
+
+    const CXString rootPath = productfiles::JoinPath(folder, productDataFolder);
+    platform::Folder parent;
+    RequireDone(parent.Open(Text(ViewOf(folder))), folder);
+    EntryKind kind = EntryKind::None;
+    std::uint64_t size = 0;
+    RequireDone(parent.Describe(productDataFolder, kind, size), rootPath);
+    std::vector<CXString> orphans;
+    if (kind != EntryKind::Folder) return orphans;
+
+    platform::Folder root;
+    RequireDone(root.OpenIn(parent, productDataFolder), rootPath);
+    std::vector<platform::FolderEntry> entries;
+    RequireDone(root.List(entries), rootPath);
+    std::sort(entries.begin(), entries.end(),
+              [](const auto& left, const auto& right) { return left.name < right.name; });
+    std::error_code error;
+    const fs::path absoluteRoot = fs::absolute(productfiles::PathOf(rootPath), error);
+    RequireDone(error, rootPath);
+    for (const platform::FolderEntry& entry : entries) {
+        const bool isFolder = entry.kind == EntryKind::Folder;
+        if (!isFolder || IsUsed(absoluteRoot / productfiles::PathOf(StringOf(entry.name)), used)) continue;
+        const CXString path = productfiles::JoinPath(rootPath, StringOf(entry.name));
+        if (!dryRun) DeleteFolder(root, entry.name, path, 1);
+        orphans.push_back(path);
+    }
+    return orphans;
+}
+
+void ProductData::EnumeratePerPrinterRegKeysForInstalledPrinters(std::vector<PerPrinterRegKey>& keys) {
+    for (const PrinterUse& use : ReadUses()) {
+        for (const CXString& valueName : use.mappings)
+            keys.push_back({use.printer, valueName});
+    }
+}
+
+std::vector<ProductData::PerPrinterRegKey> ProductData::DeleteOrphanedPerPrinterRegKeys(bool dryRun) {
+    const std::vector<PrinterUse> uses = ReadUses();
+    const auto isUsed = [&uses](const CXString& valueName) {
+        const CXString model = valueName.Mid(CXString(MappingData::valueNamePrefix).GetLength());
+        return std::any_of(uses.begin(), uses.end(),
+                           [&model](const PrinterUse& use) { return IsSameName(use.model, model); });
+    };
+    std::vector<PerPrinterRegKey> orphans;
+    for (const PrinterUse& use : uses) {
+        if (use.model.IsEmpty()) continue;
+        for (const CXString& valueName : use.mappings) {
+            if (!isUsed(valueName)) orphans.push_back({use.printer, valueName});
+        }
+    }
+    for (auto orphan = orphans.begin(); !dryRun && orphan != orphans.end(); ++orphan)
+        Printer(orphan->printer).DeletePrinterDataExW(Printer::driverDataKey, orphan->valueName);
+    return orphans;
+}

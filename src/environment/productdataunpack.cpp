@@ -1,0 +1,118 @@
+// ProductData: unpacking the cabinets that product files come in.
+#include <algorithm>
+#include <array>
+#include <string>
+#include <vector>
+
+#include "environment/productdata.h"
+#include "environment/productfiles.h"
+#include "environment/textview.h"
+#include "platform/folder.h"
+#include "platform/text.h"
+#include "platform/widechar.h"
+#include "utilities/compression/cabinetunpacker.h"
+#include "utilities/debuggingandexceptions/throwprotocol.h"
+
+namespace {
+
+using platform::Text;
+
+constexpr int deepestFolder = 32;
+constexpr TextView cabExtension = NV_TEXT(".cab");
+const WChar* const dtdFolder = NV_TEXT("DTDs");
+const WChar* const jarFolder = NV_TEXT("V5.0");
+
+using Unpack = void (*)(const CXString& cabFile, const CXString& folder);
+
+/// Cabinets that are told by their names, in lower case; all others are product cabinets.
+struct NamedCab {
+    TextView name;
+    Unpack unpack;
+};
+constexpr std::array<NamedCab, 4> namedCabs{{{NV_TEXT("dtd.cab"), &ProductData::UnpackDtdCabFile},
+                                             {NV_TEXT("dtds.cab"), &ProductData::UnpackDtdCabFile},
+                                             {NV_TEXT("jar.cab"), &ProductData::UnpackJarCabFile},
+                                             {NV_TEXT("jars.cab"), &ProductData::UnpackJarCabFile}}};
+
+Text Lower(Text name) {
+    std::transform(name.begin(), name.end(), name.begin(), platform::ToLower);
+    return name;
+}
+
+Unpack UnpackingOf(const Text& name) {
+    const Text lower = Lower(name);
+    const auto* const found = std::find_if(namedCabs.begin(), namedCabs.end(),
+                                           [&](const NamedCab& cab) { return cab.name == lower; });
+    return found != namedCabs.end() ? found->unpack : &ProductData::UnpackProductCabFile;
+}
+
+struct FoundCab {
+    CXString folder;  ///< Relative to where the search began; empty for there.
+    Text name;
+};
+
+CXString Join(const CXString& folder, const CXString& relative) {
+    if (folder.IsEmpty()) return relative;
+    return relative.IsEmpty() ? folder : productfiles::JoinPath(folder, relative);
+}
+
+/// Adds the cabinets of a folder and then those of the folders in it.
+void FindCabs(const platform::Folder& folder, const CXString& path, int depth, std::vector<FoundCab>& cabs) {
+    std::vector<platform::FolderEntry> entries;
+    if (const std::error_code error = folder.List(entries)) {
+        NV_THROW(ExceptionOperatingSystemFailure, "ProductData::UnpackCabFilesInAllDirectoriesRecursively",
+                 __LINE__, NV_TEXT("%s: %s"), path, CXString(error.message().c_str()));
+    }
+    std::sort(entries.begin(), entries.end(),
+              [](const auto& left, const auto& right) { return Lower(left.name) < Lower(right.name); });
+    for (const platform::FolderEntry& entry : entries) {
+        if (entry.kind == platform::EntryKind::File && Lower(entry.name).ends_with(cabExtension))
+            cabs.push_back({path, entry.name});
+    }
+    for (const platform::FolderEntry& entry : entries) {
+        platform::Folder subfolder;
+        if (entry.kind == platform::EntryKind::Folder && depth < deepestFolder &&
+            !subfolder.OpenIn(folder, entry.name))
+            FindCabs(subfolder, Join(path, StringOf(entry.name)), depth + 1, cabs);
+    }
+}
+
+}  // namespace
+
+void ProductData::UnpackProductCabFile(const CXString& cabFile, const CXString& folder) {
+    CabinetUnpacker(cabFile).UnpackTo(folder);
+}
+
+void ProductData::UnpackDtdCabFile(const CXString& cabFile, const CXString& folder) {
+    CabinetUnpacker(cabFile).UnpackTo(Join(folder, dtdFolder));
+}
+
+void ProductData::UnpackJarCabFile(const CXString& cabFile, const CXString& folder) {
+    CabinetUnpacker(cabFile).UnpackTo(Join(folder, jarFolder));
+}
+
+std::vector<CXString> ProductData::UnpackCabFilesInAllDirectoriesRecursively(const CXString& folder,
+                                                                             const CXString& target) {
+    platform::Folder root;
+    if (const std::error_code error = root.Open(Text(ViewOf(folder)))) {
+        NV_THROW(ExceptionOperatingSystemFailure, "ProductData::UnpackCabFilesInAllDirectoriesRecursively",
+                 __LINE__, NV_TEXT("%s: %s"), folder, CXString(error.message().c_str()));
+    }
+    // All are found before the first is unpacked: what comes out of a cabinet is not unpacked again.
+    std::vector<FoundCab> cabs;
+    FindCabs(root, {}, 1, cabs);
+    std::vector<CXString> unpacked;
+    for (const FoundCab& cab : cabs) {
+        unpacked.push_back(Join(Join(folder, cab.folder), StringOf(cab.name)));
+        UnpackingOf(cab.name)(unpacked.back(), Join(target.IsEmpty() ? folder : target, cab.folder));
+    }
+    return unpacked;
+}
+
+bool ProductData::HasProductCabBeenExtracted(const CXString& cabFile, const CXString& folder) {
+    try {
+        return CabinetUnpacker(cabFile).IsUnpackedTo(folder);
+    } catch (const NorvaException&) {
+        return false;
+    }
+}

@@ -1,0 +1,96 @@
+// ReadCabinetEntryPath: decoding a name and checking each of its parts.
+#include "utilities/compression/cabinetentrypath.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "platform/codepage.h"
+#include "platform/text.h"
+#include "platform/widechar.h"
+
+namespace {
+
+using platform::Text;
+using TextView = std::basic_string_view<WChar>;
+
+constexpr int longestName = 255;  // in bytes of UTF-8
+constexpr TextView separators = NV_TEXT("\\/");
+constexpr TextView forbiddenCharacters = NV_TEXT("<>:\"|?*");
+constexpr TextView blanksAndDots = NV_TEXT(" .");
+constexpr WChar replacementCharacter = 0xFFFD;
+
+constexpr std::array<TextView, 7> devices{NV_TEXT("con"),    NV_TEXT("prn"),    NV_TEXT("aux"),
+                                          NV_TEXT("nul"),    NV_TEXT("clock$"), NV_TEXT("conin$"),
+                                          NV_TEXT("conout$")};
+constexpr std::array<TextView, 2> numberedDevices{NV_TEXT("com"), NV_TEXT("lpt")};
+/// Digits of devices: the ten, and the three that code page 1252 has raised.
+constexpr TextView deviceDigits = NV_TEXT("0123456789\u00B9\u00B2\u00B3");
+
+Text Decode(const CabinetEntry& entry) {
+    const bool isUtf8 = (entry.attributes & cabinetNameIsUtf8) != 0;
+    const platform::CodePage codePage = isUtf8 ? platform::CodePage::Utf8 : platform::CodePage::Ansi;
+    const auto length = static_cast<int>(entry.name.size());
+    const int size = platform::WideFromNarrow(codePage, entry.name.data(), length, nullptr, 0);
+    Text text(static_cast<std::size_t>(size), WChar{0});
+    platform::WideFromNarrow(codePage, entry.name.data(), length, text.data(), size);
+    return text;
+}
+
+bool IsDeviceName(TextView name) {
+    TextView stem = name.substr(0, name.find(NV_TEXT('.')));
+    stem = stem.substr(0, stem.find_last_not_of(NV_TEXT(' ')) + 1);
+    Text lower(stem);
+    std::transform(lower.begin(), lower.end(), lower.begin(), platform::ToLower);
+    if (std::find(devices.begin(), devices.end(), TextView(lower)) != devices.end()) return true;
+    return lower.size() == 4 && deviceDigits.find(lower[3]) != TextView::npos &&
+           std::find(numberedDevices.begin(), numberedDevices.end(), TextView(lower).substr(0, 3)) !=
+               numberedDevices.end();
+}
+
+bool IsControl(WChar character) {
+    constexpr WChar firstPrintable = 0x20;
+    constexpr WChar firstUpperControl = 0x7F;
+    constexpr WChar lastUpperControl = 0x9F;
+    return character < firstPrintable || (character >= firstUpperControl && character <= lastUpperControl);
+}
+
+/// Whether a name can be written as it stands: every surrogate has its other half.
+bool IsWellFormed(TextView name) {
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const unsigned kind = name[i] & 0xFC00U;
+        if (name[i] == replacementCharacter || kind == 0xDC00) return false;
+        if (kind == 0xD800 && (++i == name.size() || (name[i] & 0xFC00U) != 0xDC00)) return false;
+    }
+    return true;
+}
+
+const WChar* FindFault(TextView name) {
+    if (name.empty()) return NV_TEXT("has an empty part");
+    if (blanksAndDots.find(name.back()) != TextView::npos)
+        return NV_TEXT("has a part that ends with a blank or a dot");
+    if (name.find_first_of(forbiddenCharacters) != TextView::npos ||
+        std::any_of(name.begin(), name.end(), IsControl) || !IsWellFormed(name))
+        return NV_TEXT("has a character that no file name may have");
+    if (IsDeviceName(name)) return NV_TEXT("has the name of a device in it");
+    const auto length = static_cast<int>(name.size());
+    if (platform::NarrowFromWide(platform::CodePage::Utf8, name.data(), length, nullptr, 0) > longestName)
+        return NV_TEXT("has a part that is too long");
+    return nullptr;
+}
+
+}  // namespace
+
+const WChar* ReadCabinetEntryPath(const CabinetEntry& entry, CXString& path) {
+    Text text = Decode(entry);
+    int depth = 0;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find_first_of(separators, begin), text.size());
+        if (const WChar* const fault = FindFault(TextView(text).substr(begin, end - begin))) return fault;
+        if (++depth > deepestCabinetPath) return NV_TEXT("has too many folders");
+        if (end < text.size()) text[end] = cabinetPathSeparator;
+        begin = end + 1;
+    }
+    path = CXString(text.data(), static_cast<int>(text.size()));
+    return nullptr;
+}

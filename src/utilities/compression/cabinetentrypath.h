@@ -1,0 +1,27 @@
+// Where below a folder the file of a cabinet belongs.
+#pragma once
+
+#include "platform/types.h"
+#include "utilities/compression/cabinetlayout.h"
+#include "utilities/utilitiesdll/cxstring.h"
+
+/// What stands between the names of folders in the paths that ReadCabinetEntryPath makes.
+inline constexpr WChar cabinetPathSeparator = NV_TEXT('/');
+/// The most names that a path has, its file's included.
+inline constexpr int deepestCabinetPath = 16;
+
+/// Turns the name of a cabinet's file into a path that stays below any folder on every platform.
+///
+/// Both slashes separate names. A path is refused when it has more than `deepestCabinetPath` names, or when
+/// one of them
+/// - is empty (so that no path begins or ends with a separator) or ends with a blank or a dot ("." and ".."
+///   included);
+/// - holds a control character, a character that bytes without meaning are read as, or one of `< > : " | ?
+/// *`;
+/// - is, up to its first dot and without regard to case, the name of a device: CON, PRN, AUX, NUL, CLOCK$,
+///   CONIN$, CONOUT$, or COM or LPT with one digit;
+/// - has more than 255 bytes in UTF-8.
+///
+/// @param path  receives the names with `cabinetPathSeparator` between them
+/// @return why the name is refused; null when it is not
+NVUTIL_API const WChar* ReadCabinetEntryPath(const CabinetEntry& entry, CXString& path);
