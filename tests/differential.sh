@@ -226,6 +226,20 @@ done
 compare hash-16 hash --16 "$settings"
 compare obscure obscure "a text of more than sixteen characters, ü"
 compare obscure-quoted obscure --quoted '"\ud800 \u5541"'
+# Product data.
+products=inputs/productdata
+cp -r "$root/examples/productdata" "$products"
+compare product-models product models "$products"
+compare product-check product check "$products"
+compare product-info product info "$products" --model "Calyx Pro 9000"
+for choice in Job: Page: "Paper size:Custom" "Paper type:Glossy" "Paper source:Tray 3" "Paper source:None"; do
+    for language in PJL PCL5 PCL6; do
+        compare "pdl-$choice-$language" pdl "$products" --model "Borea C3030" --feature "${choice%:*}" \
+            --option "${choice#*:}" --type $language --qualifier Large --context 59,-12,70000,2970 --hex
+    done
+done
+compare product-none product info "$products" --model Nobody
+compare amp amp "ä€&auml;&ccdil;&nbsp;&amp;#300&bogus;東&OriginXY;&esc" --hex
 runBoth seal seal "$settings" -o "@/sealed"
 runBoth unseal unseal "@/sealed"
 report "both builds unseal what they sealed" \
