@@ -1,6 +1,7 @@
 // ProductData: unpacking the cabinets that product files come in.
 #include <algorithm>
 #include <array>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -112,7 +113,7 @@ std::vector<CXString> ProductData::UnpackCabFilesInAllDirectoriesRecursively(con
 bool ProductData::HasProductCabBeenExtracted(const CXString& cabFile, const CXString& folder) {
     try {
         return CabinetUnpacker(cabFile).IsUnpackedTo(folder);
-    } catch (const NorvaException&) {
+    } catch (const std::exception&) {
         return false;
     }
 }

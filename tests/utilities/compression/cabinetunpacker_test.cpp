@@ -139,9 +139,12 @@ TEST_F(CabinetUnpacking, ReadsTheCabinetFromAFile) {
     ASSERT_EQ(unpacker.GetFiles().size(), 1u);
     EXPECT_EQ(Narrow(unpacker.GetFiles()[0].path), "a");
     EXPECT_EQ(unpacker.GetFiles()[0].size, 1000u);
-    for (const fs::path& missing : {m_folder / "none.cab", m_folder.GetPath()})
-        EXPECT_THROW(CabinetUnpacker(CXString(missing.string<WChar>().c_str())),
-                     ExceptionCreateFileForReading);
+    constexpr WChar noCharacter = 0xD800;
+    for (const CXString& missing :
+         {CXString((m_folder / "none.cab").string<WChar>().c_str()), CXString(),
+          CXString(m_folder.GetPath().string<WChar>().c_str()), CXString(noCharacter)})
+        EXPECT_THROW(CabinetUnpacker{missing}, ExceptionCreateFileForReading);
+    EXPECT_THROW(unpacker.UnpackTo(CXString(noCharacter, 300)), ExceptionFileOperationCompression);
 }
 
 TEST_F(CabinetUnpacking, ReplacesFilesAndKeepsTheRest) {
