@@ -9,6 +9,7 @@
 #include <string>
 
 #include "utilities/debuggingandexceptions/throwprotocol.h"
+#include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
 #include "utilities/xmlparser/comerrortext.h"
 #include "utilities/xmlparser/libxmlreader.h"
 #include "utilities/xmlparser/libxmltree.h"
@@ -87,7 +88,9 @@ std::span<const BYTE> BytesOf(const xmlOutputBuffer& output) {
 }  // namespace
 
 LibXmlParser::LibXmlParser(const CXString& documentPath, bool mustBeValid)
-    : NorvaXmlParser(documentPath, mustBeValid), m_tree(std::make_shared<LibXmlTree>()) {}
+    : NorvaXmlParser(documentPath, mustBeValid), m_tree(std::make_shared<LibXmlTree>()) {
+    UtilitiesDllPerThreadStorage::Prepare();  // which keeps memory for the wrappers to come
+}
 
 LibXmlParser::~LibXmlParser() = default;
 

@@ -16,6 +16,14 @@ bool IsBlank(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
+/// By character: whether the name of an element or an attribute ends in front of it.
+constexpr auto endsName = [] {
+    std::array<bool, 256> table{};
+    for (const char c : {' ', '\t', '\r', '\n', '>', '/', '='})
+        table[static_cast<unsigned char>(c)] = true;
+    return table;
+}();
+
 // Reasons, in the order of their limits.
 constexpr XmlFault tooLarge = {0, XmlParseError::limitExceeded, NV_TEXT("The document is too large.")};
 constexpr XmlFault tooDeep = {0, XmlParseError::limitExceeded, NV_TEXT("Elements are nested too deeply.")};
@@ -82,6 +90,7 @@ public:
     }
 
 protected:
+    bool IsAt(char c) const { return m_position < m_text.size() && m_text[m_position] == c; }
     bool IsAt(std::string_view token) const { return m_text.substr(m_position).starts_with(token); }
     void SkipBehind(std::string_view token) {
         const std::size_t found = m_text.find(token, m_position);
@@ -108,61 +117,86 @@ protected:
 
 private:
     void ScanMarkup() {
-        if (IsAt("<!--")) {
+        const char kind = m_position + 1 < m_text.size() ? m_text[m_position + 1] : '\0';
+        if (kind == '/') {
+            ScanEndTag();
+        } else if (kind == '?') {
+            SkipBehind("?>");
+        } else if (kind != '!') {
+            ScanStartTag();
+        } else if (IsAt("<!--")) {
             m_position += 4;
             SkipBehind("-->");
         } else if (IsAt("<![CDATA[")) {
             SkipBehind("]]>");
-        } else if (IsAt("<?")) {
-            SkipBehind("?>");
         } else if (IsAt("<!DOCTYPE")) {
             ScanDoctype();
-        } else if (IsAt("</")) {
-            SkipBehind(">");
-            if (m_open == 0) Refuse(malformed, m_position);
-            m_namespaces -= m_namespacesOf[--m_open];
         } else {
-            ScanStartTag();
+            Refuse(malformed, m_position);
         }
+    }
+
+    void ScanEndTag() {
+        const std::size_t end = m_text.find('>', m_position);
+        if (end == std::string_view::npos) Refuse(unfinished, m_position);
+        if (m_open == 0) Refuse(malformed, m_position);
+        m_namespaces -= m_namespacesOf[--m_open];
+        m_position = end + 1;
     }
 
     void ScanStartTag() {
         const std::size_t begin = m_position;
         m_hasElements = true;
         const std::string_view name = TakeName();
+        std::size_t namespaces = 0;
+        if (!IsAt('>')) namespaces = ScanAttributes(begin);
+        if (!m_totals.declarations.defaults.empty()) namespaces += CountDefaults(name, begin);
+        const bool isEmpty = IsAt('/');
+        m_position += isEmpty ? 1 : 0;
+        if (!IsAt('>')) Refuse(m_position < m_text.size() ? malformed : unfinished, m_position);
+        ++m_position;
+        Open(namespaces, begin);
+        if (!isEmpty) return;
+        m_namespaces -= m_namespacesOf[--m_open];
+    }
+
+    /// @return how many of them declare a namespace
+    std::size_t ScanAttributes(std::size_t begin) {
         std::size_t attributes = 0;
         std::size_t namespaces = 0;
         for (SkipBlanks(); Peek() != '>' && Peek() != '/'; SkipBlanks()) {
             namespaces += ScanAttribute();
             if (++attributes > xmllimits::attributes) Refuse(tooManyAttributes, begin);
         }
-        namespaces += CountDefaults(name, begin);
-        const bool isEmpty = Peek() == '/';
-        m_position += isEmpty ? 1 : 0;
-        if (Peek() != '>') Refuse(malformed, m_position);
-        ++m_position;
+        return namespaces;
+    }
 
-        m_measure.depth = std::max(m_measure.depth, m_open + 1);
-        m_measure.namespaces = std::max(m_measure.namespaces, m_namespaces + namespaces);
-        if (m_measure.depth > xmllimits::depth) Refuse(tooDeep, begin);
-        if (m_measure.namespaces > xmllimits::namespaces) Refuse(tooManyNamespaces, begin);
-        if (isEmpty) return;
+    void Open(std::size_t namespaces, std::size_t begin) {
+        if (m_open == xmllimits::depth) Refuse(tooDeep, begin);
         m_namespacesOf[m_open++] = static_cast<unsigned short>(namespaces);
         m_namespaces += namespaces;
+        if (m_namespaces > xmllimits::namespaces) Refuse(tooManyNamespaces, begin);
+        m_measure.depth = std::max(m_measure.depth, m_open);
+        m_measure.namespaces = std::max(m_measure.namespaces, m_namespaces);
     }
 
     std::string_view TakeName() {
-        const std::size_t begin = ++m_position;
-        while (!IsBlank(Peek()) && Peek() != '>' && Peek() != '/')
-            ++m_position;
+        const std::size_t begin = m_position + 1;
+        m_position = EndOfName(begin);
         return m_text.substr(begin, m_position - begin);
+    }
+
+    std::size_t EndOfName(std::size_t position) const {
+        const std::string_view text = m_text;
+        while (position < text.size() && !endsName[static_cast<unsigned char>(text[position])])
+            ++position;
+        return position;
     }
 
     /// @return 1 when the attribute declares a namespace, else 0
     std::size_t ScanAttribute() {
         const bool isNamespace = IsAt("xmlns");
-        while (Peek() != '=' && !IsBlank(Peek()) && Peek() != '>')
-            ++m_position;
+        m_position = EndOfName(m_position);
         SkipBlanks();
         if (Peek() != '=') Refuse(malformed, m_position);
         ++m_position;
@@ -180,7 +214,6 @@ private:
     /// Counts the attributes that the DTD adds to an element.
     /// @return how many of them declare a namespace
     std::size_t CountDefaults(std::string_view name, std::size_t offset) {
-        if (m_totals.declarations.defaults.empty()) return 0;
         const auto found = m_totals.declarations.defaults.find(name);
         if (found == m_totals.declarations.defaults.end()) return 0;
         m_totals.defaults += found->second.bytes;
@@ -189,6 +222,7 @@ private:
     }
 
     void ScanReferences(std::size_t begin, std::size_t end) {
+        if (m_totals.declarations.entities.empty()) return;  // none that could stand for much
         const char* const text = m_text.data();
         while (begin < end) {
             const void* const found = std::memchr(text + begin, '&', end - begin);
@@ -202,7 +236,6 @@ private:
     }
 
     void CountReference(std::string_view name, std::size_t offset) {
-        if (m_totals.declarations.entities.empty()) return;
         const auto found = m_totals.declarations.entities.find(name);
         if (found == m_totals.declarations.entities.end()) return;  // predefined, or the engine's to report
         XmlEntity& entity = found->second;

@@ -271,9 +271,16 @@ CXString WideText(std::string_view utf8) {
     CXString text;
     if (length == 0) return text;
     WChar* const units = text.GetBufferSetLength(length);  // never more units than bytes
-    const int written =
-        platform::WideFromNarrow(platform::CodePage::Utf8, utf8.data(), length, units, length);
-    text.ReleaseBuffer(written);
+    unsigned all = 0;
+    for (std::size_t i = 0; i < utf8.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(utf8[i]);
+        all |= byte;
+        units[i] = byte;
+    }
+    if (all >= 0x80) {
+        text.ReleaseBuffer(
+            platform::WideFromNarrow(platform::CodePage::Utf8, utf8.data(), length, units, length));
+    }
     return text;
 }
 
