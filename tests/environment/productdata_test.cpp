@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "environment/productfolder.h"
+#include "environment/textview.h"
 #include "support/bytes.h"
 #include "support/platform/testprinter.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
@@ -55,6 +56,13 @@ TEST(ProductData, AnswersForTheCurrentModel) {
     EXPECT_EQ(data.GetPlatformVersion(), 2.5);
     EXPECT_EQ(data.GetRatedSpeed(), 45);
     EXPECT_EQ(data.GetSupportedPDLS(), 0x2C0u);
+
+    ProductData same(nullptr, folder.GetName(), ProductData::ModelTypeUsbProductId, NV_TEXT("0x10"));
+    ProductData unknown(nullptr, folder.GetName(), ProductData::ModelTypeName, NV_TEXT("Other"));
+    const CXString cache = data.GenerateDmCacheFileName();
+    EXPECT_EQ(ViewOf(cache).rfind(ViewOf(folder.GetName()), 0), 0u) << Narrow(cache);
+    EXPECT_EQ(cache, same.GenerateDmCacheFileName());
+    EXPECT_NE(cache, unknown.GenerateDmCacheFileName());
 }
 
 TEST(ProductData, ReadsCodesAndNumbersOfAnyText) {
