@@ -1,7 +1,7 @@
 # Finds what the library is built on. A missing one is an error that names the Debian package.
 function(nvutil_require_library variable name header package)
     find_library(${variable}_LIBRARY NAMES ${name})
-    find_path(${variable}_INCLUDE_DIR NAMES ${header})
+    find_path(${variable}_INCLUDE_DIR NAMES ${header} ${ARGN})
     if(NOT ${variable}_LIBRARY OR NOT ${variable}_INCLUDE_DIR)
         message(FATAL_ERROR "nvutil_B needs ${name} (${header}): apt-get install ${package}")
     endif()
@@ -31,6 +31,7 @@ if(NOT WIN32)
     nvutil_require_library(NVUTIL_MSPACK mspack mspack.h libmspack-dev)
     nvutil_require_library(NVUTIL_SODIUM sodium sodium.h libsodium-dev)
     nvutil_require_library(NVUTIL_SQLITE sqlite3 sqlite3.h libsqlite3-dev)
+    nvutil_require_library(NVUTIL_XML xml2 libxml/parser.h libxml2-dev PATH_SUFFIXES libxml2)
     nvutil_require_library(NVUTIL_ZLIB z zlib.h zlib1g-dev)
 endif()
 

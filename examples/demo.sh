@@ -83,6 +83,27 @@ runRefused state show damaged.state
 runRefused buffer unpack damaged.state -o nothing
 check "no file was written" test ! -e nothing
 
+step "Keep settings with a printer, change one, and move them to another printer"
+export NVUTIL_PRINTER_STORE=$work/printers.sqlite  # the user's own printers are left alone
+run settings import --printer Office printer.state
+run settings set --printer Office '{"id": {"feature": 10}, "value": {"integer": 25}}'
+run settings get --printer Office 10
+run settings export --printer Office -o office.state
+run settings import --printer Copyroom office.state
+run settings list
+"$tool" settings get --printer Copyroom >copyroom.json
+check "the other printer has the changed settings" grep -q '"feature": 10}, "value": {"integer": 25}' copyroom.json
+
+step "Seal a file for this user, and open it"
+export XDG_DATA_HOME=$work/data  # the user's own key is left alone
+run seal changed.json -o sealed
+run unseal sealed -o opened.json
+check "what was opened is what was sealed" cmp changed.json opened.json
+
+step "Keep a value in an INI file"
+run ini set office.ini Device Model "Größe A4"
+run ini get office.ini Device Model
+
 step "Convert a length"
 run convert 8.5 inches mm
 

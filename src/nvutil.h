@@ -44,3 +44,7 @@
 #include "utilities/utilitiesdll/utctime.h"
 #include "utilities/utilitiesdll/utf8ini.h"
 #include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
+#include "utilities/xmlparser/norvaxmlparser.h"
+#include "utilities/xmlparser/npifparseexception.h"
+#include "utilities/xmlparser/platformxmlparser.h"
+#include "utilities/xmlparser/xmldom.h"

@@ -20,7 +20,7 @@ struct PdlInstruction {
     TextView source;       ///< The instruction as the file has it.
 };
 
-/// Cuts the first element of a name out of a text: what lies between "<NAME>" and the next "</NAME>".
+/// Cuts the first element of a name out of a text: what lies between `<NAME>` and the next `</NAME>`.
 /// @param before   receives what lies in front of it
 /// @param content  receives what lies in it
 /// @return false when there is none; nothing is changed then

@@ -16,10 +16,11 @@ struct PrinterUpdate;
 /// threads and processes, may serve one printer.
 ///
 /// Values have a registry type, a name and a key that they stand under. Printers, keys and names are compared
-/// without regard to case. On Windows they are those of the spooler. Elsewhere they are kept in a database:
-/// the file that NVUTIL_PRINTER_STORE names, else nvutil/printers.sqlite below $XDG_STATE_HOME or
-/// ~/.local/state. Each write there is on the disk when it returns, and complete or not there at all,
-/// whatever becomes of the process. A printer there exists as long as it has a value.
+/// without regard to case, off Windows to that of ASCII letters only. On Windows they are those of the
+/// spooler. Elsewhere they are kept in a database: the file that NVUTIL_PRINTER_STORE names, else
+/// nvutil/printers.sqlite below $XDG_STATE_HOME or ~/.local/state. Each write there is on the disk when it
+/// returns, and complete or not there at all, whatever becomes of the process. A printer there exists as long
+/// as it has a value.
 ///
 /// Every member that meets a failure throws ExceptionPrinterFailure with the printer's name and the
 /// platform's reason (off Windows with the name of the database), and ExceptionInvalidPrinterHandle when the

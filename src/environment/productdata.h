@@ -28,7 +28,8 @@ class PdlCommandFile;
 /// Look-ups throw nothing: what is missing, damaged or out of bounds gives false or an empty text.
 class NVUTIL_API ProductData {
 public:
-    /// What a model is looked for by.
+    /// What a model is looked for by. The name is the documented one, although C++ keeps such names to
+    /// itself.
     enum _ModelType : LONG {
         ModelTypeName = 0,
         ModelTypeUsbProductId = 1,
@@ -236,7 +237,7 @@ public:
                             const CXString& qualifier, ByteBuffer& out, void* context);
     /// Cuts the first feature set out of a text.
     /// @param text     receives what follows it
-    /// @param feature  receives its text from "<FeatureSet>" up to "</FeatureSet>"
+    /// @param feature  receives its text from `<FeatureSet>` up to `</FeatureSet>`
     /// @return false when there is none; nothing is changed then
     static bool GetPDLXMLFeature(CXString& text, CXString& feature);
     /// Cuts the first line off a text, without its line end.

@@ -26,16 +26,19 @@ NVUTIL_API Text UnprotectData(std::span<const BYTE> sealed, std::span<const BYTE
 /// Overwrites memory with zeros, also when nothing reads it afterwards.
 NVUTIL_API void WipeMemory(std::span<BYTE> memory);
 
-/// Wipes bytes that are secret at the end of a scope.
+/// Wipes bytes or 8-bit text that are secret at the end of a scope.
+template <class Bytes>
 class WipeAtEnd {
 public:
-    explicit WipeAtEnd(std::vector<BYTE>& bytes) : m_bytes(bytes) {}
+    explicit WipeAtEnd(Bytes& bytes) : m_bytes(bytes) {}
     WipeAtEnd(const WipeAtEnd&) = delete;
     WipeAtEnd& operator=(const WipeAtEnd&) = delete;
-    ~WipeAtEnd() { WipeMemory(m_bytes); }
+    ~WipeAtEnd() { WipeMemory({reinterpret_cast<BYTE*>(m_bytes.data()), m_bytes.size()}); }
 
 private:
-    std::vector<BYTE>& m_bytes;
+    static_assert(sizeof(typename Bytes::value_type) == 1);
+
+    Bytes& m_bytes;
 };
 
 }  // namespace platform

@@ -36,7 +36,8 @@ struct PrinterValue {
     std::vector<BYTE> data;
 };
 
-/// Opens a printer. Names, like keys and names of values, are compared without regard to case.
+/// Opens a printer. Names, like keys and names of values, are compared without regard to case; off Windows
+/// that is so for ASCII letters only.
 /// @param mayBeNew  accept a name that is not known where the platform has no spooler that installs printers;
 ///                  the printer then comes into being with its first value
 PrinterStatus OpenPrinterByName(const Text& name, bool mayBeNew, HANDLE& handle);

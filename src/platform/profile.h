@@ -7,8 +7,9 @@
 #include "platform/types.h"
 
 /// Sections and keys are found without regard to the case of ASCII letters; the first of several with one
-/// name counts. Names and values lose the blanks around them. Lines end with CR LF, LF or CR. A line whose
-/// first character is ";" is a comment.
+/// name counts. Names and values in a file lose the blanks around them, and names that are given do where a
+/// value is found or set; nothing is listed or removed by a name with blanks around it. Lines end with CR LF,
+/// LF or CR. A line whose first character is ";" is a comment.
 ///
 /// Texts are bytes to these functions, whatever they encode. Each file is named by a wide text that is not
 /// null. A function that reads takes a file that cannot be read for an empty one.

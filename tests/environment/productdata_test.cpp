@@ -322,7 +322,7 @@ TEST(ProductData, SurvivesFilesThatAreNone) {
     for (int i = 0; i < 300000; ++i)
         noise += static_cast<char>((state = state * 1664525 + 1013904223) >> 24);
     folder.Write("noise.map", noise);
-    folder.Write("long.map", "Model:A\nX:" + std::string(40'000'000, 'x'));
+    folder.Write("long.map", "Model:A\nX:" + std::string(8'000'000, 'x'));
     folder.Write("open.map", "Model:A\nPDL:open.pdl");
     std::string open;
     for (int i = 0; i < 200000; ++i)

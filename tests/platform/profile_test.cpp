@@ -154,7 +154,11 @@ TEST_F(Profile, ListsSectionsKeysAndLines) {
     const File mixed = NewFile("[a]\r\n;[b]\r\n k = \" v \" \r\n; c=1\r\n\r\n#d=2\r\nalone\r\n=3\r\n");
     EXPECT_EQ(Joined(ReadSection(mixed, "A", enough)), "k=\" v \"|#d=2|alone|=3|");
     EXPECT_EQ(Joined(ReadText(mixed, "A", nullptr, "D", enough)), "k|#d||");
-    EXPECT_EQ(ReadSection(mixed, "missing", enough), "");
+    for (const char* const section : {"missing", " A", "a "}) {
+        EXPECT_EQ(ReadSection(mixed, section, enough), "") << section;
+        EXPECT_EQ(ReadText(mixed, section, nullptr, "D", enough), "D") << section;
+    }
+    EXPECT_EQ(ReadText(NewFile("[a]\r\n=1\r\nk=2\r\n"), "a", nullptr, "D", enough), "D");
     EXPECT_EQ(ReadSectionNames(NewFile(), enough), "");
 }
 
@@ -268,6 +272,8 @@ const WriteCase writeCases[] = {
     {"[a]\r\nk=1\r\n", "a", "k", "", "[a]\r\nk=\r\n"},
     {"[a]\r\nk=1\r\n", "a", "k", "\" q \"", "[a]\r\nk=\" q \"\r\n"},
     {"[a]\r\nk=1\r\n", "a", "k", "  v", "[a]\r\nk=v\r\n"},
+    {"[a]\r\nk=1\r\n", " a ", " K ", " v ", "[a]\r\nk=v \r\n"},
+    {"[a]\r\nk=1\r\n", " n ", " j ", "", "[a]\r\nk=1\r\n[n ]\r\nj =\r\n"},
     {"[a]\r\nk=1\r\n", "a", "\xC3\xA4", "\xE2\x82\xAC", "[a]\r\nk=1\r\n\xC3\xA4=\xE2\x82\xAC\r\n"},
     {"[a]\r\nk=1", "a", "j", "2", "[a]\r\nk=1\r\nj=2\r\n"},
     {"[a]", "a", "j", "2", "[a]\r\nj=2\r\n"},
@@ -283,6 +289,9 @@ const WriteCase writeCases[] = {
     {"[a]\r\nk=1\r\n[b]\r\nk=1\r\n", "b", nullptr, "v", "[a]\r\nk=1\r\n"},
     {"[a]\r\n[b]\r\n[a]\r\n", "a", nullptr, nullptr, "[b]\r\n[a]\r\n"},
     {"k=1\r\n[a]\r\n", "", nullptr, nullptr, "[a]\r\n"},
+    {"[a]\r\nk=1\r\n", " a", "k", nullptr, "[a]\r\nk=1\r\n"},
+    {"[a]\r\nk=1\r\n", "a", "k ", nullptr, "[a]\r\nk=1\r\n"},
+    {"[a]\r\nk=1\r\n", "a ", nullptr, nullptr, "[a]\r\nk=1\r\n"},
 };
 
 TEST_F(Profile, KeepsEverythingElseWhenItWrites) {
@@ -308,6 +317,8 @@ TEST_F(Profile, ReplacesTheLinesOfASection) {
         {"a", "dropped\0;com\0=v\0;c=1\0", "; top\r\n[a]\r\n=v\r\n;c=1\r\n[b]\r\nx=1\r\n"},
         {"b", "", "; top\r\n[a]\r\nk=1\r\n;c\r\nj=2\r\n[b]\r\n"},
         {"a", nullptr, "; top\r\n[b]\r\nx=1\r\n"},
+        {" b ", nullptr, before.data()},
+        {" b ", " x = 5 \0", "; top\r\n[a]\r\nk=1\r\n;c\r\nj=2\r\n[b]\r\nx=1\r\nx =5 \r\n"},
         {"c", "n=1\0", "; top\r\n[a]\r\nk=1\r\n;c\r\nj=2\r\n[b]\r\nx=1\r\n[c]\r\nn=1\r\n"},
         {"c", "", before.data()},
         {"c", nullptr, before.data()},
@@ -352,6 +363,15 @@ TEST_F(Profile, FailsWhereNothingCanBeWritten) {
     EXPECT_FALSE(WriteText(File(m_folder / "missing" / "a.ini"), "a", "k", "v"));
     EXPECT_FALSE(WriteText(File(m_folder.GetPath()), "a", "k", "v"));
     EXPECT_EQ(ReadText(File(m_folder.GetPath()), "a", "k", "D", enough), "D");
+}
+
+TEST_F(Profile, NeverTakesASimilarNameForTheFiles) {
+    const File other(m_folder / "A.ini", "[a]\r\nk=1\r\n");
+    const File file(m_folder / u8"\u0100.ini");
+    const bool isWritten = WriteText(file, "a", "k", "2");  // which only the code page may prevent
+    EXPECT_EQ(std::filesystem::exists(file.GetPath()), isWritten);
+    EXPECT_EQ(other.GetContent(), "[a]\r\nk=1\r\n");
+    EXPECT_NE(ReadText(file, "a", "k", "D", enough), "1");
 }
 
 TEST_F(Profile, LosesNothingOfSeveralWriters) {

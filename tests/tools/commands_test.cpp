@@ -10,6 +10,8 @@
 #include "nvutil/progress.h"
 #include "support/bytes.h"
 #include "tools/toolruns.h"
+#include "utilities/attributebytes/attributebytes.h"
+#include "utilities/attributebytes/persistentattributes.h"
 
 namespace {
 
@@ -135,6 +137,11 @@ TEST_F(Commands, SealedFilesComeBackWholeOrNotAtAll) {
 TEST_F(Commands, ObscuredTextCanBeGivenBack) {
     EXPECT_EQ(Nvutil({"obscure", "Ab"}).out, "\"\u5541\u6640\"\n");
     EXPECT_EQ(Nvutil({"obscure", "--quoted", "\"\\u5541\u6640\""}).out, "\"Ab\"\n");
+    for (const std::string text : {"-5", "-.5"}) {
+        std::string obscured = Nvutil({"obscure", text}).out;
+        obscured.pop_back();
+        EXPECT_EQ(Nvutil({"obscure", "--quoted", obscured}).out, '"' + text + "\"\n");
+    }
     std::string literal = Nvutil({"obscure", "a text of more than sixteen characters \"1\""}).out;
     literal.pop_back();  // the line's end
     EXPECT_EQ(Nvutil({"obscure", "--quoted", literal}).out,
@@ -235,6 +242,32 @@ TEST_F(Commands, DiffTellsOfVersionsAndNamespaces) {
     EXPECT_NE(refused.error.find(after), std::string::npos) << "the file at fault is named";
 }
 
+// Not what this library writes: such states are sound, and the difference must not go unseen.
+TEST_F(Commands, ListTypesAndFlagsOfNamespacesAreSeen) {
+    const auto stateWith = [](BYTE listType, bool isSpecified) {
+        AttributeBytesListValue list(listType, AttributeBytesRawList());
+        list.SetIsSpecified(isSpecified);
+        AttributeBytesIndexedList entries;
+        entries.AddAttributeBytes(AttributeBytes(AttributeBytesNameSpacesId(4), list));
+        ByteBuffer bytes = Bytes("41 42 4E 53");  // "ABNS"
+        bytes.append(DriverVersion(9, 8, 7, 6).GetVersionAsByteBuffer());
+        entries.AppendAttributeBytesIndexedListState(bytes);
+        PersistentAttributes::PersistentAttributesHeaderType header;
+        PersistentAttributes::InitializeHeaderStructure(header);
+        ByteBuffer state;
+        PersistentAttributes::CreateStateDataFromComponents(header, bytes, state);
+        return std::string(state.begin(), state.end());
+    };
+    const std::string before = In(u8"before");
+    const std::string after = In(u8"after");
+    WriteFile(before, stateWith(0, true));
+    WriteFile(after, stateWith(7, false));
+    EXPECT_EQ(Nvutil({"state", "diff", before, after}).out,
+              "~ namespace 4: 0 attributes -> 0 attributes, list type 7  (unspecified)\n1 difference\n");
+    EXPECT_NE(Nvutil({"state", "show", after}).out.find("list type 7"), std::string::npos);
+    EXPECT_NE(Nvutil({"state", "show", "--json", after}).error.find("has other bytes"), std::string::npos);
+}
+
 TEST_F(Commands, ShowTellsOfTwoVersions) {
     std::string state = Build(R"({"driverVersion": "1.2.3.4", "namespaces": {}})");
     EXPECT_EQ(Nvutil({"state", "show", "-"}, state).out, "State             " + std::to_string(state.size()) +
@@ -321,6 +354,7 @@ TEST_F(Commands, LengthsAreConverted) {
         {{"convert", "8.5", "inches", "mm"}, 0, "215.9 mm\n"},
         {{"convert", "1", "in", "1000ths-mm"}, 0, "25400 1000ths-mm\n"},
         {{"convert", "-72", "pt", "inch"}, 0, "-1 in\n"},
+        {{"convert", "-.5", "in", "mm"}, 0, "-12.7 mm\n"},
         {{"convert", "1", "pt", "mm"}, 0, "0.352778 mm\n"},
         {{"convert", "1", "pt", "mm", "--decimals", "2"}, 0, "0.35 mm\n"},
         {{"convert", "1", "um", "um"}, 0, "1 1000ths-mm\n"},

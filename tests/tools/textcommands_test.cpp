@@ -61,6 +61,12 @@ TEST(IniCommands, RefuseWhatIsNotThere) {
                   "ExceptionWriteFile");
     EXPECT_EQ(Nvutil({"ini", "set", file, "a", "k", "v"}).status, 0);
     expectRefused(Nvutil({"ini", "get", file, "a", "missing"}), "ExceptionUnknownKeyRequest");
+    const profiletest::File utf16(folder / "utf16.ini", "\xFF\xFE[");
+    const std::string utf16Name = NameIn(folder, u8"utf16.ini");
+    expectRefused(Nvutil({"ini", "sections", utf16Name}), "ExceptionInvalidArgument");
+    expectRefused(Nvutil({"ini", "set", utf16Name, "a", "k", "v"}), "ExceptionInvalidArgument");
+    EXPECT_EQ(utf16.GetContent(), "\xFF\xFE[");
+    expectRefused(Nvutil({"ini", "get", "", "a", "k"}), "ExceptionCreateFileForReading");
     EXPECT_EQ(Nvutil({"ini", "set", file, "a", "k"}).status, 2);
     EXPECT_EQ(Nvutil({"ini", "set", file, "a"}).status, 2);
     EXPECT_EQ(Nvutil({"ini", "set", file, "a", "k", "v", "--remove"}).status, 2);

@@ -21,12 +21,6 @@ struct ToolRun {
     std::string subject = {};  ///< The file at hand, for the line that a refusal prints.
 };
 
-/// Stands in front of an argument that is a negative number, which would else be taken for an option.
-constexpr char negativeNumberMark = '\x1F';
-
-/// An argument as it was given, without that mark.
-std::string Unmarked(const std::string& argument);
-
 // Each adds one group of commands, which run once the whole command line has been read.
 void AddStateCommands(CLI::App& app, ToolRun& run);
 void AddBufferCommands(CLI::App& app, ToolRun& run);
@@ -38,6 +32,7 @@ void AddBase64Commands(CLI::App& app, ToolRun& run);
 void AddConvertCommand(CLI::App& app, ToolRun& run);
 void AddIntegrityCommands(CLI::App& app, ToolRun& run);
 void AddSealCommands(CLI::App& app, ToolRun& run);
+void AddXmlCommands(CLI::App& app, ToolRun& run);
 void AddExceptionsCommand(CLI::App& app, ToolRun& run);
 /// Adds to the group of AddProductCommands.
 void AddProductMaintenanceCommands(CLI::App& group, ToolRun& run);

@@ -57,9 +57,8 @@ std::string_view GetPrintedName(Dimension::UnitsEnum units) {
 
 double ParseLength(const std::string& text) {
     double number = 0;
-    const char* const begin = text.data() + (text.starts_with(negativeNumberMark) ? 1 : 0);
     const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(begin, end, number);
+    const auto result = std::from_chars(text.data(), end, number);
     if (result.ec != std::errc() || result.ptr != end || !std::isfinite(number))
         throw CLI::ValidationError(text, "is not a number");
     return number;

@@ -11,8 +11,10 @@
 #include <string_view>
 #include <system_error>
 
+#include "nvutil/platform/privatefile.h"
 #include "nvutil/progress.h"
 #include "nvutil/text.h"
+#include "platform/dataprotection.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
 namespace {
@@ -20,6 +22,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view standardStream = "-";
+
+/// Keeps a stream from copying what may be secret into a buffer of its own.
+void MakeUnbuffered(std::basic_filebuf<char>& file) {
+    file.pubsetbuf(nullptr, 0);
+}
 
 fs::path PathOf(const std::string& name) {
     return {std::u8string(name.begin(), name.end())};
@@ -35,6 +42,9 @@ public:
             NV_THROW(ExceptionCreateFileForReading, "ReadInput", __LINE__, NV_TEXT("cannot be opened"));
     }
 
+    /// The size that the file had when it was opened; 0 when it is not known.
+    std::uint64_t GetSize() const { return m_size; }
+
     /// Fills a piece as far as there are bytes.
     /// @return how many were read; fewer than the piece holds only at the end
     std::size_t Read(std::span<BYTE> piece) {
@@ -46,16 +56,19 @@ public:
     }
 
 private:
-    /// The file's size; 0 when it is not known.
+    /// @return the file's size
     std::uint64_t Open(const std::string& name) {
         if (name == standardStream) return 0;
         const fs::path path = PathOf(name);
+        MakeUnbuffered(*m_file.rdbuf());
         m_file.open(path, std::ios::binary);
         std::error_code error;
         const std::uintmax_t size = fs::file_size(path, error);
-        return error ? 0 : size;
+        m_size = error ? 0 : size;
+        return m_size;
     }
 
+    std::uint64_t m_size = 0;
     std::ifstream m_file;
     std::istream& m_in;
     ByteProgress m_progress;
@@ -68,7 +81,9 @@ void WriteAll(std::ostream& out, std::string_view bytes) {
 }
 
 void WriteTo(const fs::path& path, std::string_view bytes) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    std::ofstream file;
+    MakeUnbuffered(*file.rdbuf());
+    file.open(path, std::ios::binary | std::ios::trunc);
     if (!file) {
         NV_THROW(ExceptionCreateFileForWriting, "WriteOutput", __LINE__, NV_TEXT("cannot be created"));
     }
@@ -80,9 +95,11 @@ void WriteTo(const fs::path& path, std::string_view bytes) {
 /// A file that is removed unless it takes its final name.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const fs::path& target) : m_path(target) {
+    /// In the target's folder; its own name says nothing, since the target's may be as long as names get.
+    explicit TemporaryFile(const fs::path& target) {
         std::random_device random;
-        m_path += "." + HexNumber(random(), 8) + HexNumber(random(), 8) + ".tmp";
+        m_path =
+            target.parent_path() / (".nvutil-" + HexNumber(random(), 8) + HexNumber(random(), 8) + ".tmp");
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -106,7 +123,7 @@ private:
     fs::path m_path;
 };
 
-void WriteFileAtomically(const fs::path& name, std::string_view bytes) {
+void WriteFileAtomically(const fs::path& name, std::string_view bytes, bool isSecret) {
     std::error_code error;
     const fs::path real = fs::canonical(name, error);  // a link is kept, and what it names is replaced
     const fs::path& target = error ? name : real;
@@ -114,8 +131,20 @@ void WriteFileAtomically(const fs::path& name, std::string_view bytes) {
     if (fs::exists(status) && !fs::is_regular_file(status))
         return WriteTo(target, bytes);  // a device or a pipe
     TemporaryFile temporary(target);
+    // What replaces a file gets its permissions at the end, and is open to nobody before.
+    if ((isSecret || fs::exists(status)) && !MakePrivateFile(temporary.GetPath())) {
+        NV_THROW(ExceptionCreateFileForWriting, "WriteOutput", __LINE__, NV_TEXT("cannot be created"));
+    }
     WriteTo(temporary.GetPath(), bytes);
     temporary.MoveTo(target);
+}
+
+/// Makes room for more, and wipes what is given up for it.
+void Grow(ByteBuffer& bytes, std::size_t size) {
+    ByteBuffer larger(size);
+    std::ranges::copy(bytes, larger.begin());
+    bytes.swap(larger);
+    platform::WipeMemory(larger);
 }
 
 }  // namespace
@@ -124,9 +153,10 @@ ByteBuffer ReadInput(ToolRun& run, const std::string& name, std::size_t limit) {
     constexpr std::size_t smallestStep = 65536;
     InputFile file(run, name);
     ByteBuffer bytes;
-    for (bool isAtEnd = false; !isAtEnd;) {
+    std::size_t step = static_cast<std::size_t>(std::min<std::uint64_t>(file.GetSize(), limit)) + 1;
+    for (bool isAtEnd = false; !isAtEnd; step = bytes.size() / 2) {
         const std::size_t size = bytes.size();
-        bytes.resize(size + std::max(smallestStep, size / 2));
+        Grow(bytes, size + std::max(smallestStep, step));
         const std::size_t count = file.Read(std::span(bytes).subspan(size));
         isAtEnd = size + count < bytes.size();
         bytes.resize(size + count);
@@ -152,12 +182,13 @@ void ReadPieces(ToolRun& run, const std::string& name,
 
 void WriteOutput(ToolRun& run, const OutputChoice& choice, const ByteBuffer& bytes) {
     run.subject = choice.name == standardStream ? "standard output" : choice.name;
-    const std::string hex = choice.isHex ? HexText(bytes) + '\n' : std::string();
+    std::string hex = choice.isHex ? HexText(bytes) + '\n' : std::string();
+    const platform::WipeAtEnd wipe(hex);
     const std::string_view text =
         choice.isHex ? hex : std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     if (choice.name == standardStream) {
         WriteAll(run.out, text);
     } else {
-        WriteFileAtomically(PathOf(choice.name), text);
+        WriteFileAtomically(PathOf(choice.name), text, choice.isSecret);
     }
 }

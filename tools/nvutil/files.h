@@ -12,7 +12,7 @@
 /// The most that a buffer of the library can hold.
 constexpr std::size_t largestInput = 0x7FFFFFFF;
 
-/// Reads everything from a file, which becomes the subject of the run.
+/// Reads everything from a file, which becomes the subject of the run. No copy of it stays in memory.
 /// @param name  in UTF-8
 /// @throws ExceptionCreateFileForReading, ExceptionReadFile, and ExceptionInvalidArgument when there are more
 ///         than `limit` bytes
@@ -26,7 +26,8 @@ void ReadPieces(ToolRun& run, const std::string& name,
 /// Where a command puts its bytes.
 struct OutputChoice {
     std::string name = "-";
-    bool isHex = false;  ///< Print them as upper-case hexadecimal text instead.
+    bool isHex = false;     ///< Print them as upper-case hexadecimal text instead.
+    bool isSecret = false;  ///< A file that is new is for its owner alone.
 };
 
 /// Writes a file in one step: it appears complete or not at all, and one of that name is replaced.

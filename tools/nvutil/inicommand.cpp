@@ -2,10 +2,13 @@
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <ostream>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "nvutil/command.h"
@@ -30,20 +33,36 @@ fs::path PathOf(const Arguments& arguments) {
     return {std::u8string(arguments.file.begin(), arguments.file.end())};
 }
 
+/// Opens a file to look into it.
+/// @return whether it is there and can be read
+bool CanBeRead(const fs::path& path) {
+    std::error_code ignored;
+    if (!fs::is_regular_file(path, ignored)) return false;
+    std::ifstream file(path, std::ios::binary);
+    char mark[2] = {};
+    file.read(mark, sizeof mark);
+    const std::string_view begin(mark, sizeof mark);
+    if (begin == "\xFF\xFE" || begin == "\xFE\xFF")
+        NV_THROW(ExceptionInvalidArgument, "ReadIniFile", __LINE__, NV_TEXT("is in UTF-16"));
+    return file.is_open() && !file.bad();
+}
+
 /// The name for the library's functions, which look elsewhere for a name without a folder.
-CXString NameOf(ToolRun& run, const Arguments& arguments) {
+/// @param mustBeThere  refuse a file that cannot be read, which the functions would take for an empty one
+CXString NameOf(ToolRun& run, const Arguments& arguments, bool mustBeThere) {
     run.subject = arguments.file;
-    const std::u8string name = fs::absolute(PathOf(arguments)).u8string();
+    std::error_code error;
+    const fs::path path = fs::absolute(PathOf(arguments), error);
+    const bool isThere = !error && CanBeRead(path);
+    if (error || (mustBeThere && !isThere))
+        NV_THROW(ExceptionCreateFileForReading, "ReadIniFile", __LINE__, NV_TEXT("cannot be opened"));
+    const std::u8string name = path.u8string();
     return FromUtf8({reinterpret_cast<const char*>(name.data()), name.size()});
 }
 
-/// The name of a file that is there; the functions would take a missing one for an empty one.
 CXString NameOfExisting(ToolRun& run, const Arguments& arguments) {
-    CXString name = NameOf(run, arguments);
-    std::error_code ignored;
-    if (!fs::is_regular_file(PathOf(arguments), ignored))
-        NV_THROW(ExceptionCreateFileForReading, "ReadIniFile", __LINE__, NV_TEXT("cannot be opened"));
-    return name;
+    constexpr bool mustBeThere = true;
+    return NameOf(run, arguments, mustBeThere);
 }
 
 /// Calls a function with ever larger buffers until nothing is cut.
@@ -66,8 +85,8 @@ std::vector<CXString> TextsOf(const CXString& list) {
 
 void Get(ToolRun& run, const Arguments& arguments) {
     const CXString file = NameOfExisting(run, arguments);
-    const CXString section = FromUtf8(Unmarked(arguments.section));
-    const CXString key = FromUtf8(Unmarked(arguments.key));
+    const CXString section = FromUtf8(arguments.section);
+    const CXString key = FromUtf8(arguments.key);
     const WChar* const none = NV_TEXT("\n.");  // no value holds a line break
     const CXString value = ReadAll([&](WChar* out, DWORD size) {
         return UTF8Ini::GetPrivateProfileStringW(section, key, none, out, size, file);
@@ -80,18 +99,19 @@ void Get(ToolRun& run, const Arguments& arguments) {
 }
 
 void Set(ToolRun& run, const Arguments& arguments) {
-    const CXString section = FromUtf8(Unmarked(arguments.section));
-    const CXString key = FromUtf8(Unmarked(arguments.key));
-    const CXString value = FromUtf8(Unmarked(arguments.value));
+    const CXString section = FromUtf8(arguments.section);
+    const CXString key = FromUtf8(arguments.key);
+    const CXString value = FromUtf8(arguments.value);
     const WChar* const keyOrNone = arguments.isSection ? nullptr : static_cast<const WChar*>(key);
     const WChar* const valueOrNone = arguments.isRemoval ? nullptr : static_cast<const WChar*>(value);
-    if (UTF8Ini::WritePrivateProfileStringW(section, keyOrNone, valueOrNone, NameOf(run, arguments)) == 0)
+    const CXString file = NameOf(run, arguments, false);
+    if (UTF8Ini::WritePrivateProfileStringW(section, keyOrNone, valueOrNone, file) == 0)
         NV_THROW(ExceptionWriteFile, "WriteIniFile", __LINE__, NV_TEXT("cannot be written"));
 }
 
 void ListKeys(ToolRun& run, const Arguments& arguments) {
     const CXString file = NameOfExisting(run, arguments);
-    const CXString section = FromUtf8(Unmarked(arguments.section));
+    const CXString section = FromUtf8(arguments.section);
     const CXString lines = ReadAll(
         [&](WChar* out, DWORD size) { return UTF8Ini::GetPrivateProfileSectionW(section, out, size, file); });
     for (const CXString& line : TextsOf(lines)) {

@@ -31,13 +31,8 @@ struct Choice {
     std::string qualifier = {};
 };
 
-CXString TextOf(const std::string& argument) {
-    return FromUtf8(Unmarked(argument));
-}
-
 /// Reads "OX,OY,AX,AY".
-ContextWords ParseContext(const std::string& argument) {
-    const std::string text = Unmarked(argument);
+ContextWords ParseContext(const std::string& text) {
     ContextWords words{};
     const char* next = text.data();
     const char* const end = next + text.size();
@@ -63,24 +58,25 @@ auto WithContext(const std::string& text, Function function) {
 void ConvertInstruction(ToolRun& run, const Choice& choice) {
     ByteBuffer bytes;
     WithContext(choice.context, [&](void* context) {
-        return ProductData::ConvertAmpCommands(TextOf(choice.text), bytes, context);
+        return ProductData::ConvertAmpCommands(FromUtf8(choice.text), bytes, context);
     });
     WriteOutput(run, choice.output, bytes);
 }
 
 void MakeCommand(ToolRun& run, const Choice& choice) {
-    const ProductData::PdlType type = ProductData::GetPDLType(TextOf(choice.type));
+    const ProductData::PdlType type = ProductData::GetPDLType(FromUtf8(choice.type));
     ByteBuffer bytes;
     const bool isFound = WithContext(choice.context, [&](void* context) {
         ProductData data;
-        ReadModel(run, choice.folder, Unmarked(choice.model), data);
-        return data.GetPDLCommand(TextOf(choice.feature), TextOf(choice.option), type, bytes, context,
-                                  TextOf(choice.qualifier));
+        ReadModel(run, choice.folder, choice.model, data);
+        return data.GetPDLCommand(FromUtf8(choice.feature), FromUtf8(choice.option), type, bytes, context,
+                                  FromUtf8(choice.qualifier));
     });
     if (!isFound) {
         NV_THROW(ExceptionFeatureNotFound, "MakeCommand", __LINE__,
                  NV_TEXT("model \"%s\" has no %s command for option \"%s\" of feature \"%s\""),
-                 TextOf(choice.model), TextOf(choice.type), TextOf(choice.option), TextOf(choice.feature));
+                 FromUtf8(choice.model), FromUtf8(choice.type), FromUtf8(choice.option),
+                 FromUtf8(choice.feature));
     }
     run.subject.clear();
     WriteOutput(run, choice.output, bytes);

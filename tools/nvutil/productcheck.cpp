@@ -304,7 +304,7 @@ public:
                 m_findings.Add(shown, "the path leads out of the product data folder");
             } else if (std::error_code ignored;
                        !std::filesystem::exists(productfiles::PathOf(path), ignored)) {
-                m_findings.Add(shown, "names a missing file: " + Quoted(ViewOf(path)));
+                m_findings.Add(shown, "names a missing file: " + Quoted(ViewOf(value)));
             } else if (pathTypes[i] == ProductData::InfoTypePdl && m_read.insert(Text(ViewOf(path))).second) {
                 ReadCommands(path);
             }

@@ -32,7 +32,9 @@ void Seal(ToolRun& run, const SealArguments& arguments) {
 void Unseal(ToolRun& run, const SealArguments& arguments) {
     ByteBuffer plain = DataEncrypter::DecryptBytes(ReadInput(run, arguments.input));
     const platform::WipeAtEnd wipe(plain);
-    WriteOutput(run, arguments.output, plain);
+    OutputChoice output = arguments.output;
+    output.isSecret = true;
+    WriteOutput(run, output, plain);
 }
 
 void AddSealCommand(CLI::App& app, ToolRun& run, const std::string& name, const std::string& description,

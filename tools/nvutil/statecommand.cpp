@@ -33,17 +33,17 @@ ByteBuffer BuildState(std::string_view json) {
     return PersistentAttributes(document.nameSpaces).GetPersistentAttributesState();
 }
 
-/// Prints a state as JSON. States by other writers may have bytes that mean the same as those that this
-/// library writes, such as 2 for true; building such a state again changes them, which the user is told.
+/// Prints a state as JSON. States by other writers may have bytes that the JSON form does not tell, such as 2
+/// for true or the type of a namespace's list; building such a state again changes them, which the user is
+/// told.
 void ShowJson(ToolRun& run, const StateContents& contents) {
     const std::string json = WriteStateJson(contents);
-    run.out << json;
     PersistentAttributes::PersistentAttributesHeaderType header;
     ByteBuffer rebuilt;
     PersistentAttributes::GetComponentsFromStateDataBuffer(BuildState(json), header, rebuilt);
+    run.out << json;
     if (rebuilt != contents.uncompressed)
-        run.error << "nvutil: " << OneLine(run.subject)
-                  << ": a state built from this JSON holds the same in other bytes\n";
+        run.error << "nvutil: " << OneLine(run.subject) << ": a state built from this JSON has other bytes\n";
 }
 
 /// Prints every byte, also of a damaged state as far as it can be read.

@@ -79,14 +79,13 @@ private:
     }
 
     void CompareNameSpaces(const std::string& path, const NameSpace* before, const NameSpace* after) {
-        const auto sizeOf = [](const NameSpace& nameSpace) {
-            return CountText(CountAttributes(nameSpace.attributes), "attribute");
-        };
         if (before == nullptr) {
-            Print('+', path, sizeOf(*after));
+            Print('+', path, DisplayOfNameSpace(*after));
         } else if (after == nullptr) {
-            Print('-', path, sizeOf(*before));
+            Print('-', path, DisplayOfNameSpace(*before));
         } else {
+            if (before->listType != after->listType || before->isSpecified != after->isSpecified)
+                Print('~', path, DisplayOfNameSpace(*before) + " -> " + DisplayOfNameSpace(*after));
             CompareLists(path, before->attributes, after->attributes, 0);
         }
     }

@@ -1,6 +1,7 @@
 // A persisted attribute state, taken apart for showing and comparing.
 #include "nvutil/statefile.h"
 
+#include "nvutil/text.h"
 #include "utilities/attributebytes/attributebytes.h"
 #include "utilities/attributebytes/attributebytesindexedlist.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
@@ -24,8 +25,9 @@ std::vector<NameSpace> ReadNameSpaces(const ByteBuffer& uncompressed) {
             NV_THROW(ExceptionInappropriateAttributeId, "ReadState", __LINE__,
                      NV_TEXT("a namespace has an identifier of another kind: %s"), id.GetDumpDisplayString());
         }
+        const AttributeBytesListValue& list = entry.GetAttributeBytesValue().GetListValue();
         nameSpaces.push_back({static_cast<const AttributeBytesNameSpacesId&>(id).GetNameSpaceId(),
-                              entry.GetAttributeBytesValue().GetListValue().GetValue()});
+                              list.GetListType(), list.IsSpecified(), list.GetValue()});
     }
     return nameSpaces;
 }
@@ -46,6 +48,13 @@ std::size_t CountAttributes(const AttributeBytesRawList& list) {
     for (auto it = list.GetRawListIterator(); list.IsValidRawListIterator(it); ++count)
         list.GetNextAttributeBytesFromRawListIterator(it);
     return count;
+}
+
+std::string DisplayOfNameSpace(const NameSpace& nameSpace) {
+    std::string text = CountText(CountAttributes(nameSpace.attributes), "attribute");
+    if (nameSpace.listType != 0) text += ", list type " + std::to_string(nameSpace.listType);
+    if (!nameSpace.isSpecified) text += "  (unspecified)";
+    return text;
 }
 
 std::size_t CountAllAttributes(const StateContents& contents) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 #include "platform/types.h"
@@ -13,6 +14,8 @@
 /// One namespace of a state.
 struct NameSpace {
     LONG number;
+    BYTE listType;  ///< 0 in what this library writes.
+    bool isSpecified;
     AttributeBytesRawList attributes;
 };
 
@@ -32,5 +35,7 @@ StateContents ReadState(const ByteBuffer& state);
 
 /// Number of attributes of a list, nested ones not counted.
 std::size_t CountAttributes(const AttributeBytesRawList& list);
+/// A namespace's number of attributes, and what else its list has when that is unusual.
+std::string DisplayOfNameSpace(const NameSpace& nameSpace);
 /// Number of attributes of all namespaces, nested ones included.
 std::size_t CountAllAttributes(const StateContents& contents);

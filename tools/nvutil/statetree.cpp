@@ -50,8 +50,7 @@ std::string WriteStateTree(const StateContents& contents) {
     AppendHeader(out, contents);
     for (const NameSpace& nameSpace : contents.nameSpaces) {
         out += "\nNamespace " + std::to_string(nameSpace.number) + " (" +
-               std::string(NameOfNameSpace(nameSpace.number)) +
-               "): " + CountText(CountAttributes(nameSpace.attributes), "attribute") + '\n';
+               std::string(NameOfNameSpace(nameSpace.number)) + "): " + DisplayOfNameSpace(nameSpace) + '\n';
         AppendList(out, nameSpace.attributes, 0);
     }
     return out;

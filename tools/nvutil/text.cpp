@@ -172,7 +172,7 @@ std::string OneLine(std::string_view text) {
 
 std::string HexText(std::span<const BYTE> bytes, std::string_view separator) {
     std::string text;
-    text.reserve(bytes.size() * (2 + separator.size()));
+    text.reserve(bytes.size() * (2 + separator.size()) + 1);  // and a line's end, which callers add
     for (const BYTE byte : bytes) {
         if (!text.empty()) text += separator;
         text += hexDigits[byte >> 4];

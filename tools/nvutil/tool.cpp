@@ -19,16 +19,28 @@ constexpr auto description =
     "\"-\" stands for standard input or output.\n"
     "Exit status: 0 success, 1 the input was refused, 2 wrong usage.";
 
-bool IsNegativeNumber(const std::string& argument) {
-    return argument.size() > 1 && argument[0] == '-' &&
-           ((argument[1] >= '0' && argument[1] <= '9') || argument[1] == '.');
+// CLI11 takes "-.5" for an option, unlike "-5", so it meets such an argument with a mark in front that no
+// argument has.
+constexpr char mark = '\0';
+
+std::string WithoutMark(const std::string& argument) {
+    return argument.starts_with(mark) ? argument.substr(1) : argument;
+}
+
+/// Lets every command see the arguments as they were given.
+void TakeMarksAway(CLI::App& app) {
+    for (CLI::Option* const option : app.get_options())
+        option->transform(WithoutMark);
+    for (CLI::App* const command : app.get_subcommands(nullptr))
+        TakeMarksAway(*command);
 }
 
 /// Parses and, by the commands' callbacks, runs. CLI11 reports by throwing.
 void Parse(CLI::App& app, std::span<const std::string> arguments) {
+    TakeMarksAway(app);
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     for (std::string& argument : reversed) {
-        if (IsNegativeNumber(argument)) argument.insert(argument.begin(), negativeNumberMark);
+        if (argument.starts_with("-.")) argument.insert(argument.begin(), mark);
     }
     app.parse(std::move(reversed));
 }
@@ -47,10 +59,6 @@ int ReportUsage(const CLI::App& app, const CLI::ParseError& error, ToolRun& run)
 }
 
 }  // namespace
-
-std::string Unmarked(const std::string& argument) {
-    return argument.starts_with(negativeNumberMark) ? argument.substr(1) : argument;
-}
 
 void ReportRefusal(ToolRun& run, const std::exception& exception) {
     run.error << "nvutil: " << RefusalText(exception, run.subject) << '\n';
@@ -75,6 +83,7 @@ int RunTool(std::span<const std::string> arguments, std::istream& in, std::ostre
     AddConvertCommand(app, run);
     AddIntegrityCommands(app, run);
     AddSealCommands(app, run);
+    AddXmlCommands(app, run);
     AddExceptionsCommand(app, run);
     try {
         Parse(app, arguments);

@@ -88,6 +88,8 @@ public:
         if (!m_descriptor.IsOpen() || fstat(m_descriptor.Get(), &status) != 0) FailWithErrno(m_path);
         if (status.st_uid != geteuid()) Fail(m_path, "belongs to another user");
         if ((status.st_mode & othersMayWrite) != 0) Fail(m_path, "others can write to it");
+        const bool isOpen = (status.st_mode & othersMayAnything) != 0;  // to their eyes, as others made it
+        if (isOpen && fchmod(m_descriptor.Get(), folderMode) != 0) FailWithErrno(m_path);
     }
 
     int Get() const { return m_descriptor.Get(); }

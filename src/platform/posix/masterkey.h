@@ -41,8 +41,8 @@ constexpr std::size_t masterKeySize = 32;
 ///
 /// It lies in "nvutil/seal.key" below $XDG_DATA_HOME, or below ~/.local/share when that is not set; the home
 /// folder itself is never made. The file must belong to the user and nobody else may have any access to it;
-/// nobody else may write to its folder. It is read for every call, so that it stays in memory no longer than
-/// it is used.
+/// nobody else may write to its folder, which is closed to others when they can read it. The key is read for
+/// every call, so that it stays in memory no longer than it is used.
 ///
 /// @param mayCreate  make a key when there is none; several processes that do so at once agree on one
 /// @throws ProtectionFailure

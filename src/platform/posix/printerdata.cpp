@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -45,9 +46,10 @@ public:
         auto printer = std::make_shared<OpenPrinter>();
         printer->name = name;
         printer->file = PrinterStore::FindFile();
-        const HANDLE handle = printer.get();
         const std::lock_guard lock(m_lock);
         if (m_isCutOff) FailCutOff();
+        // Counted, so that one that was closed never becomes another printer's.
+        const auto handle = reinterpret_cast<HANDLE>(++m_lastHandle);
         m_printers.emplace(handle, std::move(printer));
         return handle;
     }
@@ -107,6 +109,7 @@ private:
     bool m_isForkedInUse = false;        ///< The same: whether a connection could not be closed.
     bool m_isCutOff = false;             ///< Whether this process is the child of such a fork.
     std::mutex m_lock;
+    std::uintptr_t m_lastHandle = 0;
     std::map<HANDLE, std::shared_ptr<OpenPrinter>> m_printers;
 };
 
@@ -129,6 +132,10 @@ public:
         if (m_printer->store == nullptr) m_printer->store = std::make_unique<PrinterStore>(m_printer->file);
         return *m_printer->store;
     }
+    /// Sees to it that the next operation finds what others write meanwhile.
+    void DropSnapshot() {
+        if (m_printer->store != nullptr && m_printer->store->IsSnapshot()) DropStore();
+    }
     /// Gives the connection up after a failure; the next operation makes another one.
     void DropStore() {
         if (m_printer->store != nullptr && !m_printer->store->IsInUpdate()) m_printer->store.reset();
@@ -145,7 +152,9 @@ PrinterStatus WithPrinter(HANDLE handle, Operation operation) {
     try {
         PrinterInUse printer(handle);
         try {
-            return operation(printer);
+            PrinterStatus status = operation(printer);
+            printer.DropSnapshot();
+            return status;
         } catch (const PrinterStoreError&) {
             printer.DropStore();
             throw;

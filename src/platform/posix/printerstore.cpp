@@ -82,6 +82,7 @@ constexpr CodeOfResult codes[] = {
 };
 constexpr int primaryResultMask = 0xFF;
 constexpr DWORD codeOfOtherResults = 31;  // a device that does not work
+constexpr DWORD pathNotFound = 3;
 constexpr DWORD invalidData = 13;
 
 DWORD CodeOf(int result) {
@@ -106,11 +107,14 @@ fs::path FolderOf(const char* variable) {
     throw PrinterStoreError{{code, Wide(file.string() + ": " + problem)}};
 }
 
-/// Makes the folders above a file, readable for their owner alone.
+/// Makes the folders above a file, readable for their owner alone. What fails shows on opening the file.
 void MakeFolders(const fs::path& folder) {
-    if (folder.empty() || fs::is_directory(folder)) return;
-    MakeFolders(folder.parent_path());
-    ::mkdir(folder.c_str(), S_IRWXU);  // what fails here, or is made by others meanwhile, shows on opening
+    fs::path made;
+    for (const fs::path& part : folder) {
+        made /= part;
+        std::error_code unreachable;
+        if (::mkdir(made.c_str(), S_IRWXU) != 0 && !fs::is_directory(made, unreachable)) return;
+    }
 }
 
 /// Makes the file when there is none, so that it is readable for its owner alone. One that exists is not
@@ -119,6 +123,22 @@ void MakeFile(const fs::path& file) {
     MakeFolders(file.parent_path());
     const int made = ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (made >= 0) ::close(made);
+}
+
+/// Whether a file stands where no other can be made beside it.
+bool CanOnlyBeRead(const fs::path& file) {
+    std::error_code unreachable;
+    return fs::is_regular_file(file, unreachable) &&
+           ::faccessat(AT_FDCWD, file.parent_path().c_str(), W_OK, AT_EACCESS) != 0;
+}
+
+std::string UriOf(const fs::path& file) {
+    std::string uri = "file:";
+    for (const char c : file.string()) {
+        const bool hasMeaning = c == '%' || c == '?' || c == '#';
+        uri += hasMeaning ? (c == '%' ? "%25" : c == '?' ? "%3F" : "%23") : std::string(1, c);
+    }
+    return uri;
 }
 
 // While one thread makes the file, no other may have it open yet.
@@ -200,11 +220,16 @@ void PrinterStore::Finalize::operator()(sqlite3_stmt* statement) const {
 
 fs::path PrinterStore::FindFile() {
     const char* const chosen = std::getenv("NVUTIL_PRINTER_STORE");
-    if (chosen != nullptr && *chosen != '\0') return fs::absolute(chosen);
+    if (chosen != nullptr && *chosen != '\0') {
+        std::error_code error;
+        fs::path file = fs::absolute(chosen, error);
+        if (error) FailWithFile(chosen, pathNotFound, error.message());
+        return file;
+    }
     fs::path folder = FolderOf("XDG_STATE_HOME");
     if (folder.empty() && !FolderOf("HOME").empty()) folder = FolderOf("HOME") / ".local" / "state";
     if (folder.empty())
-        FailWithFile("printers.sqlite", 3,
+        FailWithFile("printers.sqlite", pathNotFound,
                      "none of NVUTIL_PRINTER_STORE, XDG_STATE_HOME and HOME says where it is");
     return folder / "nvutil" / "printers.sqlite";
 }
@@ -218,6 +243,10 @@ PrinterStore::PrinterStore(const fs::path& file) : m_file(file) {
             Prepare();
             return;
         } catch (const PrinterStoreError& error) {
+            if (CanOnlyBeRead(m_file)) {
+                OpenSnapshot();
+                return;
+            }
             // Others may be making the store, or recovering it, in ways that SQLite does not wait for.
             if (!IsAnotherAtWork(error.status.code) || Clock::now() >= end) throw;
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -230,9 +259,27 @@ PrinterStore::~PrinterStore() = default;
 void PrinterStore::Open() {
     const std::lock_guard lock(OpeningLock());
     MakeFile(m_file);
+    Connect(m_file, SQLITE_OPEN_READWRITE);
+}
+
+/// Opens what nobody is writing to, without the files beside it that SQLite shares with writers.
+void PrinterStore::OpenSnapshot() {
+    for (const char* const suffix : {"-wal", "-journal"}) {
+        std::error_code absent;
+        const std::uintmax_t size = fs::file_size(m_file.string() + suffix, absent);
+        if (!absent && size != 0)
+            Fail(CodeOf(SQLITE_READONLY),
+                 NV_TEXT("has unfinished changes, and its folder cannot be written"));
+    }
+    m_isSnapshot = true;
+    Connect(UriOf(m_file) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+    RequireOwnLayout();
+}
+
+void PrinterStore::Connect(const std::string& name, int flags) {
     sqlite3* connection = nullptr;
-    const int result =
-        sqlite3_open_v2(m_file.c_str(), &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int result = sqlite3_open_v2(name.c_str(), &connection, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    m_statements = {};
     m_connection.reset(connection);
     Require(result);
     Protect();

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/printerdata.h"
@@ -36,7 +37,8 @@ public:
     /// The file that the environment chooses.
     static std::filesystem::path FindFile();
 
-    /// Opens the database, which is made with its folder when it does not exist.
+    /// Opens the database, which is made with its folder when it does not exist. Where nothing can be written
+    /// beside it, it is opened as it is, for reading only.
     explicit PrinterStore(const std::filesystem::path& file);
     PrinterStore(const PrinterStore&) = delete;
     PrinterStore& operator=(const PrinterStore&) = delete;
@@ -57,6 +59,9 @@ public:
     void CommitUpdate();
     void AbandonUpdate() noexcept;
     bool IsInUpdate() const;
+
+    /// Whether the file is read without locks, so that it is to be opened anew for what others write.
+    bool IsSnapshot() const { return m_isSnapshot; }
 
 private:
     enum class Sql : std::size_t {
@@ -79,6 +84,8 @@ private:
     using OwnedStatement = std::unique_ptr<sqlite3_stmt, Finalize>;
 
     void Open();
+    void OpenSnapshot();
+    void Connect(const std::string& name, int flags);
     void Protect();
     void Prepare();
     bool IsEmpty();
@@ -93,6 +100,7 @@ private:
     [[noreturn]] void Fail(DWORD code, const Text& problem);
 
     std::filesystem::path m_file;
+    bool m_isSnapshot = false;
     std::unique_ptr<sqlite3, Close> m_connection;
     std::array<OwnedStatement, static_cast<std::size_t>(Sql::count)> m_statements;
 };

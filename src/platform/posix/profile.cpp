@@ -125,7 +125,8 @@ std::string ReadText(const WChar* file, const char* section, const char* key, co
     }
     if (section == nullptr) return Cut(ListSections(content.GetView()), capacity, listTerminators);
     const std::string list = ListKeys(content.GetView(), section);
-    return list.empty() ? Cut(instead, capacity, textTerminators) : Cut(list, capacity, listTerminators);
+    const bool isNone = list.empty() || list.front() == '\0';  // it cannot begin with a key without a name
+    return isNone ? Cut(instead, capacity, textTerminators) : Cut(list, capacity, listTerminators);
 }
 
 std::string ReadSection(const WChar* file, const char* section, std::size_t capacity) {

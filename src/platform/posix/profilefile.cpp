@@ -11,15 +11,13 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <random>
 #include <system_error>
 #include <thread>
 
 namespace platform {
 
 namespace {
-
-// Writers hold the folder's lock, so what is left of this name is from one that crashed.
-constexpr const char* temporaryName = ".nvutil-profile.tmp";
 
 constexpr std::int64_t largestFile = 0x7FFFFFFF;
 
@@ -128,9 +126,16 @@ bool TakeOver(int file, const struct stat& predecessor) {
     return fchmod(file, predecessor.st_mode & notForOthers) == 0;
 }
 
+/// A name that nobody can take first, in a folder where others may write too.
+std::string TemporaryName() {
+    std::random_device random;
+    return ".nvutil-profile." + std::to_string(random()) + std::to_string(random()) + ".tmp";
+}
+
 bool Replace(int folder, const char* name, std::string_view text, const struct stat& status) {
     const bool isNew = status.st_mode == 0;
-    unlinkat(folder, temporaryName, 0);
+    const std::string temporary = TemporaryName();
+    const char* const temporaryName = temporary.c_str();
     const Descriptor file(openat(folder, temporaryName, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
                                  isNew ? 0666 : 0600));
     if (!file.IsOpen()) return false;

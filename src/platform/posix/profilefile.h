@@ -25,7 +25,9 @@ std::optional<FileContent> ReadProfileFile(const std::string& path);
 /// readers find either the old file or the new one. The new one keeps the permissions of the old. Of a
 /// symbolic link the file that it names is changed.
 ///
-/// The lock is the folder's: it leaves no file behind, and is there before the file is.
+/// The lock is the folder's: it leaves no file behind, and is there before the file is. It is advisory, so
+/// whoever can read the folder can hold it and make writers fail, but not make them write elsewhere.
+/// A writer that is killed may leave a file ".nvutil-profile.<number>.tmp", which can be removed.
 /// @param change  is given the text, empty for a missing file, and returns whether it may be written. A text
 ///                that it leaves alone is not.
 /// @return whether the file holds the changed text now

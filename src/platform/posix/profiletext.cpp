@@ -51,7 +51,7 @@ public:
     bool Step() {
         m_begin = m_next;
         if (m_begin == m_text.size()) return false;
-        m_end = std::min(Find('\n', m_begin), FindCarriageReturn());
+        m_end = std::min(Find('\n', m_lineFeed), Find('\r', m_carriageReturn));
         m_next = m_end;
         if (m_next < m_text.size() && m_text[m_next] == '\r') ++m_next;
         if (m_next < m_text.size() && m_text[m_next] == '\n') ++m_next;
@@ -67,14 +67,11 @@ public:
     std::size_t GetNext() const { return m_next; }
 
 private:
-    std::size_t Find(char c, std::size_t position) const {
-        return std::min(m_text.find(c, position), m_text.size());
-    }
-
-    // The last one found is kept, so that a text without any is searched only once.
-    std::size_t FindCarriageReturn() {
-        if (m_carriageReturn == unknown || m_carriageReturn < m_begin) m_carriageReturn = Find('\r', m_begin);
-        return m_carriageReturn;
+    /// Finds a character at or behind the line's begin.
+    /// @param last  where it was found last, so that a text with few of them is not searched again and again
+    std::size_t Find(char c, std::size_t& last) const {
+        if (last == unknown || last < m_begin) last = std::min(m_text.find(c, m_begin), m_text.size());
+        return last;
     }
 
     static constexpr std::size_t unknown = std::string_view::npos;
@@ -83,6 +80,7 @@ private:
     std::size_t m_begin = 0;
     std::size_t m_end = 0;
     std::size_t m_next;
+    std::size_t m_lineFeed = unknown;
     std::size_t m_carriageReturn = unknown;
 };
 
@@ -158,7 +156,8 @@ void InsertLines(std::string& text, std::size_t position, std::string lines, con
 
 void AppendSection(std::string& text, std::string_view section, const std::string& lines) {
     const std::string lineEnd = LineEndOf(text);
-    InsertLines(text, text.size(), std::string("[").append(section).append("]") + lineEnd + lines, lineEnd);
+    const std::string header = "[" + std::string(TrimmedFront(section)) + "]";
+    InsertLines(text, text.size(), header + lineEnd + lines, lineEnd);
 }
 
 }  // namespace
@@ -198,7 +197,7 @@ std::string ListSections(std::string_view text) {
 std::string ListKeys(std::string_view text, std::string_view section) {
     std::string list;
     Lines lines(text);
-    if (!StepToSection(lines, Trimmed(section))) return list;
+    if (!StepToSection(lines, section)) return list;
     while (StepInSection(lines)) {
         const Entry entry = EntryOf(lines.GetLine());
         if (entry.value && !entry.IsComment()) AppendToList(list, entry.key);
@@ -209,7 +208,7 @@ std::string ListKeys(std::string_view text, std::string_view section) {
 std::string ListEntries(std::string_view text, std::string_view section) {
     std::string list;
     Lines lines(text);
-    if (!StepToSection(lines, Trimmed(section))) return list;
+    if (!StepToSection(lines, section)) return list;
     while (StepInSection(lines)) {
         const Entry entry = EntryOf(lines.GetLine());
         if (entry.IsBlankLine() || entry.IsComment()) continue;
@@ -219,12 +218,12 @@ std::string ListEntries(std::string_view text, std::string_view section) {
 }
 
 void SetValue(std::string& text, std::string_view section, std::string_view key, std::string_view value) {
-    section = Trimmed(section);
+    value = TrimmedFront(value);
+    const std::string line = EntryLine(TrimmedFront(key), value);
     key = Trimmed(key);
-    value = Trimmed(value);
     const std::string lineEnd = LineEndOf(text);
     Lines lines(text);
-    if (!StepToSection(lines, section)) return AppendSection(text, section, EntryLine(key, value) + lineEnd);
+    if (!StepToSection(lines, Trimmed(section))) return AppendSection(text, section, line + lineEnd);
     std::size_t behindLast = lines.GetNext();
     while (StepInSection(lines)) {
         if (const auto entry = EntryOf(lines.GetLine(), key)) {
@@ -237,13 +236,12 @@ void SetValue(std::string& text, std::string_view section, std::string_view key,
         }
         if (!Content(lines.GetLine()).empty()) behindLast = lines.GetNext();
     }
-    InsertLines(text, behindLast, EntryLine(key, value) + lineEnd, lineEnd);
+    InsertLines(text, behindLast, line + lineEnd, lineEnd);
 }
 
 void RemoveKey(std::string& text, std::string_view section, std::string_view key) {
-    key = Trimmed(key);
     Lines lines(text);
-    if (!StepToSection(lines, Trimmed(section))) return;
+    if (!StepToSection(lines, section)) return;
     while (StepInSection(lines)) {
         if (!EntryOf(lines.GetLine(), key)) continue;
         text.erase(lines.GetBegin(), lines.GetNext() - lines.GetBegin());
@@ -253,7 +251,6 @@ void RemoveKey(std::string& text, std::string_view section, std::string_view key
 
 void RemoveSection(std::string& text, std::string_view section) {
     Lines lines(text);
-    section = Trimmed(section);
     if (!StepToSection(lines, section)) return;
     const std::size_t begin = section.empty() ? lines.GetNext() : lines.GetBegin();
     while (StepInSection(lines)) {
@@ -262,15 +259,18 @@ void RemoveSection(std::string& text, std::string_view section) {
 }
 
 void ReplaceSection(std::string& text, std::string_view section, const char* entries) {
-    section = Trimmed(section);
     const std::string lineEnd = LineEndOf(text);
     std::string replacement;
     for (std::string_view line(entries); !line.empty(); line = line.data() + line.size() + 1) {
-        const Entry entry = EntryOf(line);
-        if (entry.value) replacement += EntryLine(entry.key, *entry.value) + lineEnd;
+        const std::size_t equals = line.find('=');
+        if (equals == std::string_view::npos) continue;
+        const std::string_view key = TrimmedFront(line.substr(0, equals));
+        replacement += EntryLine(key, TrimmedFront(line.substr(equals + 1))) + lineEnd;
     }
+    // Deliberate: the platform then removes no lines, as it does not find them, and adds the new ones.
+    const bool keepsLines = section != Trimmed(section);
     Lines lines(text);
-    if (!StepToSection(lines, section)) {
+    if (!StepToSection(lines, Trimmed(section))) {
         if (!replacement.empty()) AppendSection(text, section, replacement);
         return;
     }
@@ -279,8 +279,8 @@ void ReplaceSection(std::string& text, std::string_view section, const char* ent
     while (StepInSection(lines)) {
         if (!Content(lines.GetLine()).empty()) behindLast = lines.GetNext();
     }
-    text.erase(begin, behindLast - begin);
-    InsertLines(text, begin, replacement, lineEnd);
+    if (!keepsLines) text.erase(begin, behindLast - begin);
+    InsertLines(text, keepsLines ? behindLast : begin, replacement, lineEnd);
 }
 
 }  // namespace platform::profiletext

@@ -5,8 +5,11 @@
 #include <string>
 #include <string_view>
 
-/// The rules are those of profile.h. Names may have blanks around them. The section without a name is what
-/// stands in front of the first header.
+/// The rules are those of profile.h. The section without a name is what stands in front of the first header.
+///
+/// Blanks around the names that are given do not count where a value is found or set, though those at an end
+/// are written when they are new. A section or key of such a name is not found where they are listed or
+/// removed. Both are the platform's habits.
 namespace platform::profiletext {
 
 /// Whether a text begins with the mark of UTF-16, in which nothing can be found.

@@ -8,19 +8,23 @@
 #include <algorithm>
 #include <climits>
 
-#include "platform/codepage.h"
-
 namespace platform::profile {
 
 namespace {
 
-/// A file's name as the 8-bit functions take it; empty when it cannot be told in the code page.
+constexpr const char* nameOfNoFile = "?";
+
+/// A file's name as the 8-bit functions take it. One that the code page cannot tell exactly must not become
+/// that of another file, so it becomes one that no file can have.
 std::string NarrowName(const WChar* file) {
-    const int length = lstrlenW(file) + 1;
-    std::string name(static_cast<std::size_t>(NarrowFromWide(CodePage::Ansi, file, length, nullptr, 0)),
-                     '\0');
-    NarrowFromWide(CodePage::Ansi, file, length, name.data(), static_cast<int>(name.size()));
-    return name;
+    const bool isUtf8 = GetACP() == CP_UTF8;  // which tells every name, and takes neither flag nor question
+    const DWORD flags = isUtf8 ? 0 : WC_NO_BEST_FIT_CHARS;
+    BOOL isReplaced = FALSE;
+    BOOL* const replaced = isUtf8 ? nullptr : &isReplaced;
+    const int size = WideCharToMultiByte(CP_ACP, flags, file, -1, nullptr, 0, nullptr, replaced);
+    std::string name(static_cast<std::size_t>(std::max(size, 0)), '\0');
+    WideCharToMultiByte(CP_ACP, flags, file, -1, name.data(), size, nullptr, replaced);
+    return isReplaced == FALSE && !name.empty() ? name : nameOfNoFile;
 }
 
 /// Calls a function that fills a buffer, with the caller's capacity or, as long as that is more than the

@@ -43,6 +43,10 @@ public:
     /// @param size  receives the number of its bytes
     /// @return false, and both are unchanged, when none is stored
     bool GetDeviceSettingsDataFromStorage(ByteBuffer& data, DWORD& size) const;
+    /// Reads the checksum that a driver may have stored beside the settings. The library never writes it.
+    /// @return false, and `crc` is unchanged, when there is none
+    /// @throws ExceptionNotEnoughBytesForDesiredDataType when it has less than 32 bits
+    bool GetDeviceSettingsCrcOnly(DWORD& crc) const;
 
     // Saving replaces the whole stored state. Deliberately, other namespaces that it had are not carried
     // over.
@@ -60,10 +64,6 @@ private:
 
     AttributeBytesIndexedList& GetList() const;
     void SaveDeviceSettingsRawList(const AttributeBytesRawList& list);
-    /// Reads the checksum that a driver may have stored beside the settings.
-    /// @return false, and `crc` is unchanged, when there is none
-    /// @throws ExceptionNotEnoughBytesForDesiredDataType when it has less than 32 bits
-    bool GetDeviceSettingsCrcOnly(DWORD& crc) const;
 
     Printer& m_printer;
     mutable std::optional<AttributeBytesIndexedList> m_list;  ///< Once it has been asked for.

@@ -15,6 +15,12 @@ constexpr char uncompressedName[] = "//Uncompressed-Data//";
 constexpr char compressedName[] = "//Compressed-Data//";
 constexpr LONG largestZlibOriginal = 32767;
 
+/// A cabinet as a file. Even one without bytes has a memory, so that the fault is in what it holds.
+CabBufferAsFile CabinetFile(const ByteBuffer& cabinet) {
+    static constexpr BYTE nothing = 0;
+    return {compressedName, cabinet.empty() ? &nothing : cabinet.getLpbyte(), cabinet.getDword()};
+}
+
 }  // namespace
 
 CabCompressedBuffer::CabCompressedBuffer() : CompressedBuffer(CF_CABINET, -1) {}
@@ -79,14 +85,13 @@ void CabCompressedBuffer::CompressBuffer(const BYTE* data, DWORD size, ByteBuffe
 }
 
 void CabCompressedBuffer::UncompressBuffer(const ByteBuffer& in, ByteBuffer& out) {
-    if (&in == &out) return UncompressBuffer(ByteBuffer(in), out);
     UncompressBuffer(in, 0, out);
 }
 
 void CabCompressedBuffer::UncompressBuffer(const ByteBuffer& in, LONG originalSize, ByteBuffer& out) {
-    static constexpr BYTE nothing = 0;
+    if (&in == &out) return UncompressBuffer(ByteBuffer(in), originalSize, out);
     const OwnedCriticalResource lock(CabContext::GetOperationLock());
-    CabBufferAsFile source(compressedName, in.empty() ? &nothing : in.getLpbyte(), in.getDword());
+    CabBufferAsFile source = CabinetFile(in);
     CabBufferAsFile destination(uncompressedName, out);
     CabDecompressionContext context(source, destination);
     if (originalSize > 0) context.ExpectFileSize(static_cast<DWORD>(originalSize));
@@ -117,6 +122,16 @@ bool CabCompressedBuffer::ConvertCompressedDataToNativeFormat(CompressionFormatE
         NV_THROW(ExceptionIncompatibleCompressionFormat,
                  "CabCompressedBuffer::ConvertCompressedDataToNativeFormat", __LINE__);
     return false;
+}
+
+void CabCompressedBuffer::CheckCompressedData(const ByteBuffer& compressed, LONG originalSize) const {
+    const OwnedCriticalResource lock(CabContext::GetOperationLock());
+    ByteBuffer nothing;
+    CabBufferAsFile source = CabinetFile(compressed);
+    CabBufferAsFile destination(uncompressedName, nothing);
+    CabDecompressionContext context(source, destination);
+    if (originalSize > 0) context.ExpectFileSize(static_cast<DWORD>(originalSize));
+    context.CheckSourceFile();
 }
 
 bool CabCompressedBuffer::TryToConvertZlibData(int setting, LONG originalSize, ByteBuffer& data) {

@@ -54,6 +54,7 @@ public:
     void UncompressData(const ByteBuffer& compressed, LONG originalSize, ByteBuffer& out) override;
     bool ConvertCompressedDataToNativeFormat(CompressionFormatEnum format, int setting, LONG originalSize,
                                              ByteBuffer& data, bool throwOnFailure) override;
+    void CheckCompressedData(const ByteBuffer& compressed, LONG originalSize) const override;
 
 private:
     friend struct CabCompressedBufferTestAccess;

@@ -81,11 +81,19 @@ void CabDecompressionContext::ExpectFileSize(DWORD size) {
 }
 
 void CabDecompressionContext::DecompressSourceFile() {
+    Run(true);
+}
+
+void CabDecompressionContext::CheckSourceFile() {
+    Run(false);
+}
+
+void CabDecompressionContext::Run(bool extracts) {
     const CurrentContextScope scope(*this);
     try {
         OpenCabinetContext();
         ValidateCabinet();
-        DecompressCabinetFile();
+        if (extracts) DecompressCabinetFile();
     } catch (...) {
         CloseCabinetContext(false);
         throw;

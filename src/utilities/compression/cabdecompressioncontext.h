@@ -37,6 +37,9 @@ public:
     ///         name or size than expected, and when the destination cannot be written
     /// @throws ExceptionCabinetLibraryConstructionFailure when the cabinet library cannot be had
     void DecompressSourceFile();
+    /// Runs all of it but the extraction, and so tells at little cost whether the structure is sound.
+    /// @throws what DecompressSourceFile throws before it writes
+    void CheckSourceFile();
 
     CXString CreateDisplayStringFromOperationError(int operationError) const override;
 
@@ -56,6 +59,7 @@ public:
 private:
     static constexpr std::int64_t anySize = -1;
 
+    void Run(bool extracts);
     void OpenCabinetContext();
     void ValidateCabinet();
     void CheckLayout(FileHandle handle);

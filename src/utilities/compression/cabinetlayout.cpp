@@ -89,7 +89,9 @@ public:
         m_isSingleFile = true;
         const FDIERROR fault = Check();
         if (fault != FDIERROR_NONE) return fault;
-        return m_files[0].entry.size == m_folders[0].size ? FDIERROR_NONE : FDIERROR_CORRUPT_CABINET;
+        const bool endsWithItsBlocks = m_folders[0].blockCount == 0 || m_position == m_cabinetSize;
+        const bool isWhole = m_files[0].entry.size == m_folders[0].size && endsWithItsBlocks;
+        return isWhole ? FDIERROR_NONE : FDIERROR_CORRUPT_CABINET;
     }
 
     std::uint32_t GetFileSize() const { return m_files.empty() ? 0 : m_files[0].entry.size; }
@@ -214,13 +216,18 @@ private:
             return false;
         const bool isSigned = block.payloadSize >= signatureSize && ReadAt(block.begin, start) &&
                               std::memcmp(start, blockSignature, signatureSize) == 0;
-        if (folder.compression == tcompTYPE_NONE)
-            return block.payloadSize == block.uncompressedSize && !(m_isSingleFile && isSigned);
+        const bool isStored = folder.compression == tcompTYPE_NONE;
+        if (isStored && block.payloadSize != block.uncompressedSize) return false;
+        if (isStored) return !(m_isSingleFile && isSigned && Expands(block));
         if (folder.compression != tcompTYPE_MSZIP) return true;
         if (!isSigned) return false;
         // Nothing is expanded of a folder without data, whatever the payload of its block.
-        if ((readerChecksPayloads && block.hasChecksum) || block.uncompressedSize == 0) return true;
+        return (readerChecksPayloads && block.hasChecksum) || block.uncompressedSize == 0 || Expands(block);
+    }
 
+    /// Whether a payload that begins as MSZIP's do expands to exactly the block's bytes.
+    bool Expands(const Block& block) {
+        constexpr std::uint32_t signatureSize = sizeof blockSignature;
         m_payload.resize(block.payloadSize - signatureSize);
         return ReadAt(block.begin + signatureSize, m_payload) &&
                MszipPayloadFillsBlock(m_payload, block.history, block.uncompressedSize);

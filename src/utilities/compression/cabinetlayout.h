@@ -13,12 +13,14 @@
 /// Cabinets come from places that other processes can write to, and cabinet libraries differ in what damage
 /// they survive. So both builds accept exactly the cabinets that hold to these rules:
 /// - version 1.3, not part of a set, no longer than the file; reserved areas are allowed and skipped;
+/// - the last block ends where the cabinet does;
 /// - one folder, with MSZIP compression or none, and one file, which is all that the folder holds;
 /// - folder, file entry (a name of 1 to 255 bytes) and every block lie inside the cabinet;
 /// - every block but the last has 32,768 bytes, the last has fewer or as many, and a block without bytes is
 ///   the only one of its folder;
-/// - in a folder without compression a payload has exactly the block's bytes and does not begin with "CK": no
-///   checksum covers the compression type, so that such a folder is an MSZIP folder with a damaged type;
+/// - in a folder without compression a payload has exactly the block's bytes, and these are not a sound MSZIP
+///   payload: no checksum covers the compression type, so that such a folder is an MSZIP folder with a
+///   damaged type;
 /// - with MSZIP the payload of a block begins with "CK"; of a block without a checksum, and of every block
 ///   where the platform's own library does the reading, it is also known to expand to exactly the block's
 ///   bytes.
@@ -42,11 +44,11 @@ inline constexpr WORD cabinetNameIsUtf8 = 0x80;
 ///
 /// The rules are those of CheckCabinetLayout with these differences:
 /// - any number of folders, compressed with MSZIP, LZX, Quantum or not at all; their blocks lie in the order
-/// of
-///   the folders and no two share bytes, so that reading a cabinet takes time in proportion to its size;
+///   of the folders and no two share bytes, so that reading a cabinet takes time in proportion to its size;
+///   bytes may follow the last;
 /// - one file or more, in the order of their folders and of their data, which lies inside the folder; no two
 ///   files share data;
-/// - a stored payload may begin with "CK", and what LZX and Quantum payloads hold is left to the library.
+/// - a stored payload may be anything, and what LZX and Quantum payloads hold is left to the library.
 ///
 /// @param file     read from anywhere; its position is not restored
 /// @param entries  receives the files in the order of the cabinet; unchanged when the cabinet is refused

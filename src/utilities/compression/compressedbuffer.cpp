@@ -12,6 +12,7 @@ namespace {
 
 constexpr DWORD largestOriginalSize = std::numeric_limits<LONG>::max();
 constexpr std::uint64_t largestExpansion = 1032;  // of deflate: 258 bytes in 2 bits
+constexpr LONG largestBelievedSize = 16 * 1024 * 1024;
 
 void AppendBigEndian(ByteBuffer& out, std::uint32_t value) {
     for (int shift = 24; shift >= 0; shift -= 8)
@@ -42,6 +43,8 @@ CompressedBuffer& CompressedBuffer::operator=(const CompressedBuffer& other) = d
 CompressedBuffer::~CompressedBuffer() = default;
 
 void CompressedBuffer::Dump() const {}
+
+void CompressedBuffer::CheckCompressedData(const ByteBuffer& /*compressed*/, LONG /*originalSize*/) const {}
 
 void CompressedBuffer::Store(const ByteBuffer& data) {
     if (data.size() > largestOriginalSize)
@@ -76,6 +79,7 @@ void CompressedBuffer::GetOriginalData(ByteBuffer& out) {
         NV_THROW(ExceptionCompression, "CompressedBuffer::GetOriginalData", __LINE__,
                  NV_TEXT("A state of %I64d bytes cannot hold %ld bytes of data"),
                  static_cast<std::int64_t>(m_state.size()), m_originalSize);
+    if (m_originalSize > largestBelievedSize) CheckCompressedData(m_state, m_originalSize);
     out.assign(originalSize, 0);
     UncompressData(m_state, m_originalSize, out);
 }

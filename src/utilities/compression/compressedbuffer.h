@@ -55,6 +55,10 @@ public:
     virtual bool ConvertCompressedDataToNativeFormat(CompressionFormatEnum format, int setting,
                                                      LONG originalSize, ByteBuffer& data,
                                                      bool throwOnFailure) = 0;
+    /// Refuses compressed bytes that cannot expand to the size that is claimed, without expanding them. The
+    /// base accepts all.
+    /// @throws ExceptionCompression
+    virtual void CheckCompressedData(const ByteBuffer& compressed, LONG originalSize) const;
 
     /// Compresses data and replaces the state.
     ///
@@ -67,7 +71,8 @@ public:
     /// Decompresses the data.
     ///
     /// The footer is not trusted: before anything is allocated, an original size above 1,032 times the size
-    /// of the state, which no compressed data can reach, is refused, and `out` then stays as it was.
+    /// of the state, which no compressed data can reach, is refused, and one above 16 MiB unless
+    /// CheckCompressedData accepts it; `out` then stays as it was.
     /// @param out  receives exactly the original data; after any other failure it holds as many zero bytes as
     ///             the original size says, or what could be decompressed
     /// @throws ExceptionCompression when the state is damaged, and as UncompressData

@@ -133,8 +133,7 @@ ExecutionContextLifetime::ExecutionContextLifetime(std::unique_ptr<ExecutionCont
 
 ExecutionContextLifetime::ExecutionContextLifetime(std::unique_ptr<ExecutionContextBase> context,
                                                    ExecutionContextStack& stack)
-    : m_stack(stack), m_context(context.get(), true) {
-    static_cast<void>(context.release());  // owned by m_context now
+    : m_stack(stack), m_context(context.release(), true) {  // which deletes it when it cannot keep it
     m_stack.PushContext(m_context);
 }
 

@@ -2,11 +2,11 @@
 #include <new>
 
 #include "platform/process.h"
-#include "platform/typename.h"
 #include "utilities/attributebytes/driverloadedcontext.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 #include "utilities/debuggingandexceptions/usermessage.h"
 #include "utilities/utilitiesdll/textresources.h"
+#include "utilities/xmlparser/npifparseexception.h"
 
 namespace {
 
@@ -14,11 +14,6 @@ CXString LoadText(unsigned id) {
     CXString text;
     text.LoadStringW(id);
     return text;
-}
-
-// The class stands two floors above, with the XML layer; its name is enough to know it by.
-bool IsNpifParseException(const std::exception& exception) {
-    return platform::TypeName(typeid(exception)) == "class NpifParseException";
 }
 
 bool IsReadFailure(const std::exception& exception) {
@@ -80,7 +75,7 @@ void NorvaException::GetCustomerMessageIDsForException(const std::exception* exc
 
     if (!IsNorvaException(*exception)) {
         second = textresources::otherFailureAdvice;
-    } else if (IsNpifParseException(*exception)) {
+    } else if (dynamic_cast<const NpifParseException*>(exception) != nullptr) {
         first = textresources::documentNotReadable;
         second = textresources::documentAdvice;
     } else if (IsReadFailure(*exception)) {

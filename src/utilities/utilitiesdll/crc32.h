@@ -8,12 +8,12 @@
 /// No function fails; the bytes handed over must be readable.
 class NVUTIL_API Crc32 {
 public:
-    /// Continues from a seed, which becomes the register as it stands.
+    /// Starts from a seed, which becomes the register as it stands.
     ///
-    /// Passing the previous result as the seed chains values, as the stored ones were made. Deliberately such
-    /// a value is not the CRC of the joined bytes, since the result is complemented and the seed is not; that
-    /// one is had by passing the complement of the previous result.
+    /// Passing the previous result chains values, as the stored ones were made. Deliberately such a value is
+    /// not the CRC of the joined bytes, since the result is complemented and a seed is not; that one is had
+    /// by passing the complement of the previous result.
     static DWORD GetCrc(const BYTE* bytes, DWORD length, DWORD seed);
-    /// The standard CRC-32, which begins with the seed 0xFFFFFFFF; 0 for no bytes.
+    /// The standard CRC-32, whose seed is 0xFFFFFFFF; 0 for no bytes.
     static DWORD GetCrc(const BYTE* bytes, DWORD length);
 };

@@ -169,7 +169,7 @@ public:
     /// Code units available without growing.
     int GetAllocLength() const { return GetData()->allocLength; }
     /// A private buffer that copies of this string do not share until UnlockBuffer. Assignments write to it
-    /// as long as the text fits.
+    /// as long as the text fits; whatever gives the string another buffer ends the lock.
     WChar* LockBuffer();
     void UnlockBuffer();
 

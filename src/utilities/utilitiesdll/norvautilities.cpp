@@ -50,13 +50,17 @@ ByteBuffer UTF8_Encode(const WChar* text) {
 ByteBuffer UTF8_Decode(const char* text) {
     // That a single byte decodes to nothing is deliberate.
     if (text == nullptr || text[0] == '\0' || text[1] == '\0') return {};
-    const int length = TerminatedLength(text);
+    const int terminatedLength = TerminatedLength(text);
     // There are never more code units than bytes, so that the size need not be asked for first.
-    ByteBuffer wide = BufferOf(length, sizeof(WChar));
+    ByteBuffer wide = BufferOf(terminatedLength, sizeof(WChar));
     if (wide.empty()) return {};
-    const int size =
-        platform::WideFromNarrow(CodePage::Utf8, text, length, reinterpret_cast<WChar*>(wide.data()), length);
-    wide.resize(static_cast<std::size_t>(size) * sizeof(WChar));
+    // The terminator is added here: the platform may take it for a part of a character that is cut off.
+    auto* const units = reinterpret_cast<WChar*>(wide.data());
+    const int length = terminatedLength - 1;
+    const int size = platform::WideFromNarrow(CodePage::Utf8, text, length, units, length);
+    if (size == 0) return {};
+    units[size] = 0;
+    wide.resize((static_cast<std::size_t>(size) + 1) * sizeof(WChar));
     return wide;
 }
 

@@ -91,17 +91,13 @@ std::uint32_t SextetOf(WChar character) {
 constexpr std::uint32_t noGroup = 0xFFFFFFFF;
 
 /// Four characters as the three bytes that they stand for, the first lowest, unless one is not of the
-/// alphabet. Each is looked at before the next is read, since the text may end with a zero.
+/// alphabet. None is read behind a zero, where the text may end.
 std::uint32_t GroupAt(const WChar* src) {
-    std::uint32_t group = 0;
-    for (std::size_t place = 0; place < 4; ++place) {
-        const WChar character = src[place];
-        if (character >= asciiLimit) return noGroup;
-        const std::uint32_t placed = placedSextets[place][character];
-        if ((placed & notOfAlphabet) != 0) return noGroup;
-        group |= placed;
-    }
-    return group;
+    if (src[0] == 0 || src[1] == 0 || src[2] == 0) return noGroup;
+    if ((src[0] | src[1] | src[2] | src[3]) >= asciiLimit) return noGroup;
+    const std::uint32_t group = placedSextets[0][src[0]] | placedSextets[1][src[1]] |
+                                placedSextets[2][src[2]] | placedSextets[3][src[3]];
+    return (group & notOfAlphabet) == 0 ? group : noGroup;
 }
 
 const WChar* SkipOthers(const WChar* src, const WChar* end) {

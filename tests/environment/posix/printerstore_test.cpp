@@ -201,20 +201,54 @@ TEST_F(PrinterStore, ThatCannotBeOpenedIsRefused) {
     ExpectFailure([] { Write({1}); });
     fs::remove(m_file);
     std::ofstream(m_folder / "file") << "no folder";
-    const std::string below = (m_folder / "file" / "printers.sqlite").string();
-    const EnvironmentScope choice("NVUTIL_PRINTER_STORE", below.c_str());
-    m_file = below;
-    ExpectFailure([] { Write({1}); });
+    fs::create_symlink("loop", m_folder / "loop");
+    for (const std::string& folder : {std::string("file"), std::string("loop"), std::string(300, 'x')}) {
+        m_file = (m_folder / folder / "printers.sqlite").string();
+        const EnvironmentScope choice("NVUTIL_PRINTER_STORE", m_file.c_str());
+        ExpectFailure([] { Write({1}); });
+    }
+    m_file = "no working folder.sqlite";
+    EXPECT_TRUE(Child([&] {
+                    const EnvironmentScope choice("NVUTIL_PRINTER_STORE", m_file.c_str());
+                    fs::create_directory(m_folder / "gone");
+                    fs::current_path(m_folder / "gone");
+                    fs::remove(m_folder / "gone");
+                    ExpectFailure([] { Write({1}); });
+                    return !HasFailure();
+                }).Succeeds());
+}
+
+TEST_F(PrinterStore, KnowsNoHandleThatWasClosed) {
+    Write({1});
+    const HANDLE closed = Printer(printerName).GetHandle();
+    const Printer next(printerName);
+    EXPECT_THROW(Printer{closed}, ExceptionInvalidPrinterHandle);
 }
 
 TEST_F(PrinterStore, ThatIsReadOnlyCanStillBeRead) {
+    m_file = (m_folder / "100%3F?#" / "printers.sqlite").string();
+    const EnvironmentScope choice("NVUTIL_PRINTER_STORE", m_file.c_str());
     Write({1});
-    std::string store = ReadStore();
-    store[18] = 3;  // a format that this version of the database may read and not write
-    WriteStore(store);
-    ExpectFailure([] { Write({2}); });
-    EXPECT_EQ(Read(), ByteBuffer{1});
+    const fs::path folder = fs::path(m_file).parent_path();
+    fs::permissions(m_folder, fs::perms(0755));
+    fs::permissions(m_file, fs::perms(0444));
+    fs::permissions(folder, fs::perms(0555));
+    const std::string store = ReadStore();
+    const auto readAsAnother = [&] {
+        return Child([&] {
+                   if (!GiveUpPrivileges()) return false;
+                   ExpectFailure([] { Write({2}); });
+                   return !HasFailure() && Read() == ByteBuffer{1};
+               })
+            .Succeeds();
+    };
+    EXPECT_TRUE(readAsAnother());
     EXPECT_TRUE(ReadStore() == store);
+    fs::permissions(folder, fs::perms(0755));
+    std::ofstream(m_file + "-wal") << "changes";
+    fs::permissions(folder, fs::perms(0555));
+    EXPECT_FALSE(readAsAnother()) << "what is not in the file yet must not be missed";
+    fs::permissions(folder, fs::perms(0755));
 }
 
 TEST_F(PrinterStore, ThatIsFullKeepsWhatItHas) {

@@ -85,6 +85,8 @@ TEST_F(Sealing, KeysAreMadeForTheUserAlone) {
     UseDataHome("another/and below");
     EXPECT_EQ(SealingRefusal(), "");
     umask(0022);
+    fs::permissions(fs::path(KeyFile()).parent_path(), fs::perms(0755));
+    EXPECT_EQ(SealingRefusal(), "");
     for (const char* const home : {"data", "another/and below"}) {
         UseDataHome(home);
         EXPECT_EQ(fs::status(KeyFile()).permissions(), fs::perms(0600));

@@ -103,6 +103,19 @@ TEST_F(DeviceSettings, AreNamespaceOneAndNoOther) {
     EXPECT_TRUE(saved.Exists(AttributeBytesNameSpacesId(1)));
 }
 
+TEST_F(DeviceSettings, TellTheirChecksum) {
+    const DeviceSettingsManager manager(m_printer);
+    DWORD crc = 7;
+    EXPECT_FALSE(manager.GetDeviceSettingsCrcOnly(crc));
+    const CXString checksum = NV_TEXT("NrvDeviceSettingsCrc");
+    m_printer.SetPrinterDataExW(Printer::driverDataKey, checksum, Printer::typeBinary, Bytes("01 02 03"));
+    EXPECT_THROW(manager.GetDeviceSettingsCrcOnly(crc), ExceptionNotEnoughBytesForDesiredDataType);
+    EXPECT_EQ(crc, 7u);
+    m_printer.SetPrinterDataExW(Printer::driverDataKey, checksum, Printer::typeDword, Bytes("26 39 F4 CB"));
+    EXPECT_TRUE(manager.GetDeviceSettingsCrcOnly(crc));
+    EXPECT_EQ(crc, 0xCBF43926);
+}
+
 TEST_F(DeviceSettings, ThatAreDamagedAreRefusedAndStay) {
     AttributeBytesNameSpaces others;
     others.SetNameSpaceAttributes(AttributeBytesNameSpacesId(2), ListOf(2));

@@ -149,6 +149,12 @@ TEST(CabinetLayout, AcceptsOrRefusesByItsRules) {
              c.blocks = {{ByteBuffer(32768, 0), 32768}, {Bytes("41"), 1}};
          },
          ""},
+        {"no compression of data that begins like a compressed block",
+         [](Cabinet& c) {
+             c.compression = 0;
+             c.blocks = {{Bytes("43 4B").append(ByteBuffer(32766, 0)), 32768}, {Bytes("41"), 1}};
+         },
+         "other data"},
         {"no compression and a block too short",
          [](Cabinet& c) {
              c.compression = 0;
@@ -190,6 +196,9 @@ TEST(CabinetLayout, AcceptsOrRefusesByItsRules) {
         change(cabinet);
         EXPECT_EQ(Fault(cabinet.Build()), fault) << what;
     }
+    Cabinet cabinet;
+    cabinet.missingSize = -1;
+    EXPECT_EQ(Fault(cabinet.Build().append(Bytes("00"))), corrupt) << "a size behind the last block's end";
 }
 
 // The library does not check these: what a decoder of fixed blocks would write beyond or leave out.

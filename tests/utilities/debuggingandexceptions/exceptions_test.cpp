@@ -12,6 +12,7 @@
 
 #include "support/narrow.h"
 #include "utilities/debuggingandexceptions/usermessage.h"
+#include "utilities/xmlparser/npifparseexception.h"
 
 struct NorvaExceptionTestAccess {
     static std::pair<unsigned, unsigned> CustomerMessageIds(const std::exception* exception) {
@@ -22,13 +23,6 @@ struct NorvaExceptionTestAccess {
     static bool IsMessageShown(bool force, bool suppress, bool nonInteractive, bool spooler) {
         return NorvaException::IsMessageShown(force, suppress, nonInteractive, spooler);
     }
-};
-
-// Stands for the class of the XML layer, which is known by its name.
-class NpifParseException : public NorvaException {
-public:
-    using NorvaException::NorvaException;
-    CXString GetExceptionTypeByNumericCode() const override { return NV_TEXT("001:001"); }
 };
 
 namespace {
@@ -268,7 +262,7 @@ TEST(ExceptionDisplay, ChoosesTheCustomerTexts) {
     EXPECT_EQ(Ids(35008, 35009), Access::CustomerMessageIds(&reading));
     const auto writing = Make<ExceptionWriteFile>();
     EXPECT_EQ(Ids(35004, 35005), Access::CustomerMessageIds(&writing));
-    const auto parsing = Make<NpifParseException>();
+    const NpifParseException parsing(CXString(), CXString(), 7, CXString(), {}, 2);
     EXPECT_EQ(Ids(35010, 35011), Access::CustomerMessageIds(&parsing));
 }
 

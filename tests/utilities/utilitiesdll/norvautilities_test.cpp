@@ -47,7 +47,8 @@ TEST(NorvaUtilities, ReplacesWhatIsMalformed) {
     EXPECT_EQ(Hex(UTF8_Decode("a\xFF"
                               "b")),
               "61 00 FD FF 62 00 00 00");
-    EXPECT_EQ(Hex(UTF8_Decode("0123456\xE2\x82")), "30 00 31 00 32 00 33 00 34 00 35 00 36 00 FD FF 00 00");
+    for (const char* const tail : {"\xE2\x82", "\xE0", "\xF0", "\xF0\x9F\x98"})
+        EXPECT_EQ(Hex(UTF8_Decode((std::string("ab") + tail).c_str())), "61 00 62 00 FD FF 00 00");
     static constexpr WChar lone[] = {0xD800, 'a', 0xDC00, 0};
     EXPECT_EQ(Hex(UTF8_Encode(lone)), "EF BF BD 61 EF BF BD 00");
 }

@@ -75,6 +75,11 @@ int Child::Wait() {
     return status;
 }
 
+bool GiveUpPrivileges() {
+    constexpr uid_t nobody = 65534;
+    return geteuid() != 0 || seteuid(nobody) == 0;
+}
+
 unsigned ModeOf(const std::string& file) {
     struct stat status {};
     return stat(file.c_str(), &status) == 0 ? status.st_mode & 0777 : 0;

@@ -52,5 +52,9 @@ private:
     int m_process;
 };
 
+/// Makes the process, a child, one whom permissions hold.
+/// @return whether it is
+bool GiveUpPrivileges();
+
 /// The lowest nine bits of a file's mode: 0600.
 unsigned ModeOf(const std::string& file);

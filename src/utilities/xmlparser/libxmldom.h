@@ -1,0 +1,107 @@
+// The document-object layer over libxml2. Each wrapper refers to a node, or none, and shares its tree.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "utilities/utilitiesdll/smallobject.h"
+#include "utilities/xmlparser/xmldom.h"
+#include "utilities/xmlparser/xmlparseerror.h"
+
+class LibXmlTree;
+struct _xmlNode;
+
+/// A node and the tree that keeps it alive.
+struct LibXmlNodeReference {
+    std::shared_ptr<LibXmlTree> tree = {};
+    _xmlNode* node = nullptr;
+};
+
+class NVUTIL_API LibXmlDomNode : public XmlDomNode, public SmallObject {
+public:
+    explicit LibXmlDomNode(LibXmlNodeReference node);
+    ~LibXmlDomNode() override;
+
+    std::uint32_t getNumChildNodes() const override;
+    CXString getNodeName() const override;
+    CXString getNodeValue() const override;
+    std::unique_ptr<XmlDomNode> getFirstChild() override;
+    std::unique_ptr<XmlDomNode> getNextSibling() override;
+    std::unique_ptr<XmlDomNamedNodeMap> getAttributes() override;
+    bool isElementNode() const override;
+    operator bool() const override;
+    CXString getDomNodeTypeDebugDisplayString() const override;
+    bool isTextNode() const override;
+    /// @param child  a node of this implementation, as everywhere
+    std::unique_ptr<XmlDomNode> appendChild(XmlDomNode& child) override;
+    std::unique_ptr<XmlDomNode> removeChild(XmlDomNode& child) override;
+
+protected:
+    std::unique_ptr<XmlDomNode> getNullNode() override;
+
+private:
+    LibXmlNodeReference m_node;
+};
+
+class NVUTIL_API LibXmlDomText : public XmlDomText {
+public:
+    explicit LibXmlDomText(LibXmlNodeReference text);
+    ~LibXmlDomText() override;
+
+    /// The text node, for the element that appends it.
+    const LibXmlNodeReference& getNativeObject() const { return m_text; }
+
+private:
+    LibXmlNodeReference m_text;
+};
+
+class NVUTIL_API LibXmlDomElement : public XmlDomElement {
+public:
+    explicit LibXmlDomElement(LibXmlNodeReference element);
+    ~LibXmlDomElement() override;
+
+    operator bool() const override;
+    std::unique_ptr<XmlDomNode> getAsDomNode() override;
+    void setAttribute(const CXString& name, const CXString& value) override;
+    void appendChild(XmlDomText& text) override;
+    std::unique_ptr<XmlDomElement> appendChild(XmlDomElement& element) override;
+
+private:
+    LibXmlNodeReference m_element;
+};
+
+class NVUTIL_API LibXmlDomNamedNodeMap : public XmlDomNamedNodeMap {
+public:
+    /// @param element  the element whose attributes these are
+    explicit LibXmlDomNamedNodeMap(LibXmlNodeReference element);
+    ~LibXmlDomNamedNodeMap() override;
+
+    std::unique_ptr<XmlDomNode> getNamedItem(const CXString& name) override;
+    operator bool() const override;
+
+    /// All attributes, those that declare namespaces behind the others.
+    std::vector<std::unique_ptr<XmlDomNode>> getItems() const;
+
+private:
+    LibXmlNodeReference m_element;
+};
+
+class NVUTIL_API LibXmlDomDocument : public XmlDomDocument {
+public:
+    LibXmlDomDocument(std::shared_ptr<LibXmlTree> tree, const XmlParseError& parseError);
+    ~LibXmlDomDocument() override;
+
+    std::unique_ptr<XmlDomElement> getDocumentElement() override;
+    std::unique_ptr<XmlDomElement> createElement(const CXString& name) override;
+    std::unique_ptr<XmlDomText> createTextNode(const CXString& text) override;
+
+    /// The error of the parse that made the document; its code is 0 when there was none.
+    const XmlParseError& getParseError() const { return m_parseError; }
+
+    /// The text that users report of a parse error; docs/xml.md shows it.
+    static CXString formatParseErrorDisplayString(const XmlParseError& parseError);
+
+private:
+    std::shared_ptr<LibXmlTree> m_tree;
+    XmlParseError m_parseError;
+};

@@ -1,0 +1,20 @@
+// MicrosoftComLibrary over the platform's COM library.
+#include "utilities/xmlparser/microsoftcomlibrary.h"
+
+#include <objbase.h>
+
+#include "utilities/debuggingandexceptions/throwprotocol.h"
+#include "utilities/xmlparser/npifparseexception.h"
+
+MicrosoftComLibrary::MicrosoftComLibrary() {
+    constexpr auto function = "MicrosoftComLibrary::MicrosoftComLibrary";
+    const HRESULT result = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    if (result == RPC_E_CHANGED_MODE) return;
+    if (result == E_OUTOFMEMORY) NV_THROW(ExceptionOutOfMemory, function, __LINE__);
+    if (FAILED(result)) NV_THROW_NPIFPARSE(NpifParseException::ComInitializationFailure, function);
+    initialized = true;
+}
+
+MicrosoftComLibrary::~MicrosoftComLibrary() {
+    if (initialized) CoUninitialize();
+}

@@ -1,0 +1,313 @@
+// The document-object layer over MSXML.
+#include "utilities/xmlparser/microsoftdom.h"
+
+#include <msxml2.h>
+
+#include <utility>
+
+#include "utilities/xmlparser/comcall.h"
+#include "utilities/xmlparser/xmlname.h"
+
+using comcall::Check;
+using comcall::Require;
+
+namespace {
+
+// MSXML 3.0's document class.
+constexpr CLSID documentClass = {
+    0xF6D90F11, 0x9C73, 0x11D3, {0xB3, 0x2E, 0x00, 0xC0, 0x4F, 0x99, 0x0B, 0xB4}};
+
+constexpr DWORD classContext =
+    CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER;
+
+std::unique_ptr<XmlDomNode> Wrap(ComPointer<IXMLDOMNode> node) {
+    return std::make_unique<MicrosoftDomNode>(std::move(node));
+}
+
+/// Asks an object for another of its interfaces; none when it does not have it.
+template <class Interface>
+ComPointer<Interface> Query(IUnknown& object, const IID& interfaceId) {
+    ComPointer<Interface> other;
+    const HRESULT result = object.QueryInterface(interfaceId, reinterpret_cast<void**>(other.Receive()));
+    if (FAILED(result) && result != E_NOINTERFACE) throw _com_error(result);
+    return other;
+}
+
+ComPointer<IXMLDOMDocument2> CreateDocument() {
+    ComPointer<IUnknown> object;
+    HRESULT result = CoCreateInstance(documentClass, nullptr, classContext, IID_IUnknown,
+                                      reinterpret_cast<void**>(object.Receive()));
+    if (SUCCEEDED(result)) result = OleRun(object.Get());
+    if (result == E_NOINTERFACE) return {};
+    if (FAILED(result)) throw _com_error(result);
+    return Query<IXMLDOMDocument2>(*object.Get(), comcall::documentInterface);
+}
+
+VARIANT_BOOL VariantBool(bool value) {
+    return value ? VARIANT_TRUE : VARIANT_FALSE;
+}
+
+// Some engines make nodes whose names nobody could read back.
+void RequireName(const CXString& name) {
+    if (!IsXmlName(name)) throw _com_error(E_FAIL);
+}
+
+/// The wrapper of this implementation behind an abstract one.
+template <class Wrapper, class Abstract>
+Wrapper& Own(Abstract& wrapper) {
+    auto* const own = dynamic_cast<Wrapper*>(&wrapper);
+    if (own == nullptr) throw _com_error(E_INVALIDARG);
+    return *own;
+}
+
+}  // namespace
+
+// --- Nodes ----------------------------------------------------------------------------------------------
+
+MicrosoftDomNode::MicrosoftDomNode(ComPointer<IXMLDOMNode> node) : m_node(std::move(node)) {}
+MicrosoftDomNode::~MicrosoftDomNode() = default;
+
+std::uint32_t MicrosoftDomNode::getNumChildNodes() const {
+    ComPointer<IXMLDOMNodeList> children;
+    Check(Require(m_node).get_childNodes(children.Receive()), *m_node.Get());
+    if (!children) return 0;
+    long length = 0;
+    Check(children->get_length(&length), *children.Get());
+    return static_cast<std::uint32_t>(length);
+}
+
+CXString MicrosoftDomNode::getNodeName() const {
+    comcall::String name;
+    Check(Require(m_node).get_nodeName(name.Receive()), *m_node.Get());
+    return name.AsText();
+}
+
+CXString MicrosoftDomNode::getNodeValue() const {
+    comcall::Variant value;
+    Check(Require(m_node).get_nodeValue(value.Receive()), *m_node.Get());
+    return value.AsText();
+}
+
+std::unique_ptr<XmlDomNode> MicrosoftDomNode::getFirstChild() {
+    ComPointer<IXMLDOMNode> child;
+    Check(Require(m_node).get_firstChild(child.Receive()), *m_node.Get());
+    return Wrap(std::move(child));
+}
+
+std::unique_ptr<XmlDomNode> MicrosoftDomNode::getNextSibling() {
+    ComPointer<IXMLDOMNode> sibling;
+    Check(Require(m_node).get_nextSibling(sibling.Receive()), *m_node.Get());
+    return Wrap(std::move(sibling));
+}
+
+std::unique_ptr<XmlDomNamedNodeMap> MicrosoftDomNode::getAttributes() {
+    ComPointer<IXMLDOMNamedNodeMap> map;
+    Check(Require(m_node).get_attributes(map.Receive()), *m_node.Get());
+    return std::make_unique<MicrosoftDomNamedNodeMap>(std::move(map));
+}
+
+int MicrosoftDomNode::GetNodeType() const {
+    DOMNodeType type = NODE_INVALID;
+    Check(Require(m_node).get_nodeType(&type), *m_node.Get());
+    return type;
+}
+
+bool MicrosoftDomNode::isElementNode() const {
+    return GetNodeType() == NODE_ELEMENT;
+}
+
+MicrosoftDomNode::operator bool() const {
+    return static_cast<bool>(m_node);
+}
+
+CXString MicrosoftDomNode::getDomNodeTypeDebugDisplayString() const {
+    return {};
+}
+
+bool MicrosoftDomNode::isTextNode() const {
+    return GetNodeType() == NODE_TEXT;
+}
+
+std::unique_ptr<XmlDomNode> MicrosoftDomNode::appendChild(XmlDomNode& child) {
+    IXMLDOMNode& native = Require(Own<MicrosoftDomNode>(child).m_node);
+    ComPointer<IXMLDOMNode> appended;
+    Check(Require(m_node).appendChild(&native, appended.Receive()), *m_node.Get());
+    return Wrap(std::move(appended));
+}
+
+std::unique_ptr<XmlDomNode> MicrosoftDomNode::removeChild(XmlDomNode& child) {
+    IXMLDOMNode& native = Require(Own<MicrosoftDomNode>(child).m_node);
+    ComPointer<IXMLDOMNode> removed;
+    Check(Require(m_node).removeChild(&native, removed.Receive()), *m_node.Get());
+    return Wrap(std::move(removed));
+}
+
+std::unique_ptr<XmlDomNode> MicrosoftDomNode::getNullNode() {
+    return Wrap({});
+}
+
+// --- Texts, elements and maps ---------------------------------------------------------------------------
+
+MicrosoftDomText::MicrosoftDomText(ComPointer<IXMLDOMText> text) : m_text(std::move(text)) {}
+MicrosoftDomText::~MicrosoftDomText() = default;
+
+MicrosoftDomElement::MicrosoftDomElement(ComPointer<IXMLDOMElement> element)
+    : m_element(std::move(element)) {}
+MicrosoftDomElement::~MicrosoftDomElement() = default;
+
+MicrosoftDomElement::operator bool() const {
+    return static_cast<bool>(m_element);
+}
+
+std::unique_ptr<XmlDomNode> MicrosoftDomElement::getAsDomNode() {
+    return Wrap(Query<IXMLDOMNode>(Require(m_element), IID_IXMLDOMNode));
+}
+
+void MicrosoftDomElement::setAttribute(const CXString& name, const CXString& value) {
+    IXMLDOMElement& element = Require(m_element);
+    RequireName(name);
+    Check(element.setAttribute(comcall::String(name).Get(), comcall::Variant(value).Get()), element);
+}
+
+void MicrosoftDomElement::appendChild(XmlDomText& text) {
+    IXMLDOMElement& element = Require(m_element);
+    IXMLDOMText* const native = Own<MicrosoftDomText>(text).getNativeObject();
+    if (native == nullptr) throw _com_error(E_POINTER);
+    ComPointer<IXMLDOMNode> appended;
+    Check(element.appendChild(native, appended.Receive()), element);
+}
+
+std::unique_ptr<XmlDomElement> MicrosoftDomElement::appendChild(XmlDomElement& child) {
+    IXMLDOMElement& element = Require(m_element);
+    ComPointer<IXMLDOMNode> appended;
+    Check(element.appendChild(&Require(Own<MicrosoftDomElement>(child).m_element), appended.Receive()),
+          element);
+    return std::make_unique<MicrosoftDomElement>(
+        Query<IXMLDOMElement>(Require(appended), IID_IXMLDOMElement));
+}
+
+MicrosoftDomNamedNodeMap::MicrosoftDomNamedNodeMap(ComPointer<IXMLDOMNamedNodeMap> map)
+    : m_map(std::move(map)) {}
+MicrosoftDomNamedNodeMap::~MicrosoftDomNamedNodeMap() = default;
+
+std::unique_ptr<XmlDomNode> MicrosoftDomNamedNodeMap::getNamedItem(const CXString& name) {
+    IXMLDOMNamedNodeMap& map = Require(m_map);
+    ComPointer<IXMLDOMNode> item;
+    Check(map.getNamedItem(comcall::String(name).Get(), item.Receive()), map);
+    constexpr auto declarationPrefix = NV_TEXT("xmlns");
+    if (item || name.Left(CXString::SafeStrlen(declarationPrefix)) != declarationPrefix)
+        return Wrap(std::move(item));
+    // Some engines list declarations of namespaces but do not find them.
+    for (std::unique_ptr<XmlDomNode>& listed : getItems()) {
+        if (listed->getNodeName() == name) return std::move(listed);
+    }
+    return Wrap({});
+}
+
+MicrosoftDomNamedNodeMap::operator bool() const {
+    return static_cast<bool>(m_map);
+}
+
+std::vector<std::unique_ptr<XmlDomNode>> MicrosoftDomNamedNodeMap::getItems() const {
+    IXMLDOMNamedNodeMap& map = Require(m_map);
+    long length = 0;
+    Check(map.get_length(&length), map);
+    std::vector<std::unique_ptr<XmlDomNode>> items;
+    for (long i = 0; i < length; ++i) {
+        ComPointer<IXMLDOMNode> item;
+        // Some engines count declarations of namespaces that they do not hand out.
+        if (SUCCEEDED(map.get_item(i, item.Receive())) && item) items.push_back(Wrap(std::move(item)));
+    }
+    return items;
+}
+
+// --- The document ---------------------------------------------------------------------------------------
+
+MicrosoftDomDocument::MicrosoftDomDocument() : m_document(CreateDocument()) {}
+MicrosoftDomDocument::MicrosoftDomDocument(const MicrosoftDomDocument& other) = default;
+MicrosoftDomDocument::~MicrosoftDomDocument() = default;
+
+std::unique_ptr<XmlDomElement> MicrosoftDomDocument::getDocumentElement() {
+    ComPointer<IXMLDOMElement> root;
+    Check(Require(m_document).get_documentElement(root.Receive()), *m_document.Get());
+    return std::make_unique<MicrosoftDomElement>(std::move(root));
+}
+
+std::unique_ptr<XmlDomElement> MicrosoftDomDocument::createElement(const CXString& name) {
+    IXMLDOMDocument2& document = Require(m_document);
+    RequireName(name);
+    ComPointer<IXMLDOMElement> element;
+    Check(document.createElement(comcall::String(name).Get(), element.Receive()), document);
+    return std::make_unique<MicrosoftDomElement>(std::move(element));
+}
+
+std::unique_ptr<XmlDomText> MicrosoftDomDocument::createTextNode(const CXString& text) {
+    IXMLDOMDocument2& document = Require(m_document);
+    ComPointer<IXMLDOMText> node;
+    Check(document.createTextNode(comcall::String(text).Get(), node.Receive()), document);
+    return std::make_unique<MicrosoftDomText>(std::move(node));
+}
+
+short MicrosoftDomDocument::load(IStream* stream) {
+    IXMLDOMDocument2& document = Require(m_document);
+    m_refusal = {};
+    VARIANT_BOOL isLoaded = VARIANT_FALSE;
+    const HRESULT result = document.load(comcall::Variant(stream).Get(), &isLoaded);
+    // Some engines report a document that is not well-formed by a failure of the call itself.
+    LONG code = 0;
+    if (FAILED(result) && (FAILED(getParseError()->get_errorCode(&code)) || code == 0))
+        Check(result, document);
+    return isLoaded;
+}
+
+HRESULT MicrosoftDomDocument::save(IStream* stream) {
+    return Require(m_document).save(comcall::Variant(stream).Get());
+}
+
+ComPointer<IXMLDOMParseError> MicrosoftDomDocument::getParseError() {
+    if (m_refusal) return m_refusal;
+    ComPointer<IXMLDOMParseError> error;
+    Check(Require(m_document).get_parseError(error.Receive()), *m_document.Get());
+    return error;
+}
+
+void MicrosoftDomDocument::setValidateOnParse(bool mustBeValid) {
+    IXMLDOMDocument2& document = Require(m_document);
+    Check(document.put_async(VARIANT_FALSE), document);
+    Check(document.put_resolveExternals(VariantBool(mustBeValid)), document);
+    Check(document.put_validateOnParse(VariantBool(mustBeValid)), document);
+}
+
+bool MicrosoftDomDocument::validate(ComPointer<IXMLDOMParseError>& parseError) {
+    IXMLDOMDocument2& document = Require(m_document);
+    const HRESULT result = document.validate(parseError.Receive());
+    Check(result, document);
+    return result == S_OK;
+}
+
+void MicrosoftDomDocument::refuse(ComPointer<IXMLDOMParseError> parseError) {
+    VARIANT_BOOL isLoaded = VARIANT_FALSE;
+    Require(m_document).loadXML(nullptr, &isLoaded);  // of nothing: its failure is the point
+    m_refusal = std::move(parseError);
+}
+
+CXString MicrosoftDomDocument::formatParseErrorDisplayString(
+    const ComPointer<IXMLDOMParseError>& parseError) {
+    IXMLDOMParseError& error = Require(parseError);
+    comcall::String url;
+    comcall::String reason;
+    comcall::String sourceText;
+    XmlParseError fields;
+    const HRESULT results[] = {
+        error.get_errorCode(&fields.errorCode), error.get_url(url.Receive()),
+        error.get_reason(reason.Receive()),     error.get_srcText(sourceText.Receive()),
+        error.get_line(&fields.line),           error.get_linepos(&fields.linePosition),
+        error.get_filepos(&fields.filePosition)};
+    for (const HRESULT result : results) {
+        if (result != E_NOTIMPL) Check(result, error);  // what an engine cannot tell is absent
+    }
+    fields.url = url.AsText();
+    fields.reason = reason.AsText();
+    fields.sourceText = sourceText.AsText();
+    return FormatParseError(fields);
+}

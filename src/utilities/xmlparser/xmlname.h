@@ -1,0 +1,7 @@
+// The names of elements and attributes.
+#pragma once
+
+#include "utilities/utilitiesdll/cxstring.h"
+
+/// Whether a text is a name of XML 1.0, with or without a prefix.
+bool IsXmlName(const CXString& name);

@@ -1,0 +1,139 @@
+// Where engines differ: what the layer over libxml2 does, which is what MSXML documents.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "utilities/xmlparser/comerror.h"
+#include "utilities/xmlparser/xmldocuments.h"
+
+namespace {
+
+using xmltest::Document;
+using xmltest::Folder;
+using xmltest::NameOf;
+using xmltest::Show;
+using xmltest::Text;
+using xmltest::Write;
+
+/// The value of an attribute of the root; "none" when there is none.
+std::string AttributeOf(Document& document, const char* name) {
+    CXString value = NV_TEXT("none");
+    document.GetRoot()->GetAttribute(Text(name), value);
+    return Narrow(value);
+}
+
+TEST(LibXmlParser, AddsTheAttributesOfTheDtd) {
+    const Folder folder;
+    folder.Write("t.dtd", "<!ELEMENT r EMPTY><!ATTLIST r k CDATA 'outer' j CDATA #FIXED 'j'>");
+    const CXString systemId = NameOf(folder.GetPath("a.xml"));
+    const std::string xml = "<!DOCTYPE r SYSTEM 't.dtd' [<!ATTLIST r k CDATA 'inner'>]><r/>";
+    Document loose(xml, false, systemId);
+    EXPECT_EQ(AttributeOf(loose, "k") + AttributeOf(loose, "j"), "innernone");
+    Document strict(xml, true, systemId);
+    EXPECT_EQ(AttributeOf(strict, "k") + AttributeOf(strict, "j"), "innerj");
+}
+
+TEST(LibXmlParser, ShowsNamespacesAsAttributes) {
+    Document document("<r xmlns='urn:r' xmlns:p='urn:p'><a/></r>");
+    EXPECT_EQ(AttributeOf(document, "xmlns") + ' ' + AttributeOf(document, "xmlns:p"), "urn:r urn:p");
+    EXPECT_EQ(AttributeOf(document, "xmlns:q") + ' ' + AttributeOf(document, "xmlnsp"), "none none");
+    document.GetRootElement()->setAttribute(NV_TEXT("xmlns:p"), NV_TEXT("urn:new"));
+    document.GetRootElement()->setAttribute(NV_TEXT("p:k"), NV_TEXT("1"));
+    EXPECT_EQ(AttributeOf(document, "xmlns:p") + AttributeOf(document, "p:k"), "urn:new1");
+    EXPECT_EQ(Write(document.GetParser()), "<r xmlns=\"urn:r\" xmlns:p=\"urn:new\" p:k=\"1\"><a/></r>\n");
+    EXPECT_EQ(Show("<p:r/>"), "refused");
+}
+
+TEST(LibXmlParser, KeepsWhiteSpaceThatIsPartOfAText) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"<r>&#32;x</r>", "r[#text=' x']"},
+        {"<r> &amp; </r>", "r[#text=' & ']"},
+        {"<r>&#32;&#10;</r>", "r[]"},
+        {"<r> <![CDATA[]]> </r>", "r[#cdata-section]"},
+        {"<!DOCTYPE r [<!ENTITY e 'x'>]><r> &e; </r>", "r[e]"},
+        {"<r xml:space='preserve'><a xml:space='default'> </a> </r>", "r[a[] #text=' ']"},
+    };
+    for (const auto& [xml, shown] : cases)
+        EXPECT_EQ(Show(xml), shown) << xml;
+    EXPECT_EQ(Show("<r>" + std::string(100000, ' ') + "<a/></r>"), "r[a[]]");
+}
+
+TEST(LibXmlParser, WritesInTheDeclaredEncoding) {
+    using namespace std::string_literals;
+    const std::string begin = "<?xml version=\"1.0\" encoding=\"";
+    const std::string texts[] = {
+        begin + "ISO-8859-1\"?>\n<r a=\"\xE4\">\xE4&#8364;</r>\n",
+        begin + "windows-1252\"?>\n<r a=\"\xE4\">\xE4\x80</r>\n",
+        begin + "US-ASCII\"?>\n<r>&#228;</r>\n",
+    };
+    for (const std::string& xml : texts) {
+        Document document(xml);
+        EXPECT_EQ(Write(document.GetParser()), xml);
+    }
+    Document undeclared("<r a='\xC3\xA4'/>");
+    EXPECT_EQ(Write(undeclared.GetParser()), "<r a=\"\xC3\xA4\"/>\n");
+    const std::string ascii = begin + "UTF-16\"?>\n<r>z</r>\n";
+    std::string wide = "\xFF\xFE";
+    for (const char c : ascii)
+        wide += c + "\0"s;
+    Document document(wide);
+    EXPECT_EQ(Write(document.GetParser()), wide);
+}
+
+TEST(LibXmlParser, TellsWhereTheErrorIs) {
+    Document tag("<r>\r\n <a>\xC3\xA4</b>\r\n</r>", false, NV_TEXT("a.xml"));
+    EXPECT_EQ(
+        tag.GetError(),
+        "MSXML Parse Error in 'a.xml' on line 2 and column 10 (15 from start of file)\r\n\t <a>?</b>\r\n"
+        "Error Code 76/0x4c: Reason=Opening and ending tag mismatch: a line 2 and b");
+    const Folder folder;
+    folder.Write("t.dtd", "\n<!ELEMENT r (a)>\n<!ELEMENT a (>");
+    Document dtd("<!DOCTYPE r SYSTEM 't.dtd'><r/>", true, NameOf(folder.GetPath("a.xml")));
+    EXPECT_NE(dtd.GetError().find("t.dtd' on line 3 and column 1"), std::string::npos) << dtd.GetError();
+    Document invalid("<!DOCTYPE r [<!ELEMENT r EMPTY>]>\n<r>\n<a/></r>", true);
+    EXPECT_NE(invalid.GetError().find("on line 3 and column 5 "), std::string::npos) << invalid.GetError();
+}
+
+TEST(LibXmlNodes, StandWhereTheyCan) {
+    Document document("<r><a><b/></a>t</r>");
+    const auto root = document.GetRoot();
+    const auto inner = root->getFirstChild()->getFirstChild();
+    const auto text = root->getFirstChild()->getNextSibling();
+    EXPECT_THROW(inner->appendChild(*root), _com_error);
+    EXPECT_THROW(inner->appendChild(*inner), _com_error);
+    EXPECT_THROW(text->appendChild(*inner), _com_error);
+    EXPECT_THROW(root->insertNodeBetweenThisAndItsChildren(*root), _com_error);
+    EXPECT_EQ(Show(*root), "r[a[b[]] #text='t']");
+}
+
+TEST(LibXmlNodes, OfTextStayApart) {
+    Document document("<r>a</r>");
+    const auto holder = document.GetParser().getDocument();
+    document.GetRootElement()->appendChild(*holder->createTextNode(NV_TEXT("b")));
+    EXPECT_EQ(Show(*document.GetRoot()), "r[#text='a' #text='b']");
+    EXPECT_EQ(Narrow(document.GetRoot()->GetTextValue()), "a");
+}
+
+TEST(LibXmlNodes, LiveOnWhenAnAttributeChanges) {
+    Document document("<r k='old'/>");
+    const auto attribute = document.GetRoot()->getAttributes()->getNamedItem(NV_TEXT("k"));
+    const auto text = attribute->getFirstChild();
+    document.GetRootElement()->setAttribute(NV_TEXT("k"), NV_TEXT("new"));
+    EXPECT_EQ(Narrow(text->getNodeValue() + attribute->getNodeValue()), "oldnew");
+}
+
+TEST(LibXmlNodes, CanBeNestedToAnyDepth) {
+    Document document("<r/>");
+    const auto holder = document.GetParser().getDocument();
+    auto last = holder->getDocumentElement();
+    for (int i = 0; i < 5000; ++i)
+        last = last->appendChild(*holder->createElement(NV_TEXT("a")));
+    last->appendChild(*holder->createElement(NV_TEXT("leaf")));
+    EXPECT_EQ(document.GetRoot()->GetNumberOfElementNodesRecursive(), 5001u);
+    EXPECT_TRUE(*document.GetRoot()->FindNamedChildElementNodeRecursive(NV_TEXT("leaf")));
+    EXPECT_EQ(Write(document.GetParser()).size(), 5000u * 7 + 7 + 8);
+}
+
+}  // namespace
