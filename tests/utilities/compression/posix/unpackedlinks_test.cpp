@@ -59,4 +59,10 @@ TEST(UnpackedLinks, MayLeadToTheTargetFolder) {
     EXPECT_EQ(ContentOf(folder / "real" / "sub" / "file"), "new");
 }
 
+TEST(UnpackedNames, OfTheTargetFolderMustBeText) {
+    constexpr WChar loneSurrogate = 0xD800;
+    EXPECT_THROW(CabinetUnpacker(CabinetOf("a")).UnpackTo(CXString(loneSurrogate)),
+                 ExceptionFileOperationCompression);
+}
+
 }  // namespace
