@@ -23,19 +23,20 @@ std::string MakeDocument(Kind kind) {
     for (int i = 0; xml.size() < documentSize; ++i) {
         const std::string number = std::to_string(i);
         if (kind == Capabilities) {
-            xml += "  <Feature id=\"" + number +
-                   "\" name=\"PageMediaSize\" constrained=\"None\">\n    <Option name=\"ISOA4\" "
-                   "width=\"210000\" height=\"297000\"/>\n    <Option name=\"NorthAmericaLetter\"><Value>" +
-                   number + "</Value></Option>\n  </Feature>\n";
+            xml.append("  <Feature id=\"")
+                .append(number)
+                .append("\" name=\"PageMediaSize\" fixed=\"None\">\n");
+            xml += "    <Option name=\"ISOA4\" width=\"210000\" height=\"297000\"/>\n";
+            xml.append("    <Option name=\"Letter\"><Value>").append(number).append("</Value></Option>\n");
+            xml += "  </Feature>\n";
         } else if (kind == Prose) {
             xml +=
-                "  <para>Zwölf Boxkämpfer jagen Viktor quer über den großen Sylter Deich. The quick brown "
-                "fox "
-                "jumps over the lazy dog &amp; runs away from everything that it met on its way home, "
-                "however "
-                "long that may have been.</para>\n";
+                "  <para>Zwölf Boxkämpfer jagen Viktor quer über den großen Sylter Deich. The quick brown ";
+            xml +=
+                "fox jumps over the lazy dog &amp; runs away from everything that it met on its way home, ";
+            xml += "however long that may have been.</para>\n";
         } else {
-            xml += "  <r><a>" + number + "</a><b>text</b><c>3.14</c></r>\n";
+            xml.append("  <r><a>").append(number).append("</a><b>text</b><c>3.14</c></r>\n");
         }
     }
     return xml + "</root>\n";

@@ -7,6 +7,8 @@
 #include <libxml/xmlerror.h>
 
 #include <algorithm>
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -44,6 +46,8 @@ private:
         return *static_cast<Reader*>(static_cast<xmlParserCtxt*>(context)->_private);
     }
     static void OnError(void* context, xmlError* error);
+    static void OnClosingError(void* context, const char* format, ...);
+    static void OnClosingWarning(void* /*context*/, const char* /*format*/, ...) {}
     static xmlParserInput* OnExternalDtd(void* context, const xmlChar* publicId, const xmlChar* systemId);
     static void OnEntity(void* context, const xmlChar* name, int type, const xmlChar* publicId,
                          const xmlChar* systemId, xmlChar* content);
@@ -56,11 +60,13 @@ private:
     const CheckedDocument& m_document;
     bool m_validate;
     xmlParserCtxt* m_context;
-    xmlParserInput* m_dtdInput = nullptr;
+    xmlParserInput* m_dtdInput = nullptr;  ///< Valid while the engine is reading the DTD's own file.
+    std::size_t m_dtdBegin = 0;            ///< What of that file is not handed to the engine.
     bool m_hasNoDtd = false;
     bool m_mayHoldBlanks = false;  ///< A text was kept that began with white space.
     FirstError m_fatal;
     FirstError m_other;
+    char m_closingErrors[256] = {};  ///< What the checks of the whole document say, piece by piece.
 };
 
 bool IsBlank(std::string_view text) {
@@ -76,8 +82,13 @@ bool KeepsSpace(const xmlParserCtxt& parser) {
     return parser.space != nullptr && *parser.space == 1;
 }
 
+xmlParserCtxt* NewContext() {
+    static const bool isInitialised = (xmlInitParser(), true);  // once, whichever threads come first
+    return isInitialised ? xmlNewParserCtxt() : nullptr;
+}
+
 Reader::Reader(const CheckedDocument& document, bool validate)
-    : m_document(document), m_validate(validate), m_context(xmlNewParserCtxt()) {
+    : m_document(document), m_validate(validate), m_context(NewContext()) {
     if (m_context == nullptr) NV_THROW(ExceptionOutOfMemory, "ReadWithLibXml", __LINE__);
     m_context->_private = this;
     xmlSAXHandler& handler = *m_context->sax;
@@ -87,6 +98,8 @@ Reader::Reader(const CheckedDocument& document, bool validate)
     handler.characters = &Reader::OnCharacters;
     handler.ignorableWhitespace = &Reader::OnCharacters;
     handler.endElementNs = &Reader::OnEndElement;
+    m_context->vctxt.error = &Reader::OnClosingError;
+    m_context->vctxt.warning = &Reader::OnClosingWarning;
 }
 
 bool Reader::Read() {
@@ -130,6 +143,17 @@ void Reader::OnError(void* context, xmlError* error) {
     }
 }
 
+// Checks of the whole document, such as that of references, have no place and report by this other way.
+void Reader::OnClosingError(void* context, const char* format, ...) {
+    Reader& reader = Of(context);
+    const std::size_t length = std::strlen(reader.m_closingErrors);
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(reader.m_closingErrors + length, sizeof reader.m_closingErrors - length, format,
+                   arguments);
+    va_end(arguments);
+}
+
 void Reader::Keep(FirstError& kept, const xmlError& error) const {
     if (kept.code != 0) return;
     kept.code = error.code;
@@ -138,13 +162,15 @@ void Reader::Keep(FirstError& kept, const xmlError& error) const {
     std::memcpy(kept.reason, reason.data(), length);
 
     // The texts of entities have no place of their own; what counts is where they are referred to.
+    constexpr int readingExternalDtd = 2;
+    kept.isInDtd = m_context->inSubset == readingExternalDtd && m_dtdInput != nullptr;
     int level = m_context->inputNr - 1;
-    while (level > 0 && m_context->inputTab[level] != m_dtdInput)
+    while (level > 0 && !(kept.isInDtd && m_context->inputTab[level] == m_dtdInput))
         --level;
     if (level < 0) return;
     const xmlParserInput& input = *m_context->inputTab[level];
-    kept.isInDtd = &input == m_dtdInput;
-    kept.offset = input.consumed + static_cast<std::size_t>(input.cur - input.base);
+    kept.offset =
+        input.consumed + static_cast<std::size_t>(input.cur - input.base) + (kept.isInDtd ? m_dtdBegin : 0);
 }
 
 // Only the DTD that the check has read is ever handed over, and nothing is fetched.
@@ -153,8 +179,10 @@ xmlParserInput* Reader::OnExternalDtd(void* context, const xmlChar* /*publicId*/
     Reader& reader = Of(context);
     if (!reader.m_document.hasExternalDtd || reader.m_dtdInput != nullptr) return nullptr;
     std::string_view text = reader.m_document.dtd.Get();
+    // The text is UTF-8 by now, whatever a declaration in front of it says.
     constexpr std::string_view declaration = "<?xml";
-    if (text.starts_with(declaration)) text.remove_prefix(std::min(text.find("?>"), text.size() - 2) + 2);
+    if (text.starts_with(declaration)) reader.m_dtdBegin = std::min(text.find("?>"), text.size() - 2) + 2;
+    text.remove_prefix(reader.m_dtdBegin);
     xmlParserInputBuffer* const buffer =
         xmlParserInputBufferCreateMem(text.data(), static_cast<int>(text.size()), XML_CHAR_ENCODING_NONE);
     if (buffer == nullptr) return nullptr;
@@ -199,11 +227,15 @@ void Reader::OnEndElement(void* context, const xmlChar* name, const xmlChar* pre
 }
 
 XmlParseError Reader::GetError(const CXString& systemId) const {
-    const FirstError& first = m_fatal.code != 0 ? m_fatal : m_other;
-    const CXString reason = WideText(first.reason);
-    const XmlText& text = first.isInDtd ? m_document.dtd : m_document.text;
-    return text.Locate({first.offset, first.code != 0 ? first.code : XmlParseError::malformed, reason},
-                       first.isInDtd ? m_document.dtdPath : systemId);
+    FirstError first = m_fatal.code != 0 ? m_fatal : m_other;
+    const bool isClosing = first.code == 0;
+    if (isClosing) first.offset = m_document.text.Get().size();
+    std::string_view text = isClosing ? m_closingErrors : first.reason;
+    text = text.substr(0, text.find('\n'));
+    const CXString reason = WideText(text);
+    const XmlText& where = first.isInDtd ? m_document.dtd : m_document.text;
+    return where.Locate({first.offset, isClosing ? XmlParseError::malformed : first.code, reason},
+                        first.isInDtd ? m_document.dtdPath : systemId);
 }
 
 }  // namespace

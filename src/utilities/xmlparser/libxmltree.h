@@ -47,7 +47,7 @@ private:
     };
 
     _xmlDoc* m_document;
-    std::array<KeptName, 64> m_names;
+    std::array<KeptName, 32> m_names;
     std::vector<_xmlDoc*> m_owned;  ///< This tree's document and those of trees that were joined to it.
     std::unordered_set<_xmlNode*> m_detached;
     std::shared_ptr<LibXmlTree> m_joinedTo;

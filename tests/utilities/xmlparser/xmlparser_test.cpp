@@ -6,6 +6,7 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -152,6 +153,47 @@ TEST(XmlParsing, OfAFile) {
     EXPECT_THROW(parser.parse(NameOf(folder.GetPath("."))), NorvaException);
 }
 
+// A little of everything that a document can hold.
+const std::string mixture =
+    "<?xml version='1.0' encoding='UTF-8'?><!DOCTYPE r [<!ELEMENT r ANY><!ENTITY % p \"<!ENTITY f 'g'>\">%p;"
+    "<!ENTITY e '&f;<b>x</b>'><!ATTLIST r k (x|y) 'x' j CDATA #IMPLIED><!-- c --><?i j?>]>"
+    "<r k='y' j=\"&#38;&f;\">\xC3\xA4&e;<![CDATA[<]]><!-- c --><?p q?><a/> </r>";
+
+TEST(XmlParsing, RefusesEveryDocumentThatIsCut) {
+    ASSERT_EQ(Show(mixture), "r[#text='?' e #cdata-section='<' #comment=' c ' p='q' a[]]");
+    for (std::size_t length = 1; length < mixture.size(); ++length)
+        EXPECT_EQ(Show(mixture.substr(0, length)), "refused") << length;
+}
+
+TEST(XmlParsing, SurvivesEveryDamagedCharacter) {
+    for (std::size_t i = 0; i < mixture.size(); ++i) {
+        for (const char c :
+             {'<', '>', '&', '%', ';', '\'', '"', '[', ']', '!', '?', '/', ' ', 'e', '\0', '\xFF'}) {
+            std::string damaged = mixture;
+            damaged[i] = c;
+            Document document(damaged);
+            const bool hasError = document.GetError().rfind("No MSXML Parse Error", 0) != 0;
+            EXPECT_EQ(document.IsRefused(), hasError) << damaged;
+            EXPECT_NE(document.IsRefused(), static_cast<bool>(*document.GetRootElement())) << damaged;
+        }
+    }
+}
+
+TEST(XmlParsing, OnSeveralThreads) {
+    std::vector<std::string> shown(4);
+    std::vector<std::thread> threads;
+    for (std::string& text : shown) {
+        threads.emplace_back([&text] {
+            for (int i = 0; i < 50; ++i)
+                text = Show("<!DOCTYPE r [<!ENTITY e 'x'>]><r a='&e;'>a&e;<b> </b></r>") + Show("<r>");
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const std::string& text : shown)
+        EXPECT_EQ(text, "r[#text='a' e b[]]refused");
+}
+
 // --- Validation -----------------------------------------------------------------------------------------
 
 constexpr auto dtd = "<!ELEMENT r (a*)><!ELEMENT a (#PCDATA)><!ATTLIST a k CDATA #IMPLIED><!ENTITY e 'x'>";
@@ -196,6 +238,50 @@ TEST(XmlValidation, HoldsADocumentToItsDtd) {
     Document refused("<!DOCTYPE r SYSTEM 'bad.dtd'><r/>", true, systemId);
     EXPECT_NE(refused.GetError().find("bad.dtd' on line 2 and column 12 (29 from start"), std::string::npos)
         << refused.GetError();
+}
+
+TEST(XmlValidation, ReadsEveryKindOfDeclaration) {
+    const Folder folder;
+    const CXString systemId = NameOf(folder.GetPath("doc.xml"));
+    const struct {
+        const char* dtd;
+        const char* root;
+        const char* shown;
+    } cases[] = {
+        {"<!ELEMENT r EMPTY><!NOTATION gif PUBLIC '-//gif' 'viewer'><!NOTATION png SYSTEM \"v>\">"
+         "<!ENTITY pic SYSTEM 'a.gif' NDATA gif><!ATTLIST r src ENTITY #REQUIRED kind NOTATION (gif|png) "
+         "'gif'>",
+         "<r src='pic'/>", "refused"},  // a notation is not for an empty element
+        {"<!ELEMENT r ANY><!ATTLIST r id ID #IMPLIED to IDREFS #IMPLIED n NMTOKENS 'a b'>",
+         "<r id='x' to='x x'/>", "r[]"},
+        {"<!ELEMENT r ANY><!ATTLIST r id ID #IMPLIED to IDREF #IMPLIED>", "<r to='x'/>", "refused"},
+        {"<!ELEMENT r ((a,b?)|(c+,(a|b)*))><!ELEMENT a EMPTY><!ELEMENT b EMPTY><!ELEMENT c EMPTY>",
+         "<r><c/><c/><b/><a/></r>", "r[c[] c[] b[] a[]]"},
+        {"<!ELEMENT r ((a,b?)|(c+,(a|b)*))><!ELEMENT a EMPTY><!ELEMENT b EMPTY><!ELEMENT c EMPTY>",
+         "<r><b/></r>", "refused"},
+        {"<!ENTITY % atts 'k CDATA #FIXED \"1\"'><!ENTITY % model '(#PCDATA)'><!ELEMENT r %model;>"
+         "<!ATTLIST r %atts;>",
+         "<r k='1'>t</r>", "r[#text='t']"},
+        {"<!ENTITY % atts 'k CDATA #FIXED \"1\"'><!ELEMENT r EMPTY><!ATTLIST r %atts;>", "<r k='2'/>",
+         "refused"},
+        {"<!ENTITY % name 'r'><!ENTITY quoted '%name; &#37; &#38;amp;'><!ELEMENT %name; ANY>",
+         "<r>&quoted;</r>", "r[quoted]"},
+        {"<!ENTITY % on 'INCLUDE'><!ENTITY % off 'IGNORE'><![%off;[<!ELEMENT r EMPTY>]]>"
+         "<![ %on; [<![INCLUDE[<!ELEMENT r ANY>]]>]]><?p <!ELEMENT?><!-- ]]> <!ELEMENT -->",
+         "<r>t</r>", "r[#text='t']"},
+        {"<!ELEMENT r ANY>%undeclared;", "<r/>", "refused"},
+        {"<!ELEMENT r ANY><![INCLUDED[]]>", "<r/>", "refused"},
+        {"<!ELEMENT r ANY>]]", "<r/>", "refused"},
+        {"<!ELEMENT r ANY><!ENTITY e 'x", "<r/>", "refused"},
+        {"<!ELEMENT r ANY><!ATTLIST r k>", "<r/>", "refused"},
+        {"\xFF", "<r/>", "refused"},
+        {"<?xml version='1.0' encoding='UTF-7'?><!ELEMENT r ANY>", "<r/>", "refused"},
+    };
+    for (const auto& row : cases) {
+        folder.Write("t.dtd", row.dtd);
+        EXPECT_EQ(Show(std::string("<!DOCTYPE r SYSTEM 't.dtd'>") + row.root, true, systemId), row.shown)
+            << row.dtd;
+    }
 }
 
 TEST(XmlValidation, FetchesNothing) {

@@ -89,9 +89,13 @@ TEST(LibXmlParser, TellsWhereTheErrorIs) {
         "MSXML Parse Error in 'a.xml' on line 2 and column 10 (15 from start of file)\r\n\t <a>?</b>\r\n"
         "Error Code 76/0x4c: Reason=Opening and ending tag mismatch: a line 2 and b");
     const Folder folder;
-    folder.Write("t.dtd", "\n<!ELEMENT r (a)>\n<!ELEMENT a (>");
+    folder.Write("t.dtd", "<?xml version='1.0' encoding='UTF-8'?>\n<!ELEMENT r (a)>\n<!ELEMENT a (>");
     Document dtd("<!DOCTYPE r SYSTEM 't.dtd'><r/>", true, NameOf(folder.GetPath("a.xml")));
-    EXPECT_NE(dtd.GetError().find("t.dtd' on line 3 and column 1"), std::string::npos) << dtd.GetError();
+    EXPECT_NE(dtd.GetError().find("t.dtd' on line 3 and column 14 (69 from"), std::string::npos)
+        << dtd.GetError();
+    Document closing("<!DOCTYPE r [<!ELEMENT r EMPTY><!ATTLIST r to IDREF #IMPLIED>]><r to='x'/>", true);
+    EXPECT_NE(closing.GetError().find("references an unknown ID \"x\""), std::string::npos)
+        << closing.GetError();
     Document invalid("<!DOCTYPE r [<!ELEMENT r EMPTY>]>\n<r>\n<a/></r>", true);
     EXPECT_NE(invalid.GetError().find("on line 3 and column 5 "), std::string::npos) << invalid.GetError();
 }
