@@ -1,6 +1,7 @@
 // Ownership of documents and nodes of libxml2.
 #include "utilities/xmlparser/libxmltree.h"
 
+#include <libxml/parser.h>
 #include <libxml/tree.h>
 
 #include <cstdint>
@@ -30,10 +31,20 @@ void LinkLast(xmlNode* parent, xmlNode* child) {
     parent->last = child;
 }
 
+// With a dictionary, like the documents that were read, names live as long as the document: otherwise a node
+// that moves to another one would give up its name, and WideName meet another name at the same address.
+xmlDoc* NewDocument() {
+    xmlDoc* const document = xmlNewDoc(reinterpret_cast<const xmlChar*>("1.0"));
+    if (document == nullptr) return nullptr;
+    document->dict = xmlDictCreate();
+    if (document->dict != nullptr) return document;
+    xmlFreeDoc(document);
+    return nullptr;
+}
+
 }  // namespace
 
-LibXmlTree::LibXmlTree(xmlDoc* document)
-    : m_document(document != nullptr ? document : xmlNewDoc(reinterpret_cast<const xmlChar*>("1.0"))) {
+LibXmlTree::LibXmlTree(xmlDoc* document) : m_document(document != nullptr ? document : NewDocument()) {
     if (m_document == nullptr) throw _com_error(E_OUTOFMEMORY);
     m_owned.push_back(m_document);
 }

@@ -76,6 +76,8 @@ private:
                                          NV_TEXT("References to entities are nested too deeply.")};
     static constexpr XmlFault tooLarge = {0, XmlParseError::limitExceeded,
                                           NV_TEXT("Entities expand to more than is allowed.")};
+    static constexpr XmlFault tooManyDeclarations = {0, XmlParseError::limitExceeded,
+                                                     NV_TEXT("The DTD has too many declarations.")};
     static constexpr XmlFault tooManyAttributes = {
         0, XmlParseError::limitExceeded, NV_TEXT("Too many attributes are declared for one element.")};
     static constexpr XmlFault tooManyNames = {0, XmlParseError::limitExceeded,
@@ -182,7 +184,14 @@ private:
             SkipBehind("-->");
         } else if (TakeIf("<?")) {
             SkipBehind("?>");
-        } else if (TakeIf("<!ENTITY")) {
+        } else {
+            if (++m_declarations.m_declarations > xmllimits::declarations) Refuse(tooManyDeclarations);
+            ReadMarkupDeclaration();
+        }
+    }
+
+    void ReadMarkupDeclaration() {
+        if (TakeIf("<!ENTITY")) {
             ReadEntity();
         } else if (TakeIf("<!ATTLIST")) {
             ReadAttributes();
@@ -249,10 +258,12 @@ private:
             AppendValue(found->second, entityDepth + 1, value);
             return name.size() + 2;
         }
-        const std::size_t end = literal.find(';');
-        const std::string_view reference = literal.substr(1, end == std::string_view::npos ? 0 : end - 1);
+        // Up to where a number can reach, so that many characters "&" are not each searched to the end.
+        const std::size_t end = literal.find_first_not_of("#x0123456789abcdefABCDEF", 1);
+        const bool isNumber =
+            literal.starts_with("&#") && end != std::string_view::npos && literal[end] == ';';
         const std::optional<char> character =
-            reference.starts_with('#') ? AsciiCharacter(reference) : std::optional<char>();
+            isNumber ? AsciiCharacter(literal.substr(1, end - 1)) : std::optional<char>();
         value += character.value_or('&');
         return character ? end + 1 : 1;
     }
@@ -262,6 +273,7 @@ private:
         for (Token token = NextToken(); !token.Is(">"); token = NextToken()) {
             if (token.kind != Token::Kind::Name) Refuse(malformed);
             if (++added.declared > xmllimits::attributes) Refuse(tooManyAttributes);
+            if (++m_declarations.m_attributes > xmllimits::declaredAttributes) Refuse(tooManyDeclarations);
             ReadAttributeType();
             const std::optional<std::string> value = ReadAttributeDefault();
             if (!value) continue;

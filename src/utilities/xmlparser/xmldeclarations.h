@@ -61,6 +61,8 @@ private:
     class Reader;
 
     XmlNameMap<std::string> m_parameterEntities;
+    std::size_t m_declarations = 0;  ///< Met so far.
+    std::size_t m_attributes = 0;    ///< Declared so far, of all elements.
     std::size_t m_contentWork = 0;
     std::size_t m_expansion = 0;  ///< Bytes that parameter entities have stood for so far.
 };

@@ -370,6 +370,18 @@ TEST(XmlLimits, RefuseAttacksAtOnce) {
          }()},
         {"content model", "<!DOCTYPE r [<!ELEMENT r (" + Repeat("a|", 2000) + "a)>]><r/>"},
         {"content models", "<!DOCTYPE r [<!ELEMENT r (" + Repeat("a?,", 300) + "a)>]><r/>"},
+        {"ampersands", "<!DOCTYPE r [<!ENTITY e '" + std::string(2000000, '&') + "'>]><r>&e;</r>"},
+        {"numbers with many zeros",
+         "<!DOCTYPE r [<!ENTITY a '&#" + std::string(40, '0') + "38;a;'>]><r>&a;</r>"},
+        {"declarations", "<!DOCTYPE r [<!ENTITY % n '" + Repeat("<!NOTATION n SYSTEM \"n\">", 40) + "'>" +
+                             Repeat("%n;", 8000) + "]><r/>"},
+        {"attributes in declarations",
+         [&] {
+             std::string xml = "<!DOCTYPE a [";
+             for (int i = 0; i < 2000; ++i)
+                 xml += "<!ATTLIST a" + std::to_string(i) + defaults.substr(0, defaults.find(" a100 ")) + ">";
+             return xml + "]><a/>";
+         }()},
         {"enumeration", "<!DOCTYPE r [<!ATTLIST r a (" + Repeat("x|", 300) + "y) 'y'>]><r/>"},
         {"size", "<r>" + std::string(9 << 20, 'x') + "</r>"},
     };
@@ -533,6 +545,20 @@ TEST(XmlNodes, OutliveTheParser) {
     }
     EXPECT_EQ(Show(*removed) + Show(*sibling), "a[#text='x']b[#text='y']");
     EXPECT_FALSE(*removed->getNextSibling());
+}
+
+TEST(XmlNodes, KeepTheirNamesWhenTheyMove) {
+    Document into("<r/>");
+    PlatformXmlParser built(CXString(), false);
+    const auto holder = built.getDocument();
+    for (int i = 0; i < 200; ++i) {
+        const std::string name = "name" + std::to_string(i);
+        const auto element = holder->createElement(Text(name));
+        element->setAttribute(Text("of" + name), CXString());
+        EXPECT_EQ(Narrow(element->getAsDomNode()->getNodeName()), name);
+        EXPECT_TRUE(*element->getAsDomNode()->getAttributes()->getNamedItem(Text("of" + name))) << name;
+        into.GetRootElement()->appendChild(*element);
+    }
 }
 
 TEST(XmlNodes, MoveBetweenDocuments) {
