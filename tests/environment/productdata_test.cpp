@@ -153,7 +153,7 @@ TEST(ProductData, ResolvesPathsInsideItsFolderOnly) {
     folder.Write("a.map",
                  "Model:A\nFAMPATH:family\nIN:in-family\nOUT:not-in-family\nDEEP:.\\x/y\\\\z\n"
                  "UP:a/../../b\nDOTS:a/.. /b\nROOT:/etc/passwd\nDRIVE:c:\\x\nSHARE:\\\\host\\x\nSTREAM:x:y\n"
-                 "HERE:./\nSLASH:.//x\nSPACED: x\n");
+                 "HERE:./\nSLASH:.//x\nSPACED: x\nCONSOLE:x/Con.txt\n");
     ProductData data(nullptr, folder.GetName(), ProductData::ModelTypeName, NV_TEXT("A"));
     const std::pair<const WChar*, const char*> cases[] = {
         {NV_TEXT("IN"), "/family/in-family"},
@@ -169,6 +169,7 @@ TEST(ProductData, ResolvesPathsInsideItsFolderOnly) {
         {NV_TEXT("STREAM"), "-"},
         {NV_TEXT("HERE"), "-"},
         {NV_TEXT("SLASH"), "-"},
+        {NV_TEXT("CONSOLE"), "-"},
         {NV_TEXT("NONE"), "-"},
     };
     for (const auto& [key, path] : cases)
@@ -177,6 +178,9 @@ TEST(ProductData, ResolvesPathsInsideItsFolderOnly) {
     EXPECT_TRUE(data.GetMapFilePathFromRegistry(NV_TEXT("IN"), out, false));
     EXPECT_EQ(Narrow(out), "in-family");
     EXPECT_FALSE(data.GetMapFilePathFromRegistry(NV_TEXT("UP"), out, false));
+    EXPECT_FALSE(ProductData(nullptr, {}, ProductData::ModelTypeName, NV_TEXT("A"))
+                     .GetMapFilePathFromRegistry(NV_TEXT("IN"), out, true));
+    EXPECT_EQ(Narrow(out), "");
 }
 
 constexpr char commands[] =
