@@ -272,7 +272,7 @@ private:
     bool FindModel(_ModelType type, const CXString& model);
     bool FindByName(const CXString& model);
     bool FindById(const CXString& key, const CXString& id);
-    void AddMappings(const CXString& file, std::unique_ptr<const ModelTable> table);
+    void AddMappings(const CXString& file, std::unique_ptr<ModelTable> table);
     void ReadCommands();
 
     HANDLE m_printerHandle = nullptr;

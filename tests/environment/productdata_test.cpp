@@ -307,6 +307,31 @@ TEST(ProductDataOfAPrinter, IsKeptInItsDriverData) {
     EXPECT_THROW(ProductData(&model, {}, ProductData::ModelTypeName, {}), ExceptionInvalidPrinterHandle);
 }
 
+TEST(ProductDataOfAPrinter, KeepsItsFilesAndTheirOrderWhenItIsRefreshed) {
+    const TestPrinter test;
+    Printer printer(test.GetName());
+    const ProductFolder folder;
+    const ProductFolder other;
+    folder.Write("a.map", "Model:A\nModel:B\nUSB_PRODUCT_ID:same\n");
+    other.Write("z.map", "Model:Z\nUSB_PRODUCT_ID:id\n");
+    ProductData data(printer.GetHandle(), folder.GetName(), ProductData::ModelTypeName, NV_TEXT("A"));
+    for (const char* const stored : {"USB_PRODUCT_ID=first;", "USB_PRODUCT_ID=id;"}) {
+        for (const WChar* const model : {NV_TEXT("PDMap-B"), NV_TEXT("PDMap-Only")})
+            printer.SetPrinterDataExW(Printer::driverDataKey, model, Printer::typeString,
+                                      ByteBuffer(CXString(stored)).appendNullChar());
+        data.UpdateCachedMapData();
+    }
+    EXPECT_EQ(data.GetModels().size(), 2u);
+    EXPECT_EQ(Narrow(data.GetPrinterProductUniqueId()), "same");
+    data.ParseMapFile(other.NameOf("z.map"));
+    EXPECT_TRUE(data.ValidateUsbProductId(NV_TEXT("id")));
+    EXPECT_EQ(Narrow(data.GetModelName()), "B") << "before Z, and before the one that no file names";
+    EXPECT_TRUE(data.ValidateUsbProductId(NV_TEXT("same")));
+    EXPECT_EQ(Narrow(data.GetModelName()), "A") << "as its file says";
+    CXString only = NV_TEXT("Only");
+    EXPECT_TRUE(data.ValidateModelInfo(only, false));
+}
+
 TEST(MappingDataOfAPrinter, ReadsItsPropertiesWhenTheyAreBlank) {
     const TestPrinter test;
     Printer printer(test.GetName());
