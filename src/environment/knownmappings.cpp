@@ -2,26 +2,66 @@
 #include "environment/knownmappings.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 MappingData KnownMappings::Entry::GetMapping() const {
     return MappingData(StringOf(GetModel()), StringOf(table->GetData(index)));
 }
 
-void KnownMappings::Add(const Text& printer, const Text& source, std::unique_ptr<const ModelTable> table) {
-    for (std::size_t i = 0; i < table->GetCount(); ++i) {
-        if (!m_models.contains(table->GetModel(i))) m_models.emplace(table->GetModel(i));
-    }
-
+std::vector<KnownMappings::Source>& KnownMappings::SourcesOf(const Text& printer) {
     std::vector<Source>& sources = m_byPrinter[printer];
-    if (!source.empty()) std::erase_if(sources, [](const Source& each) { return each.name.empty(); });
-    const auto former = std::find_if(sources.begin(), sources.end(),
-                                     [&source](const Source& each) { return each.name == source; });
-    if (former != sources.end()) {
+    if (sources.empty()) sources.push_back({{}, std::make_unique<ModelTable>()});
+    return sources;
+}
+
+void KnownMappings::KeepNames(const ModelTable& table) {
+    for (std::size_t i = 0; i < table.GetCount(); ++i) {
+        if (!m_models.contains(table.GetModel(i))) m_models.emplace(table.GetModel(i));
+    }
+}
+
+void KnownMappings::Add(const Text& printer, const Text& file, std::unique_ptr<ModelTable> table) {
+    KeepNames(*table);
+    std::vector<Source>& sources = SourcesOf(printer);
+    const auto former = std::find_if(sources.begin(), sources.end() - 1,
+                                     [&file](const Source& each) { return each.name == file; });
+    if (former != sources.end() - 1) {
         former->table = std::move(table);
     } else {
-        sources.push_back({source, std::move(table)});
+        sources.insert(former, {file, std::move(table)});
     }
+}
+
+void KnownMappings::Refresh(const Text& printer, const StoredMappings& stored) {
+    const std::vector<CXString> models = stored.ListModels();
+    std::uint64_t room = mostReadBack;
+    const auto hasRoomFor = [&room](TextView data) {
+        const std::uint64_t size = sizeof(WChar) * data.size();
+        const bool fits = size <= room;
+        if (fits) room -= size;
+        return fits;
+    };
+    std::vector<Source>& sources = SourcesOf(printer);
+    auto others = std::make_unique<ModelTable>();
+    for (const Source& source : std::span(sources).first(sources.size() - 1)) {
+        for (std::size_t i = 0; i < source.table->GetCount(); ++i) {
+            const CXString data = stored.ReadData(source.table->GetModel(i));
+            const bool isNew = !data.IsBlank() && ViewOf(data) != source.table->GetData(i);
+            if (isNew && hasRoomFor(ViewOf(data))) source.table->Replace(i, ViewOf(data));
+        }
+    }
+    const auto isInFile = [&sources](TextView model) {
+        return std::any_of(sources.begin(), sources.end() - 1,
+                           [model](const Source& each) { return each.table->Find(model).has_value(); });
+    };
+    for (const CXString& model : models) {
+        if (others->Find(ViewOf(model)) || isInFile(ViewOf(model))) continue;
+        const CXString data = stored.ReadData(ViewOf(model));
+        others->Add(ViewOf(model), hasRoomFor(ViewOf(data)) ? ViewOf(data) : TextView());
+    }
+    KeepNames(*others);
+    sources.back().table = std::move(others);
 }
 
 std::optional<KnownMappings::Entry> KnownMappings::FindModel(const Text& printer, TextView model,

@@ -1,6 +1,7 @@
 // KnownMappings: what all map files in this process have said, by the printer that they were read for.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -13,6 +14,7 @@
 #include "environment/texthash.h"
 #include "environment/textview.h"
 #include "platform/text.h"
+#include "utilities/utilitiesdll/cxstring.h"
 
 /// The tables of the process. Whoever uses them holds the lock of ProductData; no text in them is shared with
 /// a string outside.
@@ -30,12 +32,25 @@ public:
         MappingData GetMapping() const;
     };
 
-    /// Takes what a source said for a printer, in the place of what it said before.
-    /// @param source  the path of a map file, or empty for the printer's driver data. A map file takes the
-    ///                place of what was read back from there too.
-    void Add(const Text& printer, const Text& source, std::unique_ptr<const ModelTable> table);
-    /// Forgets all sources of a printer.
-    void Forget(const Text& printer) { m_byPrinter.erase(printer); }
+    /// What the driver data of a printer keeps.
+    class StoredMappings {
+    public:
+        virtual ~StoredMappings() = default;
+        virtual std::vector<CXString> ListModels() const = 0;
+        /// Blank when nothing is kept.
+        virtual CXString ReadData(TextView model) const = 0;
+    };
+
+    /// The most that a refresh takes over of properties that no map file tells, in bytes.
+    static constexpr std::uint64_t mostReadBack = 256 * 1024 * 1024;
+
+    /// Takes what a map file said for a printer, in the place of what it said before.
+    /// @param file  its path; not empty
+    void Add(const Text& printer, const Text& file, std::unique_ptr<ModelTable> table);
+    /// Lets what the driver data keeps take the place of what map files said, model by model where it
+    /// differs. Models that no file names follow behind all others. What is beyond `mostReadBack` stays as it
+    /// is.
+    void Refresh(const Text& printer, const StoredMappings& stored);
 
     /// The first entry of a printer with this name, among the sources whose path begins with `folder`.
     std::optional<Entry> FindModel(const Text& printer, TextView model, TextView folder) const;
@@ -49,8 +64,12 @@ public:
 private:
     struct Source {
         Text name;
-        std::unique_ptr<const ModelTable> table;
+        std::unique_ptr<ModelTable> table;
     };
+
+    /// The map files of a printer and, last and without a name, the models that only its driver data knows.
+    std::vector<Source>& SourcesOf(const Text& printer);
+    void KeepNames(const ModelTable& table);
 
     std::map<Text, std::vector<Source>> m_byPrinter;
     ModelNames m_models;

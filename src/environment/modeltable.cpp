@@ -91,6 +91,22 @@ void ModelTable::Add(TextView model, TextView data) {
     AddGroup({name}, m_texts.emplace_back(data));
 }
 
+void ModelTable::Replace(std::size_t index, TextView data) {
+    Model& model = m_models[index];
+    platform::Text*& text = m_replacements[index];
+    if (text == nullptr) {
+        text = &m_texts.emplace_back();
+        model.firstCommon = m_commonBlocks.size();
+        model.firstOwn = model.lastOwn = none;
+        m_blocks.emplace_back();
+        AppendOwn(model, m_blocks.size() - 1);
+    }
+    *text = data;
+    m_blocks[m_ownBlocks[model.firstOwn].block] = *text;
+    model.ownLength = data.size();
+    m_byValue.clear();
+}
+
 /// Enters what a group says, name by name.
 void ModelTable::AddGroup(const std::vector<TextView>& names, TextView properties) {
     if (names.empty()) return;

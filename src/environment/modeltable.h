@@ -59,6 +59,8 @@ public:
 
     /// Adds a model that is not yet there.
     void Add(TextView model, TextView data);
+    /// Gives a model other properties; what they replace are the file's, or those of the last replacement.
+    void Replace(std::size_t index, TextView data);
 
     std::size_t GetCount() const { return m_models.size(); }
     TextView GetModel(std::size_t index) const { return m_models[index].name; }
@@ -122,6 +124,8 @@ private:
     std::vector<OwnBlock> m_ownBlocks;
     std::vector<CommonBlock> m_commonBlocks;
     std::vector<Model> m_models;
+    std::unordered_map<std::size_t, platform::Text*>
+        m_replacements;  ///< By model; the texts are in `m_texts`.
     std::unordered_map<TextView, std::size_t, TextHash> m_byName;
     mutable std::map<platform::Text, ValueIndex, std::less<>> m_byValue;
 };

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 
 #include "environment/knownmappings.h"
@@ -17,7 +18,7 @@ namespace {
 
 using platform::Text;
 
-/// What the driver data of a printer takes of the properties of one map file's models, in bytes.
+/// What the driver data of a printer takes of the properties of models, in bytes.
 constexpr std::uint64_t mostStored = 256 * 1024 * 1024;
 
 const WChar* const noPrinter = NV_TEXT("Transient");
@@ -38,55 +39,84 @@ Text PrefixOf(const CXString& folder) {
     return folder.IsEmpty() ? Text() : Text(ViewOf(productfiles::JoinPath(folder, {})));
 }
 
-/// Keeps the properties of every model in the driver data, as far as there is room for them.
-void StoreMappings(Printer& printer, const ModelTable& table) {
-    if (table.GetCount() == 0) return;
-    PrinterDataUpdate update(printer);
-    std::uint64_t stored = 0;
-    for (std::size_t i = 0; i < table.GetCount(); ++i) {
-        stored += sizeof(WChar) * (table.GetDataLength(i) + 1);
-        if (stored > mostStored) break;
-        storedtext::Write(printer, MappingData::valueNamePrefix + StringOf(table.GetModel(i)),
-                          StringOf(table.GetData(i)));
-    }
-    update.Commit();
+/// A model among those of a table: of the map files in a folder, else of any source.
+std::optional<KnownMappings::Entry> FindEntry(const Text& table, TextView model, const CXString& folder) {
+    const KnownMappings& known = GetKnownMappings();
+    const auto found = known.FindModel(table, model, PrefixOf(folder));
+    return found ? found : known.FindModel(table, model, {});
 }
 
-/// The models whose properties the driver data keeps.
-std::vector<CXString> ListStoredModels(const Printer& printer) {
-    std::vector<CXString> models;
-    const TextView prefix = MappingData::valueNamePrefix;
-    for (const CXString& name : printer.EnumeratePrinterDataExW(Printer::driverDataKey)) {
-        if (ViewOf(name).starts_with(prefix)) models.push_back(name.Mid(static_cast<int>(prefix.size())));
-    }
-    return models;
+CXString ValueNameOf(TextView model) {
+    return MappingData::valueNamePrefix + StringOf(model);
 }
 
-/// The properties that the driver data keeps now: of the models that are known, in their order, and then of
-/// all others.
-std::unique_ptr<ModelTable> ReadStoredMappings(const Printer& printer,
-                                               const std::vector<KnownMappings::Entry>& known) {
-    auto table = std::make_unique<ModelTable>();
-    for (const KnownMappings::Entry& entry : known) {
-        const CXString model = StringOf(entry.GetModel());
-        CXString data = storedtext::Read(printer, MappingData::valueNamePrefix + model);
-        if (data.IsBlank()) data = entry.GetMapping().GetAllData();  // it could not be kept
-        table->Add(ViewOf(model), ViewOf(data));
-    }
-    for (const CXString& model : ListStoredModels(printer)) {
-        if (!table->Find(ViewOf(model)))
-            table->Add(ViewOf(model),
-                       ViewOf(storedtext::Read(printer, MappingData::valueNamePrefix + model)));
-    }
-    return table;
+std::uint64_t SizeOf(std::uint64_t length) {
+    return sizeof(WChar) * (length + 1);
 }
+
+/// The properties of models in the driver data of a printer.
+class PrinterMappings final : public KnownMappings::StoredMappings {
+public:
+    explicit PrinterMappings(Printer& printer) : m_printer(printer) {}
+
+    std::vector<CXString> ListModels() const override {
+        std::vector<CXString> models;
+        const TextView prefix = MappingData::valueNamePrefix;
+        for (const CXString& name : m_printer.EnumeratePrinterDataExW(Printer::driverDataKey)) {
+            if (ViewOf(name).starts_with(prefix)) models.push_back(name.Mid(static_cast<int>(prefix.size())));
+        }
+        return models;
+    }
+
+    CXString ReadData(TextView model) const override {
+        return storedtext::Read(m_printer, ValueNameOf(model));
+    }
+
+    /// Keeps what a map file says, as far as there is room: a model without gets an empty text.
+    void Keep(const ModelTable& table) {
+        if (table.GetCount() == 0) return;
+        MeasureStored();
+        PrinterDataUpdate update(m_printer);
+        for (std::size_t i = 0; i < table.GetCount(); ++i) {
+            std::uint64_t& size = m_sizes[Text(table.GetModel(i))];
+            const bool fits = m_stored - size + SizeOf(table.GetDataLength(i)) <= mostStored;
+            if (!fits && size <= SizeOf(0)) continue;
+            const Text data = fits ? table.GetData(i) : Text();
+            storedtext::Write(m_printer, ValueNameOf(table.GetModel(i)), StringOf(data));
+            m_stored = m_stored - size + SizeOf(data.size());
+            size = SizeOf(data.size());
+        }
+        update.Commit();
+    }
+
+private:
+    /// Sees once what is there already.
+    void MeasureStored() {
+        if (std::exchange(m_isMeasured, true)) return;
+        for (const CXString& model : ListModels()) {
+            std::uint64_t& size = m_sizes[Text(ViewOf(model))];
+            size = SizeOf(static_cast<std::uint64_t>(ReadData(ViewOf(model)).GetLength()));
+            m_stored += size;
+        }
+    }
+
+    Printer& m_printer;
+    std::unordered_map<Text, std::uint64_t> m_sizes;  ///< Of values, in bytes, by model.
+    std::uint64_t m_stored = 0;                       ///< All of them together.
+    bool m_isMeasured = false;
+};
 
 /// Reads a map file and keeps what it says in the driver data of a printer, if there is one.
-std::unique_ptr<ModelTable> ReadMapFile(const std::filesystem::path& file, Printer* printer) {
+std::unique_ptr<ModelTable> ReadMapFile(const std::filesystem::path& file,
+                                        std::optional<PrinterMappings>& kept) {
     const CXString text = productfiles::TextOf(productfiles::ReadFile(file).value_or(ByteBuffer()));
     auto table = std::make_unique<ModelTable>(ViewOf(text));
-    if (printer != nullptr) StoreMappings(*printer, *table);
+    if (kept) kept->Keep(*table);
     return table;
+}
+
+std::optional<PrinterMappings> MappingsOf(Printer* printer) {
+    return printer != nullptr ? std::optional<PrinterMappings>(*printer) : std::nullopt;
 }
 
 }  // namespace
@@ -178,11 +208,7 @@ bool ProductData::FindModel(_ModelType type, const CXString& model) {
 bool ProductData::FindByName(const CXString& model) {
     if (model.IsEmpty()) return false;
     const OwnedCriticalResource lock(GetLock());
-    const KnownMappings& known = GetKnownMappings();
-    const Text table = TableNameOf(m_printer.get());
-    auto found = known.FindModel(table, ViewOf(model), PrefixOf(m_folder));
-    if (!found) found = known.FindModel(table, ViewOf(model), {});
-
+    const auto found = FindEntry(TableNameOf(m_printer.get()), ViewOf(model), m_folder);
     MappingData mapping = found ? found->GetMapping() : MappingData(StringOf(ViewOf(model)));
     if (m_printer != nullptr) mapping.GetData(MappingData::usbProductIdKey, *m_printer);
     if (!found && mapping.GetAllData().IsBlank()) return false;
@@ -238,16 +264,18 @@ std::vector<CXString> ProductData::GetModels() {
 // Map files and the driver data
 
 void ProductData::UpdateRegistryMappings(const CXString& folder) {
+    std::optional<PrinterMappings> kept = MappingsOf(m_printer.get());
     for (const std::filesystem::path& file : productfiles::FindMapFiles(productfiles::PathOf(folder)))
-        AddMappings(productfiles::NameOf(file), ReadMapFile(file, m_printer.get()));
+        AddMappings(productfiles::NameOf(file), ReadMapFile(file, kept));
 }
 
 void ProductData::ParseMapFile(const CXString& path) {
-    AddMappings(path, ReadMapFile(productfiles::PathOf(path), m_printer.get()));
+    std::optional<PrinterMappings> kept = MappingsOf(m_printer.get());
+    AddMappings(path, ReadMapFile(productfiles::PathOf(path), kept));
 }
 
 /// Takes what a map file said into the tables of the process.
-void ProductData::AddMappings(const CXString& file, std::unique_ptr<const ModelTable> table) {
+void ProductData::AddMappings(const CXString& file, std::unique_ptr<ModelTable> table) {
     const OwnedCriticalResource lock(GetLock());
     GetKnownMappings().Add(TableNameOf(m_printer.get()), Text(ViewOf(file)), std::move(table));
 }
@@ -258,13 +286,11 @@ void ProductData::UpdateCachedMapData() {
     KnownMappings& known = GetKnownMappings();
     const Text name = TableNameOf(m_printer.get());
     try {
-        auto table = ReadStoredMappings(*m_printer, known.GetEntries(name, {}));
-        known.Forget(name);
-        known.Add(name, {}, std::move(table));
+        known.Refresh(name, PrinterMappings(*m_printer));
     } catch (const NorvaException&) {
         return;  // what was known is as good as it gets
     }
-    if (const auto current = known.FindModel(name, ViewOf(m_mapping.GetModel()), {}))
+    if (const auto current = FindEntry(name, ViewOf(m_mapping.GetModel()), m_folder))
         m_mapping = current->GetMapping();
     m_lastKey.Empty();
 }

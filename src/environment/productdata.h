@@ -110,8 +110,9 @@ public:
     // Look-ups
 
     /// The path of a product file.
-    /// @return false when there is no folder, no such property, or its path leaves the folder; `out` is empty
-    ///         then. The file need not exist.
+    /// @return false when there is no folder, no such property, or its path leaves the folder or names a
+    /// device;
+    ///         `out` is empty then. The file need not exist.
     bool GetPath(InfoType type, CXString& out);
     bool GetPath(const CXString& key, CXString& out);
     /// A property of the current model.
@@ -131,7 +132,9 @@ public:
     /// The value of a property that is a path.
     /// @param isWholePath  resolve it inside the product data folder: below the folder of the model's family
     ///                     (FAMPATH) when it is there, else below the product data folder
-    /// @return false when it is empty or leaves the folder; `out` is empty then
+    /// @return false when it is empty, leaves the folder, names a device, or is to be resolved without a
+    /// folder;
+    ///         `out` is empty then
     bool GetMapFilePathFromRegistry(const CXString& key, CXString& out, bool isWholePath);
     /// Reads a product file.
     /// @return false when it cannot be read or is larger than `largestFile`; `out` is empty then
@@ -171,8 +174,9 @@ public:
     /// @throws ExceptionPrinterFailure
     void UpdateRegistryWithProductDataValues();
 
-    // Cabinets of product files. Each is unpacked whole or not at all, and only below its folder; see
-    // CabinetUnpacker for what is refused and for the exceptions, whose messages name the cabinet.
+    // Cabinets of product files. What is damaged or refused changes no file, and nothing outside of the
+    // target folder is ever written; see CabinetUnpacker for the details and the exceptions, whose messages
+    // name the cabinet.
 
     /// Unpacks a cabinet into a product data folder, which is created where it is missing.
     static void UnpackProductCabFile(const CXString& cabFile, const CXString& folder);
@@ -268,7 +272,7 @@ private:
     bool FindModel(_ModelType type, const CXString& model);
     bool FindByName(const CXString& model);
     bool FindById(const CXString& key, const CXString& id);
-    void AddMappings(const CXString& file, std::unique_ptr<const ModelTable> table);
+    void AddMappings(const CXString& file, std::unique_ptr<ModelTable> table);
     void ReadCommands();
 
     HANDLE m_printerHandle = nullptr;

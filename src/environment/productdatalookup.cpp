@@ -131,7 +131,7 @@ bool ProductData::GetMapFilePathFromRegistry(const CXString& key, CXString& out,
     const bool isInFamily = key != familyPathKey;
     out.Empty();  // only now: it may be the key
     const auto relative = productfiles::RelativePath(ViewOf(value));
-    if (!relative) return false;
+    if (!relative || (isWholePath && m_folder.IsEmpty())) return false;
     if (!isWholePath) {
         out = value;
         return true;

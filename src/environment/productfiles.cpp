@@ -8,6 +8,7 @@
 
 #include "platform/codepage.h"
 #include "platform/text.h"
+#include "utilities/utilitiesdll/devicename.h"
 #include "utilities/utilitiesdll/norvautilities.h"
 
 namespace productfiles {
@@ -65,9 +66,9 @@ void AddMapFiles(const fs::path& folder, int depth, std::vector<fs::path>& files
 }
 
 /// Whether a platform could take a name in a path for something else than a file or folder of that name:
-/// dots and blanks at its end may be cut off, and a colon begins a drive or a stream.
+/// dots and blanks at its end may be cut off, a colon begins a drive or a stream, and some name devices.
 bool IsPlainName(TextView name) {
-    return name.find_first_not_of(NV_TEXT(". ")) != TextView::npos &&
+    return !IsDeviceName(name) && name.find_first_not_of(NV_TEXT(". ")) != TextView::npos &&
            name.find(WChar{':'}) == TextView::npos && name.find(WChar{0}) == TextView::npos;
 }
 

@@ -33,7 +33,7 @@ NVUTIL_API std::optional<ByteBuffer> ReadFile(const std::filesystem::path& file)
 NVUTIL_API CXString TextOf(const ByteBuffer& bytes);
 
 /// A relative path with the platform's separators; "/" and "\" both separate.
-/// @return nothing when it is empty or could lead out of the folder that it is relative to
+/// @return nothing when it is empty, could lead out of the folder that it is relative to, or names a device
 NVUTIL_API std::optional<CXString> RelativePath(TextView path);
 
 /// The name of a file below a folder.

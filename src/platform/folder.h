@@ -25,7 +25,7 @@ struct FolderEntry {
     EntryKind kind = EntryKind::None;
 };
 
-/// A file that is being written. What is written may be lost until Close has succeeded.
+/// A file that is being written. What is written may be lost until Close has succeeded; it is on disk then.
 class OutputFile {
 public:
     OutputFile() = default;
@@ -34,7 +34,7 @@ public:
     ~OutputFile() { Close(); }
 
     std::error_code Write(std::span<const BYTE> bytes);
-    /// Closes the file; nothing is done when none is open.
+    /// Waits for the disk to have the file and closes it; nothing is done when none is open.
     std::error_code Close();
 
 private:

@@ -10,6 +10,9 @@ namespace platform {
 
 WChar ToUpper(WChar character);
 WChar ToLower(WChar character);
+/// One upper case for all that differ in case only, in every script as file systems do it: unit by unit, so
+/// that no surrogate has any.
+WChar FoldCase(WChar character);
 bool IsSpace(WChar character);
 bool IsDigit(WChar character);
 

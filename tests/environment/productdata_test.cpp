@@ -161,7 +161,7 @@ TEST(ProductData, ResolvesPathsInsideItsFolderOnly) {
     folder.Write("a.map",
                  "Model:A\nFAMPATH:family\nIN:in-family\nOUT:not-in-family\nDEEP:.\\x/y\\\\z\n"
                  "UP:a/../../b\nDOTS:a/.. /b\nROOT:/etc/passwd\nDRIVE:c:\\x\nSHARE:\\\\host\\x\nSTREAM:x:y\n"
-                 "HERE:./\nSLASH:.//x\nSPACED: x\n");
+                 "HERE:./\nSLASH:.//x\nSPACED: x\nCONSOLE:x/Con.txt\n");
     ProductData data(nullptr, folder.GetName(), ProductData::ModelTypeName, NV_TEXT("A"));
     const std::pair<const WChar*, const char*> cases[] = {
         {NV_TEXT("IN"), "/family/in-family"},
@@ -177,6 +177,7 @@ TEST(ProductData, ResolvesPathsInsideItsFolderOnly) {
         {NV_TEXT("STREAM"), "-"},
         {NV_TEXT("HERE"), "-"},
         {NV_TEXT("SLASH"), "-"},
+        {NV_TEXT("CONSOLE"), "-"},
         {NV_TEXT("NONE"), "-"},
     };
     for (const auto& [key, path] : cases)
@@ -185,6 +186,9 @@ TEST(ProductData, ResolvesPathsInsideItsFolderOnly) {
     EXPECT_TRUE(data.GetMapFilePathFromRegistry(NV_TEXT("IN"), out, false));
     EXPECT_EQ(Narrow(out), "in-family");
     EXPECT_FALSE(data.GetMapFilePathFromRegistry(NV_TEXT("UP"), out, false));
+    EXPECT_FALSE(ProductData(nullptr, {}, ProductData::ModelTypeName, NV_TEXT("A"))
+                     .GetMapFilePathFromRegistry(NV_TEXT("IN"), out, true));
+    EXPECT_EQ(Narrow(out), "");
 }
 
 constexpr char commands[] =
@@ -309,6 +313,31 @@ TEST(ProductDataOfAPrinter, IsKeptInItsDriverData) {
     EXPECT_EQ(Stored(test, NV_TEXT("xUPDCurrentModel")), "C");
 
     EXPECT_THROW(ProductData(&model, {}, ProductData::ModelTypeName, {}), ExceptionInvalidPrinterHandle);
+}
+
+TEST(ProductDataOfAPrinter, KeepsItsFilesAndTheirOrderWhenItIsRefreshed) {
+    const TestPrinter test;
+    Printer printer(test.GetName());
+    const ProductFolder folder;
+    const ProductFolder other;
+    folder.Write("a.map", "Model:A\nModel:B\nUSB_PRODUCT_ID:same\n");
+    other.Write("z.map", "Model:Z\nUSB_PRODUCT_ID:id\n");
+    ProductData data(printer.GetHandle(), folder.GetName(), ProductData::ModelTypeName, NV_TEXT("A"));
+    for (const char* const stored : {"USB_PRODUCT_ID=first;", "USB_PRODUCT_ID=id;"}) {
+        for (const WChar* const model : {NV_TEXT("PDMap-B"), NV_TEXT("PDMap-Only")})
+            printer.SetPrinterDataExW(Printer::driverDataKey, model, Printer::typeString,
+                                      ByteBuffer(CXString(stored)).appendNullChar());
+        data.UpdateCachedMapData();
+    }
+    EXPECT_EQ(data.GetModels().size(), 2u);
+    EXPECT_EQ(Narrow(data.GetPrinterProductUniqueId()), "same");
+    data.ParseMapFile(other.NameOf("z.map"));
+    EXPECT_TRUE(data.ValidateUsbProductId(NV_TEXT("id")));
+    EXPECT_EQ(Narrow(data.GetModelName()), "B") << "before Z, and before the one that no file names";
+    EXPECT_TRUE(data.ValidateUsbProductId(NV_TEXT("same")));
+    EXPECT_EQ(Narrow(data.GetModelName()), "A") << "as its file says";
+    CXString only = NV_TEXT("Only");
+    EXPECT_TRUE(data.ValidateModelInfo(only, false));
 }
 
 TEST(MappingDataOfAPrinter, ReadsItsPropertiesWhenTheyAreBlank) {

@@ -77,7 +77,7 @@ TEST(ProductCheck, SaysWhatAMaintainerWouldWantToKnow) {
               "a.map:2: names a missing file: \"1\"\n"
               "a.map:4: \"PDL\" of model \"A\" is never reached: \"XPDL=1\" answers first\n"
               "a.map:5: names a missing file: \"none.hlk\"\n"
-              "a.map:6: the path leads out of the product data folder\n"
+              "a.map:6: the path leads out of the product data folder or to a device\n"
               "a.map:7: is a property; the key that names a model is \"Model\"\n"
               "a.map:9: the value ends at its first \";\"\n"
               "a.map:10: the blank in front of the name belongs to it\n"

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -24,7 +25,9 @@ namespace {
 using platform::Text;
 
 /// The longest text of properties that is searched for keys that hide others, in code units.
-constexpr int longestSearched = 16 * 1024;
+constexpr std::size_t longestSearched = 16 * 1024;
+/// What is searched of the properties of all models together, in code units.
+constexpr std::uint64_t mostSearched = std::uint64_t{1} << 31;
 
 constexpr ProductData::InfoType pathTypes[] = {
     ProductData::InfoTypeAuto, ProductData::InfoTypeHlk,        ProductData::InfoTypePdl,
@@ -176,23 +179,48 @@ private:
     Places m_properties;
 };
 
-/// Checks a model's properties as look-ups see them.
-void CheckKeys(const MappingData& mapping, const MapFileCheck& maps, Findings& findings) {
-    const TextView data = ViewOf(mapping.GetAllData());
-    for (std::size_t begin = 0; begin < data.size();) {
-        const TextView property = data.substr(begin, data.find(WChar{';'}, begin) - begin);
-        const TextView key = property.substr(0, property.find(WChar{'='}));
-        const std::size_t first = data.find(key);
-        if (first < begin) {
-            const std::size_t hiderBegin = first == 0 ? 0 : data.rfind(WChar{';'}, first) + 1;
-            const TextView hider = data.substr(hiderBegin, data.find(WChar{';'}, first) - hiderBegin);
-            findings.Add(maps.PlaceOfProperty(property),
-                         Quoted(key) + " of model " + Quoted(ViewOf(mapping.GetModel())) +
-                             " is never reached: " + Quoted(hider) + " answers first");
+/// Checks the properties of models as look-ups see them.
+class KeyCheck {
+public:
+    KeyCheck(const MapFileCheck& maps, Findings& findings) : m_maps(maps), m_findings(findings) {}
+
+    /// The next model; models of a group have the same properties, which are checked once.
+    void Check(const MappingData& mapping) {
+        const TextView data = ViewOf(mapping.GetAllData());
+        m_searched += data.size();
+        if (data.size() > longestSearched || data == m_last) return;
+        m_last = data;
+        for (std::size_t begin = 0; begin < data.size();) {
+            const TextView property = data.substr(begin, data.find(WChar{';'}, begin) - begin);
+            const TextView key = property.substr(0, property.find(WChar{'='}));
+            const std::size_t first = data.find(key);
+            m_searched += first;
+            if (first < begin) Report(ViewOf(mapping.GetModel()), property, key, PropertyAt(data, first));
+            begin += property.size() + 1;
         }
-        begin += property.size() + 1;
     }
-}
+
+    /// Whether so much has been searched that the rest is left.
+    bool IsExhausted() const { return m_searched > mostSearched; }
+
+private:
+    /// The property that a position lies in.
+    static TextView PropertyAt(TextView data, std::size_t position) {
+        const std::size_t begin = position == 0 ? 0 : data.rfind(WChar{';'}, position) + 1;
+        return data.substr(begin, data.find(WChar{';'}, position) - begin);
+    }
+
+    void Report(TextView model, TextView property, TextView key, TextView hider) {
+        m_findings.Add(m_maps.PlaceOfProperty(property), Quoted(key) + " of model " + Quoted(model) +
+                                                             " is never reached: " + Quoted(hider) +
+                                                             " answers first");
+    }
+
+    const MapFileCheck& m_maps;
+    Findings& m_findings;
+    Text m_last;
+    std::uint64_t m_searched = 0;
+};
 
 // Command files
 
@@ -226,9 +254,14 @@ private:
         TextView rest = m_file.GetText();
         for (std::size_t at = rest.find(WChar{'<'}); at != TextView::npos; at = rest.find(WChar{'<'})) {
             rest.remove_prefix(at);
-            const TextView tag = rest.substr(0, rest.find(WChar{'>'}));
-            const bool isClosing = tag.starts_with(NV_TEXT("</"));
-            const auto name = std::find(tagNames.begin(), tagNames.end(), tag.substr(isClosing ? 2 : 1));
+            const bool isClosing = rest.starts_with(NV_TEXT("</"));
+            const std::size_t begin = isClosing ? 2 : 1;
+            const auto name =
+                std::find_if(tagNames.begin(), tagNames.end(), [inside = rest.substr(begin)](TextView each) {
+                    return inside.starts_with(each) && inside.substr(each.size()).starts_with(WChar{'>'});
+                });
+            const TextView tag =
+                rest.substr(0, name != tagNames.end() ? begin + TextView(*name).size() : begin);
             rest.remove_prefix(1);
             if (name == tagNames.end()) continue;
             TextView& opened = open[static_cast<std::size_t>(name - tagNames.begin())];
@@ -301,7 +334,7 @@ public:
             const Place shown = place.line > 0 ? place : m_maps.PlaceOfModel(ViewOf(mapping.GetModel()));
             CXString path;
             if (!data.GetPath(pathTypes[i], path)) {
-                m_findings.Add(shown, "the path leads out of the product data folder");
+                m_findings.Add(shown, "the path leads out of the product data folder or to a device");
             } else if (std::error_code ignored;
                        !std::filesystem::exists(productfiles::PathOf(path), ignored)) {
                 m_findings.Add(shown, "names a missing file: " + Quoted(ViewOf(value)));
@@ -333,12 +366,18 @@ ProductFindings CheckProductData(const CXString& folder, ProductData& data) {
     for (const std::filesystem::path& file : productfiles::FindMapFiles(productfiles::PathOf(folder)))
         maps.Check(file);
 
+    KeyCheck keys(maps, findings);
     PathCheck paths(maps, findings);
     std::map<Text, CXString> byId;
     for (CXString model : data.GetModels()) {
         if (!data.ValidateModelInfo(model, false)) continue;
+        if (keys.IsExhausted()) {
+            findings.Add(maps.PlaceOfModel(ViewOf(model)),
+                         "this model and those after it are not checked: there are too many properties");
+            break;
+        }
         const MappingData mapping = data.GetMapping();
-        if (mapping.GetAllData().GetLength() <= longestSearched) CheckKeys(mapping, maps, findings);
+        keys.Check(mapping);
         paths.Check(data);
         const CXString id = mapping.GetData(MappingData::usbProductIdKey);
         const auto [first, isNew] = byId.emplace(ViewOf(id), model);

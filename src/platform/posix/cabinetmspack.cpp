@@ -124,7 +124,9 @@ private:
     }  // NOLINT(cert-dcl50-cpp): as libmspack declares it
 
     // libmspack hands copies of the system to these, so that no way leads from them back to the session.
-    static void* Allocate(mspack_system*, std::size_t bytes) { return std::malloc(bytes); }
+    // Cleared, since a match may reach back to before the data, into a window that nothing has been written
+    // to.
+    static void* Allocate(mspack_system*, std::size_t bytes) { return std::calloc(1, bytes); }
     static void Free(void* memory) { std::free(memory); }
     static void Copy(void* source, void* target, std::size_t bytes) { std::memcpy(target, source, bytes); }
 

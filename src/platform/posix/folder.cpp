@@ -73,7 +73,10 @@ std::error_code OutputFile::Write(std::span<const BYTE> bytes) {
 
 std::error_code OutputFile::Close() {
     if (m_handle == none) return {};
-    return ErrorUnless(close(DescriptorOf(std::exchange(m_handle, none))) == 0);
+    const int descriptor = DescriptorOf(std::exchange(m_handle, none));
+    const std::error_code error = ErrorUnless(fsync(descriptor) == 0);
+    const std::error_code closeError = ErrorUnless(close(descriptor) == 0);
+    return error ? error : closeError;
 }
 
 Folder::Folder(Folder&& other) noexcept

@@ -1,6 +1,9 @@
 // Single UTF-16 code units by the rules of the Windows C library in its initial locale.
 #include "platform/widechar.h"
 
+#include <clocale>
+#include <cwctype>
+
 #include <algorithm>
 #include <array>
 
@@ -32,6 +35,13 @@ WChar ToUpper(WChar character) {
 
 WChar ToLower(WChar character) {
     return character >= u'A' && character <= u'Z' ? static_cast<WChar>(character - u'A' + u'a') : character;
+}
+
+WChar FoldCase(WChar character) {
+    static const locale_t allScripts = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    if (allScripts == nullptr) return ToUpper(character);  // an old system without that locale
+    const std::wint_t upper = towupper_l(character, allScripts);
+    return upper <= 0xFFFF ? static_cast<WChar>(upper) : character;
 }
 
 bool IsSpace(WChar character) {

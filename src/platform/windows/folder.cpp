@@ -79,7 +79,10 @@ std::error_code OutputFile::Write(std::span<const BYTE> bytes) {
 
 std::error_code OutputFile::Close() {
     if (m_handle == none) return {};
-    return ErrorUnless(CloseHandle(HandleOf(std::exchange(m_handle, none))));
+    const HANDLE handle = HandleOf(std::exchange(m_handle, none));
+    const std::error_code error = ErrorUnless(FlushFileBuffers(handle));
+    const std::error_code closeError = ErrorUnless(CloseHandle(handle));
+    return error ? error : closeError;
 }
 
 Folder::Folder(Folder&& other) noexcept

@@ -1,6 +1,8 @@
 // Single UTF-16 code units by the Windows C library.
 #include "platform/widechar.h"
 
+#include <windows.h>
+
 #include <cwchar>
 #include <cwctype>
 
@@ -12,6 +14,13 @@ WChar ToUpper(WChar character) {
 
 WChar ToLower(WChar character) {
     return static_cast<WChar>(std::towlower(character));
+}
+
+WChar FoldCase(WChar character) {
+    WChar upper = 0;
+    const int length =
+        LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, &character, 1, &upper, 1, nullptr, nullptr, 0);
+    return length == 1 ? upper : character;
 }
 
 bool IsSpace(WChar character) {

@@ -2,12 +2,11 @@
 #include "utilities/compression/cabinetentrypath.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
 #include "platform/codepage.h"
 #include "platform/text.h"
-#include "platform/widechar.h"
+#include "utilities/utilitiesdll/devicename.h"
 
 namespace {
 
@@ -20,13 +19,6 @@ constexpr TextView forbiddenCharacters = NV_TEXT("<>:\"|?*");
 constexpr TextView blanksAndDots = NV_TEXT(" .");
 constexpr WChar replacementCharacter = 0xFFFD;
 
-constexpr std::array<TextView, 7> devices{NV_TEXT("con"),    NV_TEXT("prn"),    NV_TEXT("aux"),
-                                          NV_TEXT("nul"),    NV_TEXT("clock$"), NV_TEXT("conin$"),
-                                          NV_TEXT("conout$")};
-constexpr std::array<TextView, 2> numberedDevices{NV_TEXT("com"), NV_TEXT("lpt")};
-/// Digits of devices: the ten, and the three that code page 1252 has raised.
-constexpr TextView deviceDigits = NV_TEXT("0123456789\u00B9\u00B2\u00B3");
-
 Text Decode(const CabinetEntry& entry) {
     const bool isUtf8 = (entry.attributes & cabinetNameIsUtf8) != 0;
     const platform::CodePage codePage = isUtf8 ? platform::CodePage::Utf8 : platform::CodePage::Ansi;
@@ -35,17 +27,6 @@ Text Decode(const CabinetEntry& entry) {
     Text text(static_cast<std::size_t>(size), WChar{0});
     platform::WideFromNarrow(codePage, entry.name.data(), length, text.data(), size);
     return text;
-}
-
-bool IsDeviceName(TextView name) {
-    TextView stem = name.substr(0, name.find(NV_TEXT('.')));
-    stem = stem.substr(0, stem.find_last_not_of(NV_TEXT(' ')) + 1);
-    Text lower(stem);
-    std::transform(lower.begin(), lower.end(), lower.begin(), platform::ToLower);
-    if (std::find(devices.begin(), devices.end(), TextView(lower)) != devices.end()) return true;
-    return lower.size() == 4 && deviceDigits.find(lower[3]) != TextView::npos &&
-           std::find(numberedDevices.begin(), numberedDevices.end(), TextView(lower).substr(0, 3)) !=
-               numberedDevices.end();
 }
 
 bool IsControl(WChar character) {

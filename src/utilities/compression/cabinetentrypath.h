@@ -18,8 +18,7 @@ inline constexpr int deepestCabinetPath = 16;
 ///   included);
 /// - holds a control character, a character that bytes without meaning are read as, or one of `< > : " | ?
 /// *`;
-/// - is, up to its first dot and without regard to case, the name of a device: CON, PRN, AUX, NUL, CLOCK$,
-///   CONIN$, CONOUT$, or COM or LPT with one digit;
+/// - is the name of a device (see IsDeviceName);
 /// - has more than 255 bytes in UTF-8.
 ///
 /// @param path  receives the names with `cabinetPathSeparator` between them

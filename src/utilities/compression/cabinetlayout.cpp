@@ -1,4 +1,4 @@
-// CheckCabinetLayout and ReadCabinetEntries: one pass over a cabinet's header, entries and block headers.
+// CheckCabinetLayout and ReadCabinetContents: one pass over a cabinet's header, entries and block headers.
 #include "utilities/compression/cabinetlayout.h"
 
 #include <algorithm>
@@ -73,7 +73,7 @@ class LayoutChecker {
 public:
     explicit LayoutChecker(CabOpenFile& file) : m_file(file) {}
 
-    /// Any cabinet; see ReadCabinetEntries.
+    /// Any cabinet; see ReadCabinetContents.
     FDIERROR Check() {
         FDIERROR fault = CheckHeader();
         if (fault == FDIERROR_NONE) fault = CheckFolders();
@@ -96,12 +96,17 @@ public:
 
     std::uint32_t GetFileSize() const { return m_files.empty() ? 0 : m_files[0].entry.size; }
 
-    std::vector<CabinetEntry> TakeEntries() {
-        std::vector<CabinetEntry> entries;
-        entries.reserve(m_files.size());
-        for (CheckedFile& file : m_files)
-            entries.push_back(std::move(file.entry));
-        return entries;
+    /// Once the cabinet has been found to be sound.
+    CabinetContents TakeContents() {
+        CabinetContents contents;
+        contents.files.reserve(m_files.size());
+        for (std::size_t i = 0; i < m_files.size(); ++i) {
+            CheckedFile& file = m_files[i];
+            const bool isLast = i + 1 == m_files.size() || m_files[i + 1].folder != file.folder;
+            if (isLast) contents.expandedSize += std::uint64_t{file.offset} + file.entry.size;
+            contents.files.push_back(std::move(file.entry));
+        }
+        return contents;
     }
 
 private:
@@ -278,9 +283,9 @@ FDIERROR CheckCabinetLayout(CabOpenFile& file, DWORD& fileSize) {
     return fault;
 }
 
-FDIERROR ReadCabinetEntries(CabOpenFile& file, std::vector<CabinetEntry>& entries) {
+FDIERROR ReadCabinetContents(CabOpenFile& file, CabinetContents& contents) {
     LayoutChecker checker(file);
     const FDIERROR fault = checker.Check();
-    if (fault == FDIERROR_NONE) entries = checker.TakeEntries();
+    if (fault == FDIERROR_NONE) contents = checker.TakeContents();
     return fault;
 }

@@ -1,6 +1,7 @@
 // The check that a cabinet passes before the cabinet library gets to see it.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,14 @@ struct CabinetEntry {
     WORD attributes = 0;  ///< DOS attribute bits, and `cabinetNameIsUtf8`.
 };
 
+/// What the tables of a cabinet tell.
+struct CabinetContents {
+    std::vector<CabinetEntry> files;  ///< In the order of the cabinet.
+    /// What extracting all files expands, in bytes: each folder from its beginning to the end of its last
+    /// file, whether or not files cover what lies before.
+    std::uint64_t expandedSize = 0;
+};
+
 /// Attribute of a file whose name is UTF-8 and not in the ANSI code page.
 inline constexpr WORD cabinetNameIsUtf8 = 0x80;
 
@@ -50,7 +59,7 @@ inline constexpr WORD cabinetNameIsUtf8 = 0x80;
 ///   files share data;
 /// - a stored payload may be anything, and what LZX and Quantum payloads hold is left to the library.
 ///
-/// @param file     read from anywhere; its position is not restored
-/// @param entries  receives the files in the order of the cabinet; unchanged when the cabinet is refused
+/// @param file      read from anywhere; its position is not restored
+/// @param contents  unchanged when the cabinet is refused
 /// @return FDIERROR_NONE, or the code that fits the fault
-platform::cabinet::FDIERROR ReadCabinetEntries(CabOpenFile& file, std::vector<CabinetEntry>& entries);
+platform::cabinet::FDIERROR ReadCabinetContents(CabOpenFile& file, CabinetContents& contents);

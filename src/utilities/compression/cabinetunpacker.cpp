@@ -82,19 +82,19 @@ ByteBuffer ReadCabinet(const CXString& name) {
     return bytes;
 }
 
-/// The files of a cabinet that is sound.
-std::vector<CabinetEntry> ReadEntries(const CXString& name, const ByteBuffer& bytes) {
+/// What a cabinet holds that is sound.
+CabinetContents ReadContents(const CXString& name, const ByteBuffer& bytes) {
     constexpr BYTE nothing = 0;
     CabBufferAsFile source(sourceName, bytes.empty() ? &nothing : bytes.data(),
                            static_cast<DWORD>(bytes.size()));
     int error = 0;
     const std::unique_ptr<CabOpenFile> file = source.OpenCabFile(cabOpenReadOnly | cabOpenBinary, 0, error);
-    std::vector<CabinetEntry> entries;
-    const cabinet::FDIERROR fault = ReadCabinetEntries(*file, entries);
+    CabinetContents contents;
+    const cabinet::FDIERROR fault = ReadCabinetContents(*file, contents);
     if (fault != cabinet::FDIERROR_NONE)
-        NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadEntries", __LINE__, NV_TEXT("%s: %ld: %s"), name,
-                 static_cast<LONG>(fault), GetFdiErrorText(fault));
-    return entries;
+        NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadContents", __LINE__, NV_TEXT("%s: %ld: %s"),
+                 name, static_cast<LONG>(fault), GetFdiErrorText(fault));
+    return contents;
 }
 
 /// Throws when an operation of the system on a path has failed.
@@ -405,13 +405,14 @@ void CheckPlace(const platform::Folder& folder, const CabinetFile& file) {
                  NV_TEXT("%s: a folder or a link is in the place of the file"), file.path);
 }
 
-/// A path in the form that decides which paths are the same: the case of letters does not count. A separator
+/// A path in the form that decides which paths are the same: the case of letters of no script counts, since
+/// neither does it for the file systems of the product's platform. A separator
 /// comes before every character of a name, so that a folder is followed by what is in it.
 Text SortKey(const CXString& path) {
     constexpr WChar lowest = 1;
     Text key = TextOf(path);
     for (WChar& character : key)
-        character = character == cabinetPathSeparator ? lowest : platform::ToLower(character);
+        character = character == cabinetPathSeparator ? lowest : platform::FoldCase(character);
     return key;
 }
 
@@ -432,11 +433,11 @@ CabinetUnpacker::CabinetUnpacker(const CXString& name, ByteBuffer cabinet, const
 CabinetUnpacker::~CabinetUnpacker() = default;
 
 void CabinetUnpacker::ReadFiles(const CabinetLimits& limits) {
-    std::uint64_t total = 0;
-    for (CabinetEntry& entry : ReadEntries(m_name, m_cabinet)) {
+    CabinetContents contents = ReadContents(m_name, m_cabinet);
+    const std::uint64_t total = contents.expandedSize;
+    for (CabinetEntry& entry : contents.files) {
         CabinetFile& file = m_files.emplace_back();
         file.size = entry.size;
-        total += entry.size;
         if (const WChar* const fault = ReadCabinetEntryPath(entry, file.path)) {
             NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadFiles", __LINE__,
                      NV_TEXT("%s: the name %S %s"), m_name, entry.name.c_str(), fault);
@@ -479,7 +480,10 @@ void CabinetUnpacker::UnpackTo(const CXString& targetFolder) const {
     StagingFolder staging(target, targetFolder);
     Expansion(m_name, m_cabinet, m_fileNames, m_files, staging).Run();
 
+    // All folders are made before the first file is replaced, so that little is left to fail then.
     FolderWalk after(target, FolderWalk::Missing::Create);
+    for (const CabinetFile& file : m_files)
+        CheckPlace(*after.GoTo(file.path), file);
     for (std::size_t i = 0; i < m_files.size(); ++i) {
         const platform::Folder* const folder = after.GoTo(m_files[i].path);
         Require(staging.Move(i, *folder, NamesOf(m_files[i].path).back()), m_files[i].path);

@@ -11,7 +11,8 @@
 
 /// How far a cabinet may expand before it is refused.
 struct CabinetLimits {
-    std::uint64_t totalSize = std::uint64_t{1} << 30;  ///< Of all files together, in bytes.
+    /// Of all data that is expanded, in bytes, whether files cover it or not.
+    std::uint64_t totalSize = std::uint64_t{1} << 30;
     std::uint64_t ratio =
         1000;  ///< Of that size to the cabinet's own. MSZIP reaches 600 with nothing but zeros.
 };
@@ -28,8 +29,8 @@ struct CabinetFile {
 /// is refused when
 /// - its structure is not sound or it belongs to a set of several cabinets;
 /// - a name might lead out of the target folder or to a device (see ReadCabinetEntryPath);
-/// - two files have one path, where the case of ASCII letters does not count, or a file stands where another
-///   one needs a folder;
+/// - two files have one path, where the case of letters does not count, or a file stands where another one
+///   needs a folder;
 /// - it expands beyond the limits.
 ///
 /// Messages begin with the name of the cabinet's file, or "the cabinet" for one in memory.
@@ -56,9 +57,10 @@ public:
     /// Unpacks every file below a folder, which is created where it is missing.
     ///
     /// All files are first written beside their places, into a folder ".unpack-" of the target folder that is
-    /// gone when this returns. Only when the last one is complete do they replace what was there, each in one
-    /// step. So a damaged cabinet or a full disk changes no file; a failure of the system in between leaves
-    /// some files new and others old, but none half written. The path of the target folder may lead through
+    /// gone when this returns. Only when the last one is complete and on disk, and all folders are there, do
+    /// they replace what was there, each in one step. So a damaged cabinet or a full disk changes no file. A
+    /// failure of the system in between, or a file that another program holds open on Windows, leaves some
+    /// files new and others old, but none half written. The path of the target folder may lead through
     /// links; below it none is followed: a link, a device or a folder in the place of a file, and anything
     /// but a folder in the place of a folder, is refused before anything is written. The times and attributes
     /// that the cabinet tells are not kept.

@@ -85,6 +85,21 @@ TEST(BuiltInCabinet, RefusesWithTheDocumentedCodes) {
     }
 }
 
+TEST(BuiltInCabinet, ReadsNothingOfOthersInFrontOfTheData) {
+    HandMadeCabinet cabinet;
+    cabinet.folders = {QuantumFolder()};
+    Bytes& payload = cabinet.folders[0].blocks[0].payload;
+    payload[0] = 0x72, payload[2] = 0xA1, payload[4] = 0x69;  // now with matches that reach back too far
+    cabinet.files = {{"a", 32, 0, 0}};
+    std::vector<Bytes> results;
+    for (const BYTE secret : {BYTE{0x5A}, BYTE{0xA5}}) {
+        std::vector<Bytes>(300, Bytes(1024, secret)).clear();  // what the heap had before
+        results.push_back(Unpack(cabinet.Build()).files["a"]);
+    }
+    EXPECT_EQ(results[0].size(), 32u);
+    EXPECT_EQ(results[0], results[1]);
+}
+
 TEST(BuiltInCabinet, CountsTheReservedAreaIntoTheChecksum) {
     HandMadeCabinet cabinet =
         OneFile(tcompTYPE_NONE, 3, {{abc, 3, 0x00616263 ^ 0x00030003 ^ 0x04030201 ^ 0x05}});

@@ -254,6 +254,7 @@ TEST_F(CabinetUnpacking, RefusesPathsThatCannotStandTogether) {
         {{"a", "b", "a"}, true},
         {{"a/b", "a\\b"}, true},
         {{"Sub/File", "x", "sub/fILE"}, true},
+        {{"\xC9t\xE9", "\xE9T\xC9"}, true},
         {{"a", "a/b"}, true},
         {{"a/b/c", "a/b"}, true},
         {{"A/b/c", "x", "a"}, true},
@@ -277,6 +278,11 @@ TEST_F(CabinetUnpacking, RefusesWhatExpandsTooFar) {
     EXPECT_THROW(CabinetUnpacker(zeros, {3999999, reached}), ExceptionCompression);
     EXPECT_THROW(CabinetUnpacker(zeros, {4000000, reached / 2}), ExceptionCompression);
     EXPECT_NO_THROW(CabinetUnpacker{zeros});
+
+    HandMadeCabinet hidden = Stored({"a", "b", "c"});  // whose first six bytes no file has
+    hidden.files.erase(hidden.files.begin(), hidden.files.begin() + 2);
+    EXPECT_NO_THROW(CabinetUnpacker(Buffer(hidden.Build()), {9}));
+    EXPECT_THROW(CabinetUnpacker(Buffer(hidden.Build()), {8}), ExceptionCompression);
 }
 
 // Folder 0 holds 32768 + 3 bytes in two blocks, folder 1 the bytes "abc".
