@@ -11,9 +11,10 @@
 
 /// How far a cabinet may expand before it is refused.
 struct CabinetLimits {
-    std::uint64_t totalSize = std::uint64_t{1} << 30;  ///< Of all files together, in bytes.
-    std::uint64_t ratio =
-        1000;  ///< Of that size to the cabinet's own. MSZIP reaches 600 with nothing but zeros.
+    /// Of all files together, in bytes.
+    std::uint64_t totalSize = std::uint64_t{1} << 30;
+    /// Of that size to the cabinet's own. MSZIP reaches 600 with nothing but zeros.
+    std::uint64_t ratio = 1000;
 };
 
 /// A file in a cabinet.
