@@ -13,8 +13,8 @@
 struct CabinetLimits {
     /// Of all data that is expanded, in bytes, whether files cover it or not.
     std::uint64_t totalSize = std::uint64_t{1} << 30;
-    std::uint64_t ratio =
-        1000;  ///< Of that size to the cabinet's own. MSZIP reaches 600 with nothing but zeros.
+    /// Of that size to the cabinet's own. MSZIP reaches 600 with nothing but zeros.
+    std::uint64_t ratio = 1000;
 };
 
 /// A file in a cabinet.
