@@ -219,8 +219,9 @@ public:
     static std::vector<CXString> DeleteOrphanedProductDataFolders(const CXString& folder, bool dryRun);
     /// Adds the values that the installed printers keep for models.
     static void EnumeratePerPrinterRegKeysForInstalledPrinters(std::vector<PerPrinterRegKey>& keys);
-    /// Deletes those that are for no installed printer's current model. A printer without a current model may
-    /// still choose any, so that all of its own stay.
+    /// Deletes those that are for no installed printer's current model and that no map file in the printer's
+    /// own product data folder names. A printer without a current model may still choose any, so that all of
+    /// its own stay.
     /// @param dryRun  delete nothing
     /// @return the values
     static std::vector<PerPrinterRegKey> DeleteOrphanedPerPrinterRegKeys(bool dryRun);

@@ -5,8 +5,10 @@
 #include <memory>
 #include <string>
 #include <system_error>
+#include <unordered_set>
 #include <vector>
 
+#include "environment/modeltable.h"
 #include "environment/printer.h"
 #include "environment/productdata.h"
 #include "environment/productfiles.h"
@@ -142,6 +144,38 @@ void RequireFoldersKnown(const std::vector<PrinterUse>& uses) {
     }
 }
 
+/// The models that the map files of folders name now.
+class FolderModels {
+public:
+    bool Names(const CXString& folder, const CXString& model) {
+        if (folder.IsEmpty()) return false;
+        const auto [found, isNew] = m_models.try_emplace(folder);
+        if (isNew) ReadFolder(folder, found->second);
+        return found->second.contains(Lower(ViewOf(model)));
+    }
+
+private:
+    using Models = std::unordered_set<Text>;
+
+    /// Names of values do not differ by case.
+    static Text Lower(TextView model) {
+        Text lower(model);
+        std::transform(lower.begin(), lower.end(), lower.begin(), platform::ToLower);
+        return lower;
+    }
+
+    static void ReadFolder(const CXString& folder, Models& models) {
+        for (const fs::path& file : productfiles::FindMapFiles(productfiles::PathOf(folder))) {
+            const ByteBuffer bytes = productfiles::ReadFile(file).value_or(ByteBuffer());
+            const ModelTable table(ViewOf(productfiles::TextOf(bytes)));
+            for (std::size_t i = 0; i < table.GetCount(); ++i)
+                models.insert(Lower(table.GetModel(i)));
+        }
+    }
+
+    std::map<CXString, Models> m_models;
+};
+
 }  // namespace
 
 /// Lets maintenance know that the folder is in use. Nothing is written when the driver data tells it already.
@@ -199,8 +233,8 @@ void ProductData::EnumeratePerPrinterRegKeysForInstalledPrinters(std::vector<Per
 
 std::vector<ProductData::PerPrinterRegKey> ProductData::DeleteOrphanedPerPrinterRegKeys(bool dryRun) {
     const std::vector<PrinterUse> uses = ReadUses();
-    const auto isUsed = [&uses](const CXString& valueName) {
-        const CXString model = valueName.Mid(CXString(MappingData::valueNamePrefix).GetLength());
+    FolderModels folders;
+    const auto isCurrent = [&uses](const CXString& model) {
         return std::any_of(uses.begin(), uses.end(),
                            [&model](const PrinterUse& use) { return IsSameName(use.model, model); });
     };
@@ -208,7 +242,9 @@ std::vector<ProductData::PerPrinterRegKey> ProductData::DeleteOrphanedPerPrinter
     for (const PrinterUse& use : uses) {
         if (use.model.IsEmpty()) continue;
         for (const CXString& valueName : use.mappings) {
-            if (!isUsed(valueName)) orphans.push_back({use.printer, valueName});
+            const CXString model = valueName.Mid(CXString(MappingData::valueNamePrefix).GetLength());
+            if (!isCurrent(model) && !folders.Names(use.folder, model))
+                orphans.push_back({use.printer, valueName});
         }
     }
     for (auto orphan = orphans.begin(); !dryRun && orphan != orphans.end(); ++orphan)

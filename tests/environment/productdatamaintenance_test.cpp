@@ -169,6 +169,9 @@ TEST(ProductDataMaintenance, FindsValuesOfModelsThatNoPrinterUses) {
                        "1 PDMap-C", "2 PDMap-A", "2 PDMap-B", "2 PDMap-C"};
     const Names orphans = {"0 PDMap-C", "1 PDMap-C"};
     EXPECT_EQ(values(), all);
+    EXPECT_EQ(Relative(printers, ProductData::DeleteOrphanedPerPrinterRegKeys(true)), Names())
+        << "the map file names all of them";
+    folder.Write("all.map", "Model:a\nX:1\n");
     EXPECT_EQ(Relative(printers, ProductData::DeleteOrphanedPerPrinterRegKeys(true)), orphans);
     EXPECT_EQ(values(), all);
 }

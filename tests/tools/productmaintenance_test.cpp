@@ -48,6 +48,7 @@ TEST(ProductMaintenance, ListsAndDeletesWhatNoPrinterUses) {
     const Printer printer(testPrinter.GetName());
     const ProductData data(printer.GetHandle(), folder.NameOf("Product Data/used"),
                            ProductData::ModelTypeName, NV_TEXT("A"));
+    folder.Write("Product Data/used/a.map", "Model:A\nX:1\n");
     const std::string ofValue =
         "the value \"PDMap-B\" of printer " + QuotedText(testPrinter.GetName()) + "\n";
     const ToolResult values = Nvutil({"product", "clean", "--dry-run"});

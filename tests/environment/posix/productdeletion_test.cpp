@@ -52,6 +52,8 @@ TEST(ProductValues, AreDeletedForModelsThatNoPrinterUses) {
     const TestPrinter testPrinter;
     const Printer printer(testPrinter.GetName());
     const ProductData data(printer.GetHandle(), folder.GetName(), ProductData::ModelTypeName, NV_TEXT("B"));
+    EXPECT_TRUE(ProductData::DeleteOrphanedPerPrinterRegKeys(false).empty());
+    folder.Write("all.map", "X:1\n");
     EXPECT_EQ(ProductData::DeleteOrphanedPerPrinterRegKeys(false).size(), 2u);
     EXPECT_TRUE(ProductData::DeleteOrphanedPerPrinterRegKeys(false).empty());
     const std::vector<CXString> left = printer.EnumeratePrinterDataExW(Printer::driverDataKey);
