@@ -57,10 +57,28 @@ private:
     bool m_validate;
     xmlParserCtxt* m_context;
     xmlParserInput* m_dtdInput = nullptr;
+    std::size_t m_dtdBegin = 0;  ///< Where the engine's text of the DTD begins, behind its declaration.
     bool m_hasNoDtd = false;
     bool m_mayHoldBlanks = false;  ///< A text was kept that began with white space.
     FirstError m_fatal;
     FirstError m_other;
+};
+
+/// Sends what the engine tells of documents that it has read, such as references to IDs that are not there,
+/// to a handler for as long as the object lives. The engine keeps the handler by thread.
+class ErrorHandler {
+public:
+    ErrorHandler(xmlStructuredErrorFunc handler, void* context)
+        : m_saved(xmlStructuredError), m_savedContext(xmlStructuredErrorContext) {
+        xmlSetStructuredErrorFunc(context, handler);
+    }
+    ~ErrorHandler() { xmlSetStructuredErrorFunc(m_savedContext, m_saved); }
+    ErrorHandler(const ErrorHandler&) = delete;
+    ErrorHandler& operator=(const ErrorHandler&) = delete;
+
+private:
+    xmlStructuredErrorFunc m_saved;
+    void* m_savedContext;
 };
 
 bool IsBlank(std::string_view text) {
@@ -94,6 +112,7 @@ bool Reader::Read() {
     const int options = XML_PARSE_NONET | XML_PARSE_DTDATTR | XML_PARSE_COMPACT | XML_PARSE_IGNORE_ENC |
                         (m_validate ? XML_PARSE_DTDVALID : 0);
     const std::string_view text = m_document.text.Get();
+    const ErrorHandler handler(&Reader::OnError, m_context);
     m_context->myDoc =
         xmlCtxtReadMemory(m_context, text.data(), static_cast<int>(text.size()), nullptr, nullptr, options);
     if (m_fatal.code == XML_ERR_NO_MEMORY || m_other.code == XML_ERR_NO_MEMORY)
@@ -145,6 +164,7 @@ void Reader::Keep(FirstError& kept, const xmlError& error) const {
     const xmlParserInput& input = *m_context->inputTab[level];
     kept.isInDtd = &input == m_dtdInput;
     kept.offset = input.consumed + static_cast<std::size_t>(input.cur - input.base);
+    if (kept.isInDtd) kept.offset += m_dtdBegin;
 }
 
 // Only the DTD that the check has read is ever handed over, and nothing is fetched.
@@ -154,7 +174,8 @@ xmlParserInput* Reader::OnExternalDtd(void* context, const xmlChar* /*publicId*/
     if (!reader.m_document.hasExternalDtd || reader.m_dtdInput != nullptr) return nullptr;
     std::string_view text = reader.m_document.dtd.Get();
     constexpr std::string_view declaration = "<?xml";
-    if (text.starts_with(declaration)) text.remove_prefix(std::min(text.find("?>"), text.size() - 2) + 2);
+    if (text.starts_with(declaration)) reader.m_dtdBegin = std::min(text.find("?>"), text.size() - 2) + 2;
+    text.remove_prefix(reader.m_dtdBegin);
     xmlParserInputBuffer* const buffer =
         xmlParserInputBufferCreateMem(text.data(), static_cast<int>(text.size()), XML_CHAR_ENCODING_NONE);
     if (buffer == nullptr) return nullptr;
