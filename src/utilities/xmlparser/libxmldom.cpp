@@ -137,6 +137,8 @@ xmlNode* AttributeOf(const LibXmlNodeReference& element, xmlNs* declaration, con
 
 void Declare(xmlNode* element, std::string_view prefix, const std::string& uri) {
     const std::string prefixText(prefix);
+    const bool isInDefault = element->ns != nullptr && element->ns->prefix == nullptr;
+    if (prefix.empty() && isInDefault && View(element->ns->href) != uri) throw _com_error(E_FAIL);
     xmlNs* declaration = FindDeclaration(element, prefix);
     if (declaration == nullptr) {
         if (xmlNewNs(element, Pointer(uri), prefix.empty() ? nullptr : Pointer(prefixText)) == nullptr)

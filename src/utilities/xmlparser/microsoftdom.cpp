@@ -127,10 +127,13 @@ ComPointer<IXMLDOMNode> Append(IXMLDOMNode& parent, IXMLDOMNode& child) {
     return appended;
 }
 
-/// Whether an element is in the namespace that a declaration on it would name.
+/// Whether an element without a prefix is in the namespace that a declaration on it would name.
 /// @throws _com_error (E_FAIL) when it is in another one, which no declaration can change
 bool IsInNamespace(IXMLDOMNode& element, const CXString& uri) {
     comcall::String own;
+    comcall::String prefix;
+    Check(element.get_prefix(prefix.Receive()), element);
+    if (!prefix.AsText().IsEmpty()) return false;
     Check(element.get_namespaceURI(own.Receive()), element);
     if (own.AsText().IsEmpty()) return false;
     if (own.AsText() != uri) throw _com_error(E_FAIL);

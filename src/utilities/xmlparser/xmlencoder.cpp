@@ -35,7 +35,8 @@ private:
             if (m_rest.starts_with(markup.begin))
                 return Put(EndBehind(markup.end, markup.begin.size()), Numbers::Impossible);
         }
-        if (m_rest.starts_with("<!DOCTYPE")) return Put(EndOfDoctype(), Numbers::Impossible);
+        // It was read in this encoding; only default values of attributes can hold what was a number there.
+        if (m_rest.starts_with("<!DOCTYPE")) return Put(EndOfDoctype(), Numbers::Allowed);
         EncodeTag();
     }
 

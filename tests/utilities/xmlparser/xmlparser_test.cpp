@@ -109,9 +109,10 @@ TEST(XmlParsing, RefusesWhatIsNotWellFormed) {
         "\xFF\xFE<\0r\0>\0\x00\xDC<\0/\0r\0>\0"s,
     };
     for (const std::string& xml : cases) {
-        Document document(xml);
+        Document document(xml, false, NV_TEXT("x.xml"));
         EXPECT_TRUE(document.IsRefused()) << xml;
-        EXPECT_EQ(document.GetError().rfind("MSXML Parse Error in '", 0), 0u) << xml << document.GetError();
+        EXPECT_EQ(document.GetError().rfind("MSXML Parse Error in 'x.xml'", 0), 0u)
+            << xml << document.GetError();
         EXPECT_FALSE(*document.GetRootElement()) << xml;
     }
 }
@@ -576,10 +577,18 @@ TEST(XmlFailures, OfWrongNamesAndPlaces) {
     const std::pair<const char*, const char*> declarations[] = {
         {"xmlns:p", ""},     {"xmlns:xmlns", "urn:x"}, {"xmlns:xml", "urn:x"},
         {"xmlns:", "urn:x"}, {"xmlns:p:q", "u"},       {"xmlns", "http://www.w3.org/2000/xmlns/"}};
-    for (const auto& [name, value] : declarations)
-        EXPECT_EQ(FailureOf([&] { document.GetRootElement()->setAttribute(Text(name), Text(value)); }),
-                  E_FAIL)
-            << name;
+    for (const auto& declaration : declarations) {
+        const auto declare = [&] {
+            document.GetRootElement()->setAttribute(Text(declaration.first), Text(declaration.second));
+        };
+        EXPECT_EQ(FailureOf(declare), E_FAIL) << declaration.first;
+    }
+    Document inNamespace("<r xmlns='urn:r'/>");
+    EXPECT_EQ(
+        FailureOf([&] { inNamespace.GetRootElement()->setAttribute(NV_TEXT("xmlns"), NV_TEXT("urn:s")); }),
+        E_FAIL);
+    inNamespace.GetRootElement()->setAttribute(NV_TEXT("xmlns"), NV_TEXT("urn:r"));
+    EXPECT_EQ(Write(inNamespace.GetParser()), "<r xmlns=\"urn:r\"/>\n");
     EXPECT_EQ(FailureOf([&] { leaf->removeChild(*root); }), E_INVALIDARG);
     EXPECT_EQ(FailureOf([&] { leaf->appendChild(*root); }), E_FAIL);
     EXPECT_EQ(FailureOf([&] { leaf->appendChild(*leaf); }), E_FAIL);
@@ -734,7 +743,8 @@ TEST(XmlWriting, KeepsTheDeclaredEncoding) {
         begin + "windows-1252\"?>\n<r a=\"\xE4\">\xE4\x80&#129;&#128512;</r>\n",
         begin + "US-ASCII\"?>\n<r>&#228;</r>\n",
         begin +
-            "ISO-8859-1\"?>\n<!DOCTYPE r [\n<!--'>]\xE4--><!ENTITY e \"]>\xE4\">\n]>\n<r "
+            "ISO-8859-1\"?>\n<!DOCTYPE r [\n<!--'>]\xE4--><!ATTLIST s k CDATA \"&#8364;\">\n<!ENTITY e "
+            "\"]>\xE4\">\n]>\n<r "
             "a=\"\xE4\">\xE4&e;</r>\n",
     };
     for (const std::string& xml : texts)

@@ -90,6 +90,15 @@ TEST(LibXmlParser, TellsWhereTheErrorIs) {
     EXPECT_NE(invalid.GetError().find("on line 3 and column 5 "), std::string::npos) << invalid.GetError();
 }
 
+TEST(LibXmlParser, FollowsNoLinkToADtd) {
+    const Folder folder;
+    folder.Write("secret", "root:x:0:0");
+    std::filesystem::create_symlink("secret", folder.GetPath("t.dtd"));
+    Document document("<!DOCTYPE r SYSTEM 't.dtd'><r/>", true, NameOf(folder.GetPath("a.xml")));
+    EXPECT_NE(document.GetError().find("The document's DTD cannot be read."), std::string::npos)
+        << document.GetError();
+}
+
 TEST(LibXmlNodes, OfTextStayApart) {
     Document document("<r>a</r>");
     const auto holder = document.GetParser().getDocument();
