@@ -91,7 +91,7 @@ bool IsDeclaration(std::string_view name, std::string_view& prefix) {
     if (!name.starts_with(declarationPrefix)) return false;
     prefix = name.substr(declarationPrefix.size());
     if (prefix.empty()) return true;
-    if (prefix.front() != ':') return false;
+    if (prefix.front() != ':' || prefix.size() == 1) return false;
     prefix.remove_prefix(1);
     return true;
 }
@@ -137,6 +137,8 @@ xmlNode* AttributeOf(const LibXmlNodeReference& element, xmlNs* declaration, con
 
 void Declare(xmlNode* element, std::string_view prefix, const std::string& uri) {
     const std::string prefixText(prefix);
+    const bool isInDefault = element->ns != nullptr && element->ns->prefix == nullptr;
+    if (prefix.empty() && isInDefault && View(element->ns->href) != uri) throw _com_error(E_FAIL);
     xmlNs* declaration = FindDeclaration(element, prefix);
     if (declaration == nullptr) {
         if (xmlNewNs(element, Pointer(uri), prefix.empty() ? nullptr : Pointer(prefixText)) == nullptr)
@@ -262,7 +264,7 @@ std::unique_ptr<XmlDomNode> LibXmlDomElement::getAsDomNode() {
 
 void LibXmlDomElement::setAttribute(const CXString& name, const CXString& value) {
     xmlNode* const element = Require(m_element);
-    if (!IsXmlName(name)) throw _com_error(E_FAIL);
+    if (!IsXmlAttribute(name, value)) throw _com_error(E_FAIL);
     const std::string nameText = Utf8Text(name);
     const std::string valueText = Utf8Text(value);
     std::string_view prefix;
@@ -319,29 +321,30 @@ std::vector<std::unique_ptr<XmlDomNode>> LibXmlDomNamedNodeMap::getItems() const
 
 // --- The document ---------------------------------------------------------------------------------------
 
-LibXmlDomDocument::LibXmlDomDocument(std::shared_ptr<LibXmlTree> tree, const XmlParseError& parseError)
-    : m_tree(std::move(tree)), m_parseError(parseError) {}
+LibXmlDomDocument::LibXmlDomDocument(std::shared_ptr<const LibXmlContent> content)
+    : m_content(std::move(content)) {}
 LibXmlDomDocument::~LibXmlDomDocument() = default;
 
 std::unique_ptr<XmlDomElement> LibXmlDomDocument::getDocumentElement() {
-    xmlNode* const root = xmlDocGetRootElement(m_tree->GetDocument());
-    return std::make_unique<LibXmlDomElement>(root != nullptr ? LibXmlNodeReference{m_tree, root}
+    xmlNode* const root = xmlDocGetRootElement(m_content->tree->GetDocument());
+    return std::make_unique<LibXmlDomElement>(root != nullptr ? LibXmlNodeReference{m_content->tree, root}
                                                               : LibXmlNodeReference{});
 }
 
 std::unique_ptr<XmlDomElement> LibXmlDomDocument::createElement(const CXString& name) {
     if (!IsXmlName(name)) throw _com_error(E_FAIL);
     const std::string nameText = Utf8Text(name);
-    xmlNode* const element = xmlNewDocNode(m_tree->GetDocument(), nullptr, Pointer(nameText), nullptr);
-    m_tree->Adopt(element);
-    return std::make_unique<LibXmlDomElement>(LibXmlNodeReference{m_tree, element});
+    xmlNode* const element =
+        xmlNewDocNode(m_content->tree->GetDocument(), nullptr, Pointer(nameText), nullptr);
+    m_content->tree->Adopt(element);
+    return std::make_unique<LibXmlDomElement>(LibXmlNodeReference{m_content->tree, element});
 }
 
 std::unique_ptr<XmlDomText> LibXmlDomDocument::createTextNode(const CXString& text) {
     const std::string content = Utf8Text(text);
-    xmlNode* const node = xmlNewDocText(m_tree->GetDocument(), Pointer(content));
-    m_tree->Adopt(node);
-    return std::make_unique<LibXmlDomText>(LibXmlNodeReference{m_tree, node});
+    xmlNode* const node = xmlNewDocText(m_content->tree->GetDocument(), Pointer(content));
+    m_content->tree->Adopt(node);
+    return std::make_unique<LibXmlDomText>(LibXmlNodeReference{m_content->tree, node});
 }
 
 CXString LibXmlDomDocument::formatParseErrorDisplayString(const XmlParseError& parseError) {

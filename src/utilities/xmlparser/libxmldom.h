@@ -11,6 +11,12 @@
 class LibXmlTree;
 struct _xmlNode;
 
+/// What a parser holds at the moment, shared with the wrappers of its document.
+struct LibXmlContent {
+    std::shared_ptr<LibXmlTree> tree;
+    XmlParseError error;  ///< Its code is 0 when the last parse had none.
+};
+
 /// A node and the tree that keeps it alive.
 struct LibXmlNodeReference {
     std::shared_ptr<LibXmlTree> tree = {};
@@ -88,20 +94,19 @@ private:
 
 class NVUTIL_API LibXmlDomDocument : public XmlDomDocument {
 public:
-    LibXmlDomDocument(std::shared_ptr<LibXmlTree> tree, const XmlParseError& parseError);
+    explicit LibXmlDomDocument(std::shared_ptr<const LibXmlContent> content);
     ~LibXmlDomDocument() override;
 
     std::unique_ptr<XmlDomElement> getDocumentElement() override;
     std::unique_ptr<XmlDomElement> createElement(const CXString& name) override;
     std::unique_ptr<XmlDomText> createTextNode(const CXString& text) override;
 
-    /// The error of the parse that made the document; its code is 0 when there was none.
-    const XmlParseError& getParseError() const { return m_parseError; }
+    /// The error of the parser's last parse; its code is 0 when there was none.
+    const XmlParseError& getParseError() const { return m_content->error; }
 
     /// The text that users report of a parse error; docs/xml.md shows it.
     static CXString formatParseErrorDisplayString(const XmlParseError& parseError);
 
 private:
-    std::shared_ptr<LibXmlTree> m_tree;
-    XmlParseError m_parseError;
+    std::shared_ptr<const LibXmlContent> m_content;
 };

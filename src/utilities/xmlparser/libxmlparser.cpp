@@ -4,9 +4,10 @@
 #include <libxml/tree.h>
 #include <libxml/xmlIO.h>
 
-#include <new>
+#include <optional>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 #include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
@@ -15,11 +16,13 @@
 #include "utilities/xmlparser/libxmltree.h"
 #include "utilities/xmlparser/npifparseexception.h"
 #include "utilities/xmlparser/xmldocumentcheck.h"
+#include "utilities/xmlparser/xmlencoder.h"
 #include "utilities/xmlparser/xmlinput.h"
 
 namespace {
 
 constexpr auto writing = "LibXmlParser::convertToXmlStream";
+constexpr auto utf8 = "UTF-8";
 
 /// What libxml2 keeps for a document that had no declaration.
 constexpr int withoutDeclaration = -1;
@@ -45,14 +48,6 @@ std::string Declaration(const xmlDoc& document) {
     return text + "?>\n";
 }
 
-/// What is written there is UTF-8, and comes out in the encoding.
-Output CreateOutput(const char* encoding) {
-    const bool isUtf8 = xmlParseCharEncoding(encoding) == XML_CHAR_ENCODING_UTF8;
-    Output output(xmlAllocOutputBuffer(isUtf8 ? nullptr : xmlFindCharEncodingHandler(encoding)));
-    if (output == nullptr) ThrowOutOfMemory(writing, __LINE__);
-    return output;
-}
-
 /// Names the encoding of a document for as long as the object lives: without one, characters that are not
 /// ASCII would be written as numbers.
 class NamedEncoding {
@@ -69,26 +64,30 @@ private:
     const xmlChar* m_saved;
 };
 
-/// @return false when the engine failed
-bool WriteTo(xmlOutputBuffer& output, xmlDoc& document, const char* encoding) {
-    xmlOutputBufferWriteString(&output, Declaration(document).c_str());
-    const NamedEncoding named(document, encoding);
+/// The document as UTF-8; nothing when the engine failed.
+std::optional<std::string> WriteAsUtf8(xmlDoc& document) {
+    const Output output(xmlAllocOutputBuffer(nullptr));
+    if (output == nullptr) ThrowOutOfMemory(writing, __LINE__);
+    xmlOutputBufferWriteString(output.get(), Declaration(document).c_str());
+    const NamedEncoding named(document, utf8);
     for (xmlNode* node = document.children; node != nullptr; node = node->next) {
-        xmlNodeDumpOutput(&output, &document, node, 0, 0, encoding);
-        xmlOutputBufferWriteString(&output, "\n");
+        xmlNodeDumpOutput(output.get(), &document, node, 0, 0, utf8);
+        xmlOutputBufferWriteString(output.get(), "\n");
     }
-    return xmlOutputBufferFlush(&output) >= 0 && output.error == XML_ERR_OK;
+    if (xmlOutputBufferFlush(output.get()) < 0 || output->error != XML_ERR_OK) return {};
+    return std::string(reinterpret_cast<const char*>(xmlBufContent(output->buffer)),
+                       xmlBufUse(output->buffer));
 }
 
-std::span<const BYTE> BytesOf(const xmlOutputBuffer& output) {
-    const xmlBuf* const bytes = output.encoder != nullptr ? output.conv : output.buffer;
-    return {xmlBufContent(bytes), xmlBufUse(const_cast<xmlBuf*>(bytes))};
+std::span<const BYTE> BytesOf(const std::string& text) {
+    return {reinterpret_cast<const BYTE*>(text.data()), text.size()};
 }
 
 }  // namespace
 
 LibXmlParser::LibXmlParser(const CXString& documentPath, bool mustBeValid)
-    : NorvaXmlParser(documentPath, mustBeValid), m_tree(std::make_shared<LibXmlTree>()) {
+    : NorvaXmlParser(documentPath, mustBeValid), m_content(std::make_shared<LibXmlContent>()) {
+    m_content->tree = std::make_shared<LibXmlTree>();
     UtilitiesDllPerThreadStorage::Prepare();  // which keeps memory for the wrappers to come
 }
 
@@ -111,25 +110,24 @@ void LibXmlParser::parse(unsigned char* data, DWORD length) {
         reading = ReadWithLibXml(document, systemId, validate);
     }
     const bool isRefused = reading.tree == nullptr;
-    m_tree = isRefused ? std::make_shared<LibXmlTree>() : std::move(reading.tree);
-    m_parseError = reading.error;
+    m_content->tree = isRefused ? std::make_shared<LibXmlTree>() : std::move(reading.tree);
+    m_content->error = reading.error;
     if (isRefused) NV_THROW_NPIFPARSE(NpifParseException::ErrorReportedDuringParse, "LibXmlParser::parse");
 }
 
 void LibXmlParser::convertToXmlStream(XmlOutputCallback& callback) {
-    xmlDoc& document = *m_tree->GetDocument();
-    const char* const encoding =
-        document.encoding != nullptr ? reinterpret_cast<const char*>(document.encoding) : "UTF-8";
-    const Output output = CreateOutput(encoding);
-    const bool isWritten = WriteTo(*output, document, encoding);
-    const std::span<const BYTE> bytes = BytesOf(*output);
-    if (!isWritten || !IsReadable(bytes))
+    const std::optional<std::string> text = WriteAsUtf8(*m_content->tree->GetDocument());
+    const std::optional<std::string> bytes = text ? EncodeDocument(*text) : std::nullopt;
+    CheckedDocument written;
+    if (!bytes || CheckDocument(BytesOf(*bytes), systemId, false, written) ||
+        !m_content->tree->HasItsPrefixes()) {
         NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
-    callback.handleOutput(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+    }
+    callback.handleOutput(BytesOf(*bytes).data(), static_cast<std::uint32_t>(bytes->size()));
 }
 
 std::unique_ptr<XmlDomDocument> LibXmlParser::getDocument() {
-    return std::make_unique<LibXmlDomDocument>(m_tree, m_parseError);
+    return std::make_unique<LibXmlDomDocument>(m_content);
 }
 
 CXString LibXmlParser::formatCOMExceptionDisplayString(const _com_error& error) {

@@ -22,6 +22,5 @@ public:
     static CXString formatCOMExceptionDisplayString(const _com_error& error);
 
 private:
-    std::shared_ptr<LibXmlTree> m_tree;
-    XmlParseError m_parseError;
+    std::shared_ptr<LibXmlContent> m_content;
 };

@@ -5,6 +5,8 @@
 #include <libxml/tree.h>
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 #include "utilities/xmlparser/comerror.h"
 #include "utilities/xmlparser/xmltext.h"
@@ -42,6 +44,34 @@ xmlDoc* NewDocument() {
     return nullptr;
 }
 
+bool IsPrefixDeclared(const xmlNode* element, const xmlNs* ns, const xmlChar* name) {
+    std::string prefix;
+    if (ns != nullptr) {
+        prefix = ns->prefix != nullptr ? reinterpret_cast<const char*>(ns->prefix) : "";
+    } else {
+        const std::string_view whole = reinterpret_cast<const char*>(name);
+        prefix = whole.substr(0, whole.find(':') == std::string_view::npos ? 0 : whole.find(':'));
+    }
+    return prefix.empty() || xmlSearchNs(element->doc, const_cast<xmlNode*>(element),
+                                         reinterpret_cast<const xmlChar*>(prefix.c_str())) != nullptr;
+}
+
+bool HasDeclaredPrefixes(const xmlNode* element) {
+    if (!IsPrefixDeclared(element, element->ns, element->name)) return false;
+    for (const xmlAttr* attribute = element->properties; attribute != nullptr; attribute = attribute->next) {
+        if (!IsPrefixDeclared(element, attribute->ns, attribute->name)) return false;
+    }
+    return true;
+}
+
+/// The node behind another one in the order of the document; none when that was the last.
+const xmlNode* NextInDocument(const xmlNode* node) {
+    if (node->type == XML_ELEMENT_NODE && node->children != nullptr) return node->children;
+    while (node != nullptr && node->next == nullptr)
+        node = node->parent;
+    return node != nullptr ? node->next : nullptr;
+}
+
 }  // namespace
 
 LibXmlTree::LibXmlTree(xmlDoc* document) : m_document(document != nullptr ? document : NewDocument()) {
@@ -61,6 +91,14 @@ LibXmlTree& LibXmlTree::Owner() {
     while (tree->m_joinedTo != nullptr)
         tree = tree->m_joinedTo.get();
     return *tree;
+}
+
+bool LibXmlTree::HasItsPrefixes() const {
+    for (const xmlNode* node = xmlDocGetRootElement(m_document); node != nullptr;
+         node = NextInDocument(node)) {
+        if (node->type == XML_ELEMENT_NODE && !HasDeclaredPrefixes(node)) return false;
+    }
+    return true;
 }
 
 const CXString& LibXmlTree::WideName(const xmlChar* name) {

@@ -23,6 +23,9 @@ public:
 
     _xmlDoc* GetDocument() const { return m_document; }
 
+    /// Whether each prefix in the names of elements and attributes is declared where it stands.
+    bool HasItsPrefixes() const;
+
     /// The wide form of a node's own name. Names are few and asked for often, so the last ones are kept.
     /// @param name  belongs to the tree, and lives and stays the same as long as that
     const CXString& WideName(const unsigned char* name);

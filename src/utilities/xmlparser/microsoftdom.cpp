@@ -47,9 +47,97 @@ VARIANT_BOOL VariantBool(bool value) {
     return value ? VARIANT_TRUE : VARIANT_FALSE;
 }
 
-// Some engines make nodes whose names nobody could read back.
-void RequireName(const CXString& name) {
-    if (!IsXmlName(name)) throw _com_error(E_FAIL);
+DOMNodeType TypeOf(IXMLDOMNode& node) {
+    DOMNodeType type = NODE_INVALID;
+    Check(node.get_nodeType(&type), node);
+    return type;
+}
+
+CXString ValueOf(IXMLDOMNode& node) {
+    comcall::Variant value;
+    Check(node.get_nodeValue(value.Receive()), node);
+    return value.AsText();
+}
+
+/// Marks an element by a comment at its end for as long as the object lives. Some engines make a new object
+/// each time a node is asked for, so that objects do not tell whether two nodes are the same.
+class ElementMark {
+public:
+    explicit ElementMark(IXMLDOMNode& element) : m_element(element), m_text(UniqueText()) {
+        ComPointer<IXMLDOMDocument> document;
+        Check(element.get_ownerDocument(document.Receive()), element);
+        ComPointer<IXMLDOMComment> comment;
+        const HRESULT result =
+            Require(document).createComment(comcall::String(m_text).Get(), comment.Receive());
+        if (FAILED(result)) throw _com_error(result);
+        Check(element.appendChild(comment.Get(), m_comment.Receive()), element);
+    }
+    ~ElementMark() {
+        ComPointer<IXMLDOMNode> removed;
+        m_element.removeChild(m_comment.Get(), removed.Receive());
+    }
+    ElementMark(const ElementMark&) = delete;
+    ElementMark& operator=(const ElementMark&) = delete;
+
+    bool IsOn(IXMLDOMNode& element) const {
+        ComPointer<IXMLDOMNode> last;
+        Check(element.get_lastChild(last.Receive()), element);
+        return last && TypeOf(*last.Get()) == NODE_COMMENT && ValueOf(*last.Get()) == m_text;
+    }
+
+private:
+    static CXString UniqueText() {
+        constexpr int length = 39;  // with the null
+        GUID id;
+        wchar_t text[length] = {};
+        if (FAILED(CoCreateGuid(&id))) throw _com_error(E_FAIL);
+        StringFromGUID2(id, text, length);
+        return {text};
+    }
+
+    IXMLDOMNode& m_element;
+    CXString m_text;
+    ComPointer<IXMLDOMNode> m_comment;
+};
+
+bool HasChildren(IXMLDOMNode& node) {
+    VARIANT_BOOL has = VARIANT_FALSE;
+    Check(node.hasChildNodes(&has), node);
+    return has != VARIANT_FALSE;
+}
+
+// Some engines accept a node inside of itself and run into it for ever, or nodes where they cannot stand.
+void RequirePlace(IXMLDOMNode& parent, IXMLDOMNode& child) {
+    if (TypeOf(parent) != NODE_ELEMENT) throw _com_error(E_FAIL);
+    if (TypeOf(child) != NODE_ELEMENT || (!HasChildren(child) && HasChildren(parent))) return;
+    const ElementMark mark(child);
+    ComPointer<IXMLDOMNode> ancestor;
+    for (IXMLDOMNode* node = &parent; node != nullptr; node = ancestor.Get()) {
+        if (mark.IsOn(*node)) throw _com_error(E_FAIL);
+        ComPointer<IXMLDOMNode> next;
+        Check(node->get_parentNode(next.Receive()), *node);
+        ancestor = std::move(next);
+    }
+}
+
+ComPointer<IXMLDOMNode> Append(IXMLDOMNode& parent, IXMLDOMNode& child) {
+    RequirePlace(parent, child);
+    ComPointer<IXMLDOMNode> appended;
+    Check(parent.appendChild(&child, appended.Receive()), parent);
+    return appended;
+}
+
+/// Whether an element without a prefix is in the namespace that a declaration on it would name.
+/// @throws _com_error (E_FAIL) when it is in another one, which no declaration can change
+bool IsInNamespace(IXMLDOMNode& element, const CXString& uri) {
+    comcall::String own;
+    comcall::String prefix;
+    Check(element.get_prefix(prefix.Receive()), element);
+    if (!prefix.AsText().IsEmpty()) return false;
+    Check(element.get_namespaceURI(own.Receive()), element);
+    if (own.AsText().IsEmpty()) return false;
+    if (own.AsText() != uri) throw _com_error(E_FAIL);
+    return true;
 }
 
 /// The wrapper of this implementation behind an abstract one.
@@ -83,9 +171,7 @@ CXString MicrosoftDomNode::getNodeName() const {
 }
 
 CXString MicrosoftDomNode::getNodeValue() const {
-    comcall::Variant value;
-    Check(Require(m_node).get_nodeValue(value.Receive()), *m_node.Get());
-    return value.AsText();
+    return ValueOf(Require(m_node));
 }
 
 std::unique_ptr<XmlDomNode> MicrosoftDomNode::getFirstChild() {
@@ -107,9 +193,7 @@ std::unique_ptr<XmlDomNamedNodeMap> MicrosoftDomNode::getAttributes() {
 }
 
 int MicrosoftDomNode::GetNodeType() const {
-    DOMNodeType type = NODE_INVALID;
-    Check(Require(m_node).get_nodeType(&type), *m_node.Get());
-    return type;
+    return TypeOf(Require(m_node));
 }
 
 bool MicrosoftDomNode::isElementNode() const {
@@ -130,9 +214,7 @@ bool MicrosoftDomNode::isTextNode() const {
 
 std::unique_ptr<XmlDomNode> MicrosoftDomNode::appendChild(XmlDomNode& child) {
     IXMLDOMNode& native = Require(Own<MicrosoftDomNode>(child).m_node);
-    ComPointer<IXMLDOMNode> appended;
-    Check(Require(m_node).appendChild(&native, appended.Receive()), *m_node.Get());
-    return Wrap(std::move(appended));
+    return Wrap(Append(Require(m_node), native));
 }
 
 std::unique_ptr<XmlDomNode> MicrosoftDomNode::removeChild(XmlDomNode& child) {
@@ -165,7 +247,8 @@ std::unique_ptr<XmlDomNode> MicrosoftDomElement::getAsDomNode() {
 
 void MicrosoftDomElement::setAttribute(const CXString& name, const CXString& value) {
     IXMLDOMElement& element = Require(m_element);
-    RequireName(name);
+    if (!IsXmlAttribute(name, value)) throw _com_error(E_FAIL);
+    if (name == NV_TEXT("xmlns") && IsInNamespace(element, value)) return;
     Check(element.setAttribute(comcall::String(name).Get(), comcall::Variant(value).Get()), element);
 }
 
@@ -173,15 +256,13 @@ void MicrosoftDomElement::appendChild(XmlDomText& text) {
     IXMLDOMElement& element = Require(m_element);
     IXMLDOMText* const native = Own<MicrosoftDomText>(text).getNativeObject();
     if (native == nullptr) throw _com_error(E_POINTER);
-    ComPointer<IXMLDOMNode> appended;
-    Check(element.appendChild(native, appended.Receive()), element);
+    Append(element, *native);
 }
 
 std::unique_ptr<XmlDomElement> MicrosoftDomElement::appendChild(XmlDomElement& child) {
     IXMLDOMElement& element = Require(m_element);
-    ComPointer<IXMLDOMNode> appended;
-    Check(element.appendChild(&Require(Own<MicrosoftDomElement>(child).m_element), appended.Receive()),
-          element);
+    const ComPointer<IXMLDOMNode> appended =
+        Append(element, Require(Own<MicrosoftDomElement>(child).m_element));
     return std::make_unique<MicrosoftDomElement>(
         Query<IXMLDOMElement>(Require(appended), IID_IXMLDOMElement));
 }
@@ -192,6 +273,7 @@ MicrosoftDomNamedNodeMap::~MicrosoftDomNamedNodeMap() = default;
 
 std::unique_ptr<XmlDomNode> MicrosoftDomNamedNodeMap::getNamedItem(const CXString& name) {
     IXMLDOMNamedNodeMap& map = Require(m_map);
+    if (!IsXmlName(name)) return Wrap({});  // some engines read no further than a null
     ComPointer<IXMLDOMNode> item;
     Check(map.getNamedItem(comcall::String(name).Get(), item.Receive()), map);
     constexpr auto declarationPrefix = NV_TEXT("xmlns");
@@ -223,7 +305,8 @@ std::vector<std::unique_ptr<XmlDomNode>> MicrosoftDomNamedNodeMap::getItems() co
 
 // --- The document ---------------------------------------------------------------------------------------
 
-MicrosoftDomDocument::MicrosoftDomDocument() : m_document(CreateDocument()) {}
+MicrosoftDomDocument::MicrosoftDomDocument()
+    : m_document(CreateDocument()), m_refusal(std::make_shared<ComPointer<IXMLDOMParseError>>()) {}
 MicrosoftDomDocument::MicrosoftDomDocument(const MicrosoftDomDocument& other) = default;
 MicrosoftDomDocument::~MicrosoftDomDocument() = default;
 
@@ -235,7 +318,7 @@ std::unique_ptr<XmlDomElement> MicrosoftDomDocument::getDocumentElement() {
 
 std::unique_ptr<XmlDomElement> MicrosoftDomDocument::createElement(const CXString& name) {
     IXMLDOMDocument2& document = Require(m_document);
-    RequireName(name);
+    if (!IsXmlName(name)) throw _com_error(E_FAIL);  // some engines make what nobody could read back
     ComPointer<IXMLDOMElement> element;
     Check(document.createElement(comcall::String(name).Get(), element.Receive()), document);
     return std::make_unique<MicrosoftDomElement>(std::move(element));
@@ -250,7 +333,7 @@ std::unique_ptr<XmlDomText> MicrosoftDomDocument::createTextNode(const CXString&
 
 short MicrosoftDomDocument::load(IStream* stream) {
     IXMLDOMDocument2& document = Require(m_document);
-    m_refusal = {};
+    *m_refusal = {};
     VARIANT_BOOL isLoaded = VARIANT_FALSE;
     const HRESULT result = document.load(comcall::Variant(stream).Get(), &isLoaded);
     // Some engines report a document that is not well-formed by a failure of the call itself.
@@ -265,7 +348,7 @@ HRESULT MicrosoftDomDocument::save(IStream* stream) {
 }
 
 ComPointer<IXMLDOMParseError> MicrosoftDomDocument::getParseError() {
-    if (m_refusal) return m_refusal;
+    if (*m_refusal) return *m_refusal;
     ComPointer<IXMLDOMParseError> error;
     Check(Require(m_document).get_parseError(error.Receive()), *m_document.Get());
     return error;
@@ -288,11 +371,10 @@ bool MicrosoftDomDocument::validate(ComPointer<IXMLDOMParseError>& parseError) {
 void MicrosoftDomDocument::refuse(ComPointer<IXMLDOMParseError> parseError) {
     VARIANT_BOOL isLoaded = VARIANT_FALSE;
     Require(m_document).loadXML(nullptr, &isLoaded);  // of nothing: its failure is the point
-    m_refusal = std::move(parseError);
+    *m_refusal = std::move(parseError);
 }
 
-CXString MicrosoftDomDocument::formatParseErrorDisplayString(
-    const ComPointer<IXMLDOMParseError>& parseError) {
+XmlParseError MicrosoftDomDocument::ReadParseError(const ComPointer<IXMLDOMParseError>& parseError) {
     IXMLDOMParseError& error = Require(parseError);
     comcall::String url;
     comcall::String reason;
@@ -309,5 +391,10 @@ CXString MicrosoftDomDocument::formatParseErrorDisplayString(
     fields.url = url.AsText();
     fields.reason = reason.AsText();
     fields.sourceText = sourceText.AsText();
-    return FormatParseError(fields);
+    return fields;
+}
+
+CXString MicrosoftDomDocument::formatParseErrorDisplayString(
+    const ComPointer<IXMLDOMParseError>& parseError) {
+    return FormatParseError(ReadParseError(parseError));
 }

@@ -112,7 +112,8 @@ public:
     short load(IStream* stream);
     /// Writes the document to a stream.
     HRESULT save(IStream* stream);
-    /// The error of the last load; its code is 0 when there was none.
+    /// The error of the last load, whichever wrapper of the document did it; its code is 0 when there was
+    /// none.
     ComPointer<IXMLDOMParseError> getParseError();
     /// Whether load validates, for which it looks for the DTD.
     void setValidateOnParse(bool mustBeValid);
@@ -123,10 +124,13 @@ public:
     /// Empties the document, with this as the error of its load.
     void refuse(ComPointer<IXMLDOMParseError> parseError);
 
+    /// What the platform tells of a parse error; what it cannot tell is empty.
+    static XmlParseError ReadParseError(const ComPointer<IXMLDOMParseError>& parseError);
     /// The text that users report of a parse error; docs/xml.md shows it.
     static CXString formatParseErrorDisplayString(const ComPointer<IXMLDOMParseError>& parseError);
 
 private:
     ComPointer<IXMLDOMDocument2> m_document;
-    ComPointer<IXMLDOMParseError> m_refusal;  ///< Stands for the engine's own error when there is one.
+    /// Stands for the engine's own error when there is one; shared like the document.
+    std::shared_ptr<ComPointer<IXMLDOMParseError>> m_refusal;
 };

@@ -4,7 +4,12 @@
 #include <comdef.h>
 #include <msxml2.h>
 
+#include <algorithm>
 #include <cstring>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include "utilities/debuggingandexceptions/throwprotocol.h"
@@ -13,6 +18,7 @@
 #include "utilities/xmlparser/microsoftparseerror.h"
 #include "utilities/xmlparser/npifparseexception.h"
 #include "utilities/xmlparser/xmldocumentcheck.h"
+#include "utilities/xmlparser/xmlencoder.h"
 #include "utilities/xmlparser/xmlinput.h"
 
 namespace {
@@ -27,15 +33,17 @@ constexpr auto writing = "MicrosoftXmlParser::convertToXmlStream";
 /// Global memory of the platform.
 class GlobalBlock {
 public:
-    /// A copy of the bytes.
-    GlobalBlock(const unsigned char* data, DWORD length) : m_handle(GlobalAlloc(GMEM_FIXED, length)) {
+    /// A copy of the bytes behind a mark.
+    GlobalBlock(std::string_view mark, std::span<const BYTE> content)
+        : m_handle(GlobalAlloc(GMEM_FIXED, mark.size() + content.size())) {
         if (m_handle == nullptr) ThrowOutOfMemory(parsing, __LINE__);
         void* const bytes = GlobalLock(m_handle);
         if (bytes == nullptr) {
             GlobalFree(m_handle);
             ThrowOutOfMemory(parsing, __LINE__);
         }
-        memcpy(bytes, data, length);
+        memcpy(bytes, mark.data(), mark.size());
+        memcpy(static_cast<BYTE*>(bytes) + mark.size(), content.data(), content.size());
         GlobalUnlock(m_handle);
     }
     ~GlobalBlock() { GlobalFree(m_handle); }
@@ -54,7 +62,7 @@ public:
     /// Memory without a byte cannot be locked, nor need it be.
     explicit LockedBlock(HGLOBAL handle)
         : m_handle(handle), m_bytes(GlobalSize(handle) > 0 ? GlobalLock(handle) : nullptr) {
-        if (m_bytes == nullptr && GetSize() > 0) ThrowOutOfMemory(writing, __LINE__);
+        if (m_bytes == nullptr && GlobalSize(handle) > 0) ThrowOutOfMemory(writing, __LINE__);
     }
     ~LockedBlock() {
         if (m_bytes != nullptr) GlobalUnlock(m_handle);
@@ -62,8 +70,7 @@ public:
     LockedBlock(const LockedBlock&) = delete;
     LockedBlock& operator=(const LockedBlock&) = delete;
 
-    const BYTE* GetBytes() const { return static_cast<const BYTE*>(m_bytes); }
-    std::uint32_t GetSize() const { return static_cast<std::uint32_t>(GlobalSize(m_handle)); }
+    std::span<const BYTE> Get() const { return {static_cast<const BYTE*>(m_bytes), GlobalSize(m_handle)}; }
 
 private:
     HGLOBAL m_handle;
@@ -75,6 +82,45 @@ ComPointer<IStream> CreateStream(HGLOBAL memory, bool deleteOnRelease, const cha
     if (FAILED(CreateStreamOnHGlobal(memory, deleteOnRelease, stream.Receive())))
         ThrowOutOfMemory(function, __LINE__);
     return stream;
+}
+
+/// The mark that an engine needs to know UTF-16 by; empty for other encodings.
+std::string_view MarkOf(XmlEncoding encoding) {
+    if (encoding == XmlEncoding::Utf16LittleEndian) return "\xFF\xFE";
+    return encoding == XmlEncoding::Utf16BigEndian ? "\xFE\xFF" : "";
+}
+
+std::span<const BYTE> BytesOf(const std::string& text) {
+    return {reinterpret_cast<const BYTE*>(text.data()), text.size()};
+}
+
+/// Whether the engine writes UTF-8 whatever a document declares, as some do.
+bool WritesOnlyUtf8() {
+    std::string probe = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r>\xE4</r>";
+    MicrosoftDomDocument document;
+    const GlobalBlock memory({}, BytesOf(probe));
+    document.setValidateOnParse(false);
+    document.load(CreateStream(memory.Get(), false, writing).Get());
+    const ComPointer<IStream> stream = CreateStream(nullptr, true, writing);
+    HGLOBAL written = nullptr;
+    if (FAILED(document.save(stream.Get())) || FAILED(GetHGlobalFromStream(stream.Get(), &written)))
+        ThrowOutOfMemory(writing, __LINE__);
+    const LockedBlock block(written);
+    return std::ranges::count(block.Get(), BYTE{0xC3}) > 0;
+}
+
+/// What an engine wrote in UTF-8 against the declaration, in the encoding declared; nothing when there is no
+/// need.
+std::optional<std::string> InDeclaredEncoding(std::span<const BYTE> bytes) {
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::optional<XmlEncoding> encoding = DeclaredEncoding(text);  // no UTF-16 begins with ASCII
+    const auto isBeyondAscii = [](BYTE byte) { return byte >= 0x80; };
+    if (encoding == XmlEncoding::Utf8) return {};
+    const bool isWide = encoding == XmlEncoding::Utf16LittleEndian;
+    if (!isWide && (std::ranges::none_of(bytes, isBeyondAscii) || !WritesOnlyUtf8())) return {};
+    const std::optional<std::string> encoded = EncodeDocument(text);
+    if (!encoded) NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
+    return encoded;
 }
 
 /// Makes a folder the current one for as long as the object lives, so that the engine finds a DTD there.
@@ -117,14 +163,16 @@ void MicrosoftXmlParser::parse(unsigned char* data, DWORD length) {
         m_document.refuse(MakeParseError(*refusal));
         NV_THROW_NPIFPARSE(NpifParseException::ErrorReportedDuringParse, parsing);
     }
-    if (!Load(data, length)) {
-        m_document.refuse(m_document.getParseError());
+    if (!Load(document.text, {data, length})) {
+        XmlParseError error = MicrosoftDomDocument::ReadParseError(m_document.getParseError());
+        if (error.url.IsEmpty()) error.url = systemId;  // what came from memory has no name to the engine
+        m_document.refuse(MakeParseError(error));
         NV_THROW_NPIFPARSE(NpifParseException::ErrorReportedDuringParse, parsing);
     }
 }
 
-bool MicrosoftXmlParser::Load(const unsigned char* data, DWORD length) {
-    const GlobalBlock memory(data, length);
+bool MicrosoftXmlParser::Load(const XmlText& text, std::span<const BYTE> bytes) {
+    const GlobalBlock memory(text.HasMark() ? std::string_view() : MarkOf(text.GetEncoding()), bytes);
     const ComPointer<IStream> stream = CreateStream(memory.Get(), false, parsing);
     const CurrentDirectory directory(validate ? FolderOf(systemId) : CXString());
     m_document.setValidateOnParse(validate);
@@ -151,9 +199,12 @@ void MicrosoftXmlParser::convertToXmlStream(XmlOutputCallback& callback) {
     HGLOBAL memory = nullptr;
     if (FAILED(GetHGlobalFromStream(stream.Get(), &memory))) ThrowOutOfMemory(writing, __LINE__);
     const LockedBlock block(memory);
-    if (!IsReadable({block.GetBytes(), block.GetSize()}))
+    const std::optional<std::string> recoded = InDeclaredEncoding(block.Get());
+    const std::span<const BYTE> bytes = recoded ? BytesOf(*recoded) : block.Get();
+    CheckedDocument written;
+    if (CheckDocument(bytes, systemId, false, written))
         NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
-    callback.handleOutput(block.GetBytes(), block.GetSize());
+    callback.handleOutput(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
 }
 
 std::unique_ptr<XmlDomDocument> MicrosoftXmlParser::getDocument() {

@@ -1,10 +1,13 @@
 // MicrosoftXmlParser: the parser over MSXML 3.0.
 #pragma once
 
+#include <span>
+
 #include "utilities/xmlparser/microsoftcomlibrary.h"
 #include "utilities/xmlparser/microsoftdom.h"
 #include "utilities/xmlparser/norvaxmlparser.h"
 
+class XmlText;
 class _com_error;
 
 /// What the engine itself fails at is thrown as `_com_error`.
@@ -22,7 +25,7 @@ public:
     static CXString formatCOMExceptionDisplayString(const _com_error& error);
 
 private:
-    bool Load(const unsigned char* data, DWORD length);
+    bool Load(const XmlText& text, std::span<const BYTE> bytes);
     bool IsValid();
 
     MicrosoftComLibrary m_library;  // before the document, which needs it

@@ -49,7 +49,7 @@ bool ReadDocumentFile(const CXString& fileName, ByteBuffer& bytes) {
 bool ReadRegularFile(const CXString& fileName, ByteBuffer& bytes) {
     const fs::path path = PathOf(fileName);
     std::error_code error;
-    if (!fs::is_regular_file(path, error)) return false;
+    if (!fs::is_regular_file(fs::symlink_status(path, error))) return false;
     std::ifstream in(path, std::ios::binary);
     ReadUpToLimit(in, bytes);
     return in.eof() || bytes.size() > xmllimits::documentBytes;

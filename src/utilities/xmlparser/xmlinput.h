@@ -9,7 +9,7 @@
 /// @throws ExceptionCreateFileForReading, ExceptionReadFile
 bool ReadDocumentFile(const CXString& fileName, ByteBuffer& bytes);
 
-/// Reads a file in the same way; anything but an ordinary file counts as missing.
+/// Reads a file in the same way; anything but an ordinary file, a link too, counts as missing.
 /// @return whether it could be read
 bool ReadRegularFile(const CXString& fileName, ByteBuffer& bytes);
 

@@ -49,3 +49,14 @@ bool IsXmlName(const CXString& name) {
     }
     return !name.IsEmpty() && nameStart < name.GetLength();
 }
+
+bool IsXmlAttribute(const CXString& name, const CXString& value) {
+    constexpr int prefixAt = 6;  // behind "xmlns:"
+    const bool isForPrefix = name.Left(prefixAt) == NV_TEXT("xmlns:");
+    if (!isForPrefix && name != NV_TEXT("xmlns")) return IsXmlName(name);
+    const CXString prefix = name.Mid(isForPrefix ? prefixAt : name.GetLength());
+    const bool isXml = prefix == NV_TEXT("xml");
+    const bool isXmlUri = value == NV_TEXT("http://www.w3.org/XML/1998/namespace");
+    return IsXmlName(name) && prefix != NV_TEXT("xmlns") && isXml == isXmlUri &&
+           value != NV_TEXT("http://www.w3.org/2000/xmlns/") && !(isForPrefix && value.IsEmpty());
+}

@@ -161,8 +161,8 @@ void XmlText::DetectEncoding(std::span<const BYTE> bytes) {
     using namespace std::string_view_literals;
     static constexpr Beginning beginnings[] = {
         {"\xEF\xBB\xBF"sv, 3, XmlEncoding::Utf8},       {"\xFF\xFE"sv, 2, XmlEncoding::Utf16LittleEndian},
-        {"\xFE\xFF"sv, 2, XmlEncoding::Utf16BigEndian}, {"<\0?\0"sv, 0, XmlEncoding::Utf16LittleEndian},
-        {"\0<\0?"sv, 0, XmlEncoding::Utf16BigEndian},
+        {"\xFE\xFF"sv, 2, XmlEncoding::Utf16BigEndian}, {"<\0"sv, 0, XmlEncoding::Utf16LittleEndian},
+        {"\0<"sv, 0, XmlEncoding::Utf16BigEndian},
     };
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     for (const Beginning& beginning : beginnings) {
@@ -264,6 +264,45 @@ XmlParseError XmlText::Locate(const XmlFault& fault, const CXString& url) const 
     error.filePosition = static_cast<LONG>(
         std::min<std::size_t>(OriginalOffset(before.size()), std::numeric_limits<LONG>::max()));
     return error;
+}
+
+std::optional<XmlEncoding> DeclaredEncoding(std::string_view utf8) {
+    const std::string_view name = DeclaredEncodingOf(utf8);
+    if (name.empty()) return XmlEncoding::Utf8;
+    const NamedEncoding* const named = FindEncoding(name);
+    return named != nullptr ? std::optional(named->encoding) : std::nullopt;
+}
+
+char32_t TakeCharacter(std::string_view& utf8) {
+    const std::size_t length = std::max<std::size_t>(LengthOfCharacter(utf8), 1);
+    const auto byteAt = [utf8](std::size_t i) { return static_cast<unsigned char>(utf8[i]); };
+    char32_t character = length == 1 ? byteAt(0) : byteAt(0) & (0x7Fu >> length);
+    for (std::size_t i = 1; i < length; ++i)
+        character = character << 6 | (byteAt(i) & 0x3Fu);
+    utf8.remove_prefix(length);
+    return character;
+}
+
+bool AppendEncoded(std::string& bytes, char32_t character, XmlEncoding encoding) {
+    const auto putUnit = [&](char32_t unit) {
+        const bool isLittle = encoding == XmlEncoding::Utf16LittleEndian;
+        bytes += static_cast<char>(isLittle ? unit & 0xFF : unit >> 8);
+        bytes += static_cast<char>(isLittle ? unit >> 8 : unit & 0xFF);
+    };
+    if (encoding == XmlEncoding::Utf8) {
+        Append(bytes, character);
+    } else if (IsUtf16(encoding)) {
+        if (character >= 0x10000) putUnit(0xD7C0 + (character >> 10));
+        putUnit(character >= 0x10000 ? 0xDC00 + (character & 0x3FF) : character);
+    } else if (character < 0x80 || (encoding == XmlEncoding::Latin1 && character < 0x100) ||
+               (encoding == XmlEncoding::Windows1252 && character >= 0xA0 && character < 0x100)) {
+        bytes += static_cast<char>(character);
+    } else {
+        const auto* const found = std::ranges::find(windows1252, character);
+        if (encoding != XmlEncoding::Windows1252 || found == windows1252.end()) return false;
+        bytes += static_cast<char>(0x80 + (found - windows1252.begin()));
+    }
+    return true;
 }
 
 CXString WideText(std::string_view utf8) {

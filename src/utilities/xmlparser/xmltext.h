@@ -20,7 +20,7 @@ struct XmlFault {
     const WChar* reason;
 };
 
-/// Decodes UTF-8, UTF-16 (by its mark, or by a declaration that begins the text), and by their declarations
+/// Decodes UTF-8, UTF-16 (by its mark, or by the "<" that the text begins with), and by their declarations
 /// ISO-8859-1, US-ASCII and windows-1252. Refers to the bytes that it was made from.
 class XmlText {
 public:
@@ -32,6 +32,7 @@ public:
     /// The first byte that means nothing in the encoding, or the first character that no document may hold.
     const std::optional<XmlFault>& GetFault() const { return m_fault; }
     XmlEncoding GetEncoding() const { return m_encoding; }
+    bool HasMark() const { return m_markLength > 0; }
     /// The encoding as the declaration names it; empty when it names none.
     const std::string& GetDeclaredEncoding() const { return m_declaredEncoding; }
 
@@ -54,10 +55,15 @@ private:
     std::optional<XmlFault> m_fault;
 };
 
-/// Whether what was written as a document can be read as one: no character is missing or forbidden.
-inline bool IsReadable(std::span<const BYTE> document) {
-    return !XmlText(document).GetFault();
-}
+/// The encoding that the declaration of a document names, of which the document itself makes no use yet;
+/// UTF-8 when it names none, and nothing when it names one that is not known.
+std::optional<XmlEncoding> DeclaredEncoding(std::string_view utf8);
+
+/// Takes the first character of sound UTF-8 that is not empty.
+char32_t TakeCharacter(std::string_view& utf8);
+/// Appends a character in an encoding; UTF-16 without a mark.
+/// @return false when the encoding lacks the character
+bool AppendEncoded(std::string& bytes, char32_t character, XmlEncoding encoding);
 
 /// The wide form of sound UTF-8.
 CXString WideText(std::string_view utf8);
