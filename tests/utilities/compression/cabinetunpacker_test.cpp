@@ -144,7 +144,7 @@ TEST_F(CabinetUnpacking, ReadsTheCabinetFromAFile) {
          {CXString((m_folder / "none.cab").string<WChar>().c_str()), CXString(),
           CXString(m_folder.GetPath().string<WChar>().c_str()), CXString(noCharacter)})
         EXPECT_THROW(CabinetUnpacker{missing}, ExceptionCreateFileForReading);
-    EXPECT_THROW(unpacker.UnpackTo(CXString(noCharacter, 300)), ExceptionFileOperationCompression);
+    EXPECT_THROW(unpacker.UnpackTo(CXString(noCharacter) + NV_TEXT("<")), ExceptionFileOperationCompression);
 }
 
 TEST_F(CabinetUnpacking, ReplacesFilesAndKeepsTheRest) {
