@@ -10,9 +10,8 @@
 
 namespace {
 
-/// "A{X=1;}B{}": every model of a map file with its properties.
-std::string Read(const CXString& text) {
-    const ModelTable table(ViewOf(text));
+/// "A{X=1;}B{}": every model of a table with its properties.
+std::string Read(const ModelTable& table) {
     std::string models;
     for (std::size_t i = 0; i < table.GetCount(); ++i) {
         const platform::Text data = table.GetData(i);
@@ -20,6 +19,10 @@ std::string Read(const CXString& text) {
         models += Narrow(StringOf(table.GetModel(i))) + '{' + Narrow(StringOf(data)) + '}';
     }
     return models;
+}
+
+std::string Read(const CXString& mapFile) {
+    return Read(ModelTable(ViewOf(mapFile)));
 }
 
 TEST(MapFile, GivesModelsTheirProperties) {
@@ -81,6 +84,27 @@ TEST(MapFile, FindsTheFirstModelWithAValue) {
         found += byIndex ? Narrow(StringOf(table.GetModel(*byIndex))) : "-";
     }
     EXPECT_EQ(found, "ABE-F");
+}
+
+TEST(MapFile, TakesReplacementsForTheModelsOwnProperties) {
+    ModelTable table(NV_TEXT("Model:A\nModel:B\nID:1\nModel:ALL_MODELS\nY:2\nModel:A\nZ:3\nModel:C\nID:7\n"));
+    EXPECT_EQ(table.FindByValue(NV_TEXT("ID"), NV_TEXT("7")), 2u);
+    const struct {
+        std::size_t model;
+        TextView data;
+        const char* models;
+    } replacements[] = {
+        {0, NV_TEXT("ID=8;"), "A{ID=8;}B{ID=1;Y=2;}C{ID=7;}"},
+        {1, NV_TEXT("ID=9;"), "A{ID=8;}B{ID=9;}C{ID=7;}"},
+        {0, NV_TEXT("LONG=1;ID=7;"), "A{LONG=1;ID=7;}B{ID=9;}C{ID=7;}"},
+        {1, {}, "A{LONG=1;ID=7;}B{}C{ID=7;}"},
+    };
+    for (const auto& [model, data, models] : replacements) {
+        table.Replace(model, data);
+        EXPECT_EQ(Read(table), models);
+    }
+    EXPECT_EQ(table.FindByValue(NV_TEXT("ID"), NV_TEXT("7")), 0u);
+    EXPECT_EQ(table.FindByValue(NV_TEXT("ID"), NV_TEXT("9")), std::nullopt);
 }
 
 TEST(MapFile, LeavesAModelWithoutWhatIsTooMuch) {

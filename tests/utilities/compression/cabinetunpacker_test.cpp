@@ -242,6 +242,8 @@ TEST_F(CabinetUnpacking, ReadsNamesInTheirCodePage) {
                                {"\xE2\x82\xAC/\xF0\x9F\x96\xA8", "abc"}}));
     for (const char* const name : {"\xE4", "a\xED\xA0\x80", "\xC0\xAE\xC0\xAE/a", "a\xC0\xAF/b", "\xC2\x85"})
         EXPECT_THROW(CabinetUnpacker(Buffer(Stored({name}, utf8).Build())), ExceptionCompression) << name;
+    for (const auto& [lower, upper] : {std::pair("\xCF\x89", "\xCE\xA9"), {"\xD0\xB6", "\xD0\x96"}})
+        EXPECT_THROW(CabinetUnpacker(Buffer(Stored({lower, upper}, utf8).Build())), ExceptionCompression);
     // As bytes these are few enough, as the name of a file they are not.
     EXPECT_THROW(CabinetUnpacker(Buffer(Stored({std::string(130, '\xE4')}).Build())), ExceptionCompression);
 }
