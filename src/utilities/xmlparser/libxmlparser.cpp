@@ -64,9 +64,9 @@ private:
     const xmlChar* m_saved;
 };
 
-/// The document as UTF-8; nothing when the engine failed.
-std::optional<std::string> WriteAsUtf8(xmlDoc& document) {
-    const Output output(xmlAllocOutputBuffer(nullptr));
+/// The document as UTF-8; null when the engine failed.
+Output WriteAsUtf8(xmlDoc& document) {
+    Output output(xmlAllocOutputBuffer(nullptr));
     if (output == nullptr) ThrowOutOfMemory(writing, __LINE__);
     xmlOutputBufferWriteString(output.get(), Declaration(document).c_str());
     const NamedEncoding named(document, utf8);
@@ -75,11 +75,14 @@ std::optional<std::string> WriteAsUtf8(xmlDoc& document) {
         xmlOutputBufferWriteString(output.get(), "\n");
     }
     if (xmlOutputBufferFlush(output.get()) < 0 || output->error != XML_ERR_OK) return {};
-    return std::string(reinterpret_cast<const char*>(xmlBufContent(output->buffer)),
-                       xmlBufUse(output->buffer));
+    return output;
 }
 
-std::span<const BYTE> BytesOf(const std::string& text) {
+std::string_view TextOf(const xmlOutputBuffer& output) {
+    return {reinterpret_cast<const char*>(xmlBufContent(output.buffer)), xmlBufUse(output.buffer)};
+}
+
+std::span<const BYTE> BytesOf(std::string_view text) {
     return {reinterpret_cast<const BYTE*>(text.data()), text.size()};
 }
 
@@ -116,8 +119,9 @@ void LibXmlParser::parse(unsigned char* data, DWORD length) {
 }
 
 void LibXmlParser::convertToXmlStream(XmlOutputCallback& callback) {
-    const std::optional<std::string> text = WriteAsUtf8(*m_content->tree->GetDocument());
-    const std::optional<std::string> bytes = text ? EncodeDocument(*text) : std::nullopt;
+    const Output output = WriteAsUtf8(*m_content->tree->GetDocument());
+    std::string storage;
+    const auto bytes = output != nullptr ? EncodeDocument(TextOf(*output), storage) : std::nullopt;
     CheckedDocument written;
     if (!bytes || CheckDocument(BytesOf(*bytes), systemId, false, written) ||
         !m_content->tree->HasItsPrefixes()) {

@@ -118,8 +118,9 @@ std::optional<std::string> InDeclaredEncoding(std::span<const BYTE> bytes) {
     if (encoding == XmlEncoding::Utf8) return {};
     const bool isWide = encoding == XmlEncoding::Utf16LittleEndian;
     if (!isWide && (std::ranges::none_of(bytes, isBeyondAscii) || !WritesOnlyUtf8())) return {};
-    const std::optional<std::string> encoded = EncodeDocument(text);
-    if (!encoded) NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
+    std::string encoded;
+    if (!EncodeDocument(text, encoded))
+        NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
     return encoded;
 }
 

@@ -100,12 +100,13 @@ bool IsAscii(std::string_view text) {
 
 }  // namespace
 
-std::optional<std::string> EncodeDocument(std::string_view utf8) {
+std::optional<std::string_view> EncodeDocument(std::string_view utf8, std::string& storage) {
     const std::optional<XmlEncoding> encoding = DeclaredEncoding(utf8);
     if (!encoding) return {};
     const bool isWide = *encoding == XmlEncoding::Utf16LittleEndian;
-    if (*encoding == XmlEncoding::Utf8 || (!isWide && IsAscii(utf8))) return std::string(utf8);
+    if (*encoding == XmlEncoding::Utf8 || (!isWide && IsAscii(utf8))) return utf8;
     Encoder encoder(utf8, *encoding);
     if (!encoder.Encode()) return {};
-    return isWide ? "\xFF\xFE" + encoder.Take() : encoder.Take();
+    storage = isWide ? "\xFF\xFE" + encoder.Take() : encoder.Take();
+    return storage;
 }

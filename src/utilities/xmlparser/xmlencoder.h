@@ -7,5 +7,7 @@
 
 /// Brings a well-formed document from UTF-8 into the encoding that it declares. In texts and in the values of
 /// attributes, characters that the encoding lacks become numbers; UTF-16 begins with a mark.
-/// @return nothing when the encoding lacks a character elsewhere, or is not known
-std::optional<std::string> EncodeDocument(std::string_view utf8);
+/// @param storage  receives the result when it differs from the document
+/// @return the result, which is the document itself or lies in `storage`; nothing when the encoding lacks a
+///         character elsewhere, or is not known
+std::optional<std::string_view> EncodeDocument(std::string_view utf8, std::string& storage);
