@@ -20,7 +20,6 @@ struct UnpackArguments {
 };
 
 void Unpack(ToolRun& run, const UnpackArguments& arguments) {
-    run.subject = arguments.source;
     const CXString source = FromUtf8(arguments.source);
     const CXString target = FromUtf8(arguments.target);
     std::error_code ignored;
