@@ -274,6 +274,8 @@ void LibXmlDomElement::setAttribute(const CXString& name, const CXString& value)
         ReplaceValue(*m_element.tree, attribute, valueText);
     } else if (xmlSetProp(element, Pointer(nameText), Pointer(valueText)) == nullptr) {
         throw _com_error(E_OUTOFMEMORY);
+    } else {
+        m_element.tree->NoteName(nameText);
     }
 }
 
@@ -337,6 +339,7 @@ std::unique_ptr<XmlDomElement> LibXmlDomDocument::createElement(const CXString& 
     xmlNode* const element =
         xmlNewDocNode(m_content->tree->GetDocument(), nullptr, Pointer(nameText), nullptr);
     m_content->tree->Adopt(element);
+    m_content->tree->NoteName(nameText);
     return std::make_unique<LibXmlDomElement>(LibXmlNodeReference{m_content->tree, element});
 }
 

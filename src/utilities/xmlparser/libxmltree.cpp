@@ -93,7 +93,12 @@ LibXmlTree& LibXmlTree::Owner() {
     return *tree;
 }
 
-bool LibXmlTree::HasItsPrefixes() const {
+void LibXmlTree::NoteName(std::string_view name) {
+    if (name.find(':') != std::string_view::npos) Owner().m_mayLackPrefixes = true;
+}
+
+bool LibXmlTree::HasItsPrefixes() {
+    if (!Owner().m_mayLackPrefixes) return true;
     for (const xmlNode* node = xmlDocGetRootElement(m_document); node != nullptr;
          node = NextInDocument(node)) {
         if (node->type == XML_ELEMENT_NODE && !HasDeclaredPrefixes(node)) return false;
@@ -126,6 +131,7 @@ void LibXmlTree::Join(LibXmlTree& from, const std::shared_ptr<LibXmlTree>& into)
     LibXmlTree& owner = into->Owner();
     owner.m_owned.insert(owner.m_owned.end(), from.m_owned.begin(), from.m_owned.end());
     owner.m_detached.merge(from.m_detached);
+    owner.m_mayLackPrefixes |= from.m_mayLackPrefixes;
     from.m_owned.clear();
     from.m_joinedTo = into;
 }
@@ -140,5 +146,9 @@ void LibXmlTree::Append(const std::shared_ptr<LibXmlTree>& tree, xmlNode* parent
         throw _com_error(E_OUTOFMEMORY);
     }
     LinkLast(parent, child);
+    // What it brings along may have been declared where it comes from.
+    if (child->type == XML_ELEMENT_NODE &&
+        (child->ns != nullptr || child->children != nullptr || child->properties != nullptr))
+        tree->Owner().m_mayLackPrefixes = true;
     tree->Owner().m_detached.erase(child);
 }

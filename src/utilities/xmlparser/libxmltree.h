@@ -3,6 +3,7 @@
 
 #include <array>
 #include <memory>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
@@ -23,8 +24,12 @@ public:
 
     _xmlDoc* GetDocument() const { return m_document; }
 
-    /// Whether each prefix in the names of elements and attributes is declared where it stands.
-    bool HasItsPrefixes() const;
+    /// Whether each prefix in the names of elements and attributes is declared where it stands. The parser
+    /// accepts no other document, so that nothing is searched as long as no change could have taken a
+    /// declaration out of reach.
+    bool HasItsPrefixes();
+    /// To be called with each name that is given to an element or an attribute.
+    void NoteName(std::string_view name);
 
     /// The wide form of a node's own name. Names are few and asked for often, so the last ones are kept.
     /// @param name  belongs to the tree, and lives and stays the same as long as that
@@ -54,4 +59,5 @@ private:
     std::vector<_xmlDoc*> m_owned;  ///< This tree's document and those of trees that were joined to it.
     std::unordered_set<_xmlNode*> m_detached;
     std::shared_ptr<LibXmlTree> m_joinedTo;
+    bool m_mayLackPrefixes = false;  ///< Of the owner.
 };

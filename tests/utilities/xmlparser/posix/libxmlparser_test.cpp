@@ -46,6 +46,39 @@ TEST(LibXmlParser, ShowsNamespacesAsAttributes) {
     EXPECT_EQ(Show("<p:r/>"), "refused");
 }
 
+TEST(LibXmlParser, WritesNoPrefixThatIsNotDeclared) {
+    const auto isWritten = [](auto change) {
+        Document document("<r><a xmlns:p='urn:p'><p:b/><c p:k='1'/></a></r>");
+        const auto root = document.GetRoot();
+        change(*document.GetParser().getDocument(), *root, *root->getFirstChild());
+        try {
+            return !Write(document.GetParser()).empty();
+        } catch (const NpifParseException&) {
+            return false;
+        }
+    };
+    const auto appendNew = [](const WChar* name) {
+        return [name](XmlDomDocument& document, XmlDomNode& root, XmlDomNode&) {
+            root.appendChild(*document.createElement(name)->getAsDomNode());
+        };
+    };
+    EXPECT_TRUE(isWritten([](auto&, auto&, auto&) {}));
+    EXPECT_TRUE(isWritten(appendNew(NV_TEXT("b"))));
+    EXPECT_FALSE(isWritten(appendNew(NV_TEXT("p:b"))));
+    EXPECT_FALSE(isWritten([](XmlDomDocument& document, auto&, auto&) {
+        document.getDocumentElement()->setAttribute(NV_TEXT("p:k"), NV_TEXT("1"));
+    }));
+    const auto move = [](int index) {
+        return [index](auto&, XmlDomNode& root, XmlDomNode& inner) {
+            auto child = inner.getFirstChild();
+            if (index == 1) child = child->getNextSibling();
+            root.appendChild(*child);
+        };
+    };
+    EXPECT_FALSE(isWritten(move(0)));
+    EXPECT_FALSE(isWritten(move(1)));
+}
+
 TEST(LibXmlParser, KeepsWhiteSpaceThatIsPartOfAText) {
     const std::pair<const char*, const char*> cases[] = {
         {"<r>&#32;x</r>", "r[#text=' x']"},
