@@ -25,7 +25,7 @@ const WChar* const noPrinter = NV_TEXT("Transient");
 const WChar* const currentModelValue = NV_TEXT("xUPDCurrentModel");
 
 KnownMappings& GetKnownMappings() {
-    static KnownMappings known;
+    static KnownMappings& known = *new KnownMappings;
     return known;
 }
 
@@ -133,8 +133,7 @@ ProductData::~ProductData() = default;
 
 /// The lock of the process's tables and of every look-up.
 CriticalResource& ProductData::GetLock() {
-    static CriticalResource lock;
-    return lock;
+    return GetProcessLock(ProcessLock::ProductData);
 }
 
 void ProductData::Initialize(HANDLE printer, const CXString& folder, _ModelType type, const CXString& model) {

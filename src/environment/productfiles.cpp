@@ -37,8 +37,8 @@ fs::path::string_type SortKey(const fs::path& path) {
 
 /// Whether a file is a map file by its name, in which case matters.
 bool IsMapFileName(const fs::path& path) {
-    static const fs::path mark = ".map";
-    return path.filename().native().find(mark.native()) != fs::path::string_type::npos;
+    constexpr fs::path::value_type mark[] = {'.', 'm', 'a', 'p', 0};
+    return path.filename().native().find(mark) != fs::path::string_type::npos;
 }
 
 std::vector<fs::path> ListSorted(const fs::path& folder) {

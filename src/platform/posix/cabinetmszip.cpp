@@ -36,22 +36,19 @@ libdeflate_compressor* AllocateCompressor() {
 template <class Engine, Engine* (*Allocate)(), void (*Free)(Engine*)>
 class Borrowed {
 public:
-    Borrowed() : m_engine(s_spare.engine.exchange(nullptr, std::memory_order_acquire)) {
+    Borrowed() : m_engine(s_spare.exchange(nullptr, std::memory_order_acquire)) {
         if (m_engine == nullptr) m_engine = Allocate();
         if (m_engine == nullptr) throw std::bad_alloc();
     }
     Borrowed(const Borrowed&) = delete;
     Borrowed& operator=(const Borrowed&) = delete;
-    ~Borrowed() { Free(s_spare.engine.exchange(m_engine, std::memory_order_acq_rel)); }
+    ~Borrowed() { Free(s_spare.exchange(m_engine, std::memory_order_acq_rel)); }
 
     Engine* Get() const { return m_engine; }
 
 private:
-    struct Spare {
-        std::atomic<Engine*> engine{nullptr};
-        ~Spare() { Free(engine.exchange(nullptr)); }
-    };
-    static inline constinit Spare s_spare;
+    // Never freed: threads may go on while the process ends.
+    static inline constinit std::atomic<Engine*> s_spare{nullptr};
 
     Engine* m_engine;
 };

@@ -1,5 +1,6 @@
 // Conversion between UTF-16 and 8-bit text: UTF-8 and code page 1252 by own tables, others through iconv.
 #include "platform/codepage.h"
+#include "platform/posix/environment.h"
 
 #include <iconv.h>
 
@@ -387,15 +388,15 @@ constexpr const char* utf16 = "UTF-16LE";
 
 // iconv's name of the ANSI code page when the environment chooses another than 1252; else empty.
 const std::string& OtherAnsiCodePage() {
-    static const std::string name = [] {
-        const char* chosen = std::getenv("NVUTIL_ANSI_CODEPAGE");
+    static const std::string& name = *new std::string([] {  // never destroyed
+        const char* chosen = TrustedVariable("NVUTIL_ANSI_CODEPAGE");
         if (chosen == nullptr || std::string_view(chosen) == "1252") return std::string();
         const std::string encoding =
             std::string_view(chosen) == "65001" ? "UTF-8" : std::string("CP") + chosen;
         const bool isKnown =
             Conversion(utf16, encoding.c_str()).IsValid() && Conversion(encoding.c_str(), utf16).IsValid();
         return isKnown ? encoding : std::string();
-    }();
+    }());
     return name;
 }
 

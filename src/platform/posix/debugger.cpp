@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/posix/environment.h"
 #include "platform/posix/standarderror.h"
 
 namespace platform {
@@ -29,7 +30,7 @@ void BreakIntoDebugger() {
 }
 
 void WriteDebugOutput(const Text& text) {
-    if (std::getenv("NVUTIL_DEBUG") != nullptr) WriteToStandardError(text);
+    if (TrustedVariable("NVUTIL_DEBUG") != nullptr) WriteToStandardError(text);
 }
 
 }  // namespace platform

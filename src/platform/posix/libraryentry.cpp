@@ -1,4 +1,7 @@
 // The entries that the dynamic linker calls. Thread ends arrive through the thread-local slot.
+//
+// Once loaded the library stays (it is linked with "-z nodelete"): any thread that entered it has a
+// destructor in it to run. So the last call comes when the process ends.
 #include "platform/libraryentry.h"
 
 namespace platform {
@@ -9,8 +12,8 @@ namespace {
     LibraryEntry(LibraryEntryReason::ProcessAttach, nullptr);
 }
 
-[[gnu::destructor]] void DetachProcess() {
-    LibraryEntry(LibraryEntryReason::ProcessDetach, nullptr);
+[[gnu::destructor]] void ExitProcess() {
+    LibraryEntry(LibraryEntryReason::ProcessExit, nullptr);
 }
 
 }  // namespace

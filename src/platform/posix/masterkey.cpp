@@ -1,5 +1,6 @@
 // The user's master key, from which the keys of sealed data are derived.
 #include "platform/posix/masterkey.h"
+#include "platform/posix/environment.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -52,7 +53,7 @@ private:
 
 /// The value of a variable that names a folder; empty unless it is an absolute path.
 std::string FolderVariable(const char* name) {
-    const char* const value = std::getenv(name);
+    const char* const value = TrustedVariable(name);
     return value != nullptr && value[0] == '/' ? value : "";
 }
 
@@ -83,7 +84,7 @@ void MakeFolders(const KeyPlace& place) {
 class KeyFolder {
 public:
     explicit KeyFolder(const std::string& path)
-        : m_path(path), m_descriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        : m_path(path), m_descriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)) {
         struct stat status {};
         if (!m_descriptor.IsOpen() || fstat(m_descriptor.Get(), &status) != 0) FailWithErrno(m_path);
         if (status.st_uid != geteuid()) Fail(m_path, "belongs to another user");

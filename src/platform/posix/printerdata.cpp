@@ -1,8 +1,6 @@
 // Printers and their driver data, kept in a database of the user.
 #include "platform/printerdata.h"
 
-#include <pthread.h>
-
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -12,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/fork.h"
 #include "platform/posix/printerstore.h"
 
 namespace platform {
@@ -72,8 +71,9 @@ public:
 
 private:
     OpenPrinters() {
-        pthread_atfork([] { Get().PrepareFork(); }, [] { Get().GoOnInParent(); },
-                       [] { Get().GoOnInChild(); });
+        static constexpr ForkHandlers handlers{[] { Get().PrepareFork(); }, [] { Get().GoOnInParent(); },
+                                               [] { Get().GoOnInChild(); }};
+        TakePartInForks(ForkedPart::Printers, handlers);
     }
 
     void PrepareFork() {

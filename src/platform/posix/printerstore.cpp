@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "platform/codepage.h"
+#include "platform/posix/environment.h"
 
 namespace platform {
 
@@ -98,7 +99,7 @@ bool IsAnotherAtWork(DWORD code) {
 
 /// An environment variable that names an absolute path, as the rules for such variables want it.
 fs::path FolderOf(const char* variable) {
-    const char* const value = std::getenv(variable);
+    const char* const value = TrustedVariable(variable);
     const fs::path folder = value != nullptr ? value : "";
     return folder.is_absolute() ? folder : fs::path();
 }
@@ -219,7 +220,7 @@ void PrinterStore::Finalize::operator()(sqlite3_stmt* statement) const {
 }
 
 fs::path PrinterStore::FindFile() {
-    const char* const chosen = std::getenv("NVUTIL_PRINTER_STORE");
+    const char* const chosen = TrustedVariable("NVUTIL_PRINTER_STORE");
     if (chosen != nullptr && *chosen != '\0') {
         std::error_code error;
         fs::path file = fs::absolute(chosen, error);

@@ -122,17 +122,17 @@ void PersistentAttributes::ValidateCompressedData(const ByteBuffer& compressed) 
 }
 
 const AttributeBytesNameSpacesId& PersistentAttributes::GetDataModelDocPropNameSpaceId() {
-    static const AttributeBytesNameSpacesId id(1);
+    static const auto& id = *new AttributeBytesNameSpacesId(1);
     return id;
 }
 
 const AttributeBytesNameSpacesId& PersistentAttributes::GetDataModelDevicePropNameSpaceId() {
-    static const AttributeBytesNameSpacesId id(2);
+    static const auto& id = *new AttributeBytesNameSpacesId(2);
     return id;
 }
 
 const AttributeBytesNameSpacesId& PersistentAttributes::GetMsDeviceCapabilitiesNameSpaceId() {
-    static const AttributeBytesNameSpacesId id(3);
+    static const auto& id = *new AttributeBytesNameSpacesId(3);
     return id;
 }
 

@@ -9,8 +9,7 @@
 namespace cabinet = platform::cabinet;
 
 CriticalResource& CabContext::GetOperationLock() {
-    static CriticalResource lock;
-    return lock;
+    return GetProcessLock(ProcessLock::Cabinets);
 }
 
 CabContext::CabContext(CabAbstractFile& source, CabAbstractFile& destination)

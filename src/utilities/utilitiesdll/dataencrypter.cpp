@@ -32,9 +32,9 @@ DataEncrypter::DataEncrypter() {
 
 DataEncrypter::~DataEncrypter() = default;
 
-// Static objects of other files may seal before this file's have been made.
+// Static objects of other files may seal before this file's have been made, and after they are gone.
 const DataEncrypter& DataEncrypter::GetInstance() {
-    static const DataEncrypter instance;
+    static const DataEncrypter& instance = *new DataEncrypter;
     return instance;
 }
 

@@ -11,12 +11,11 @@ void AttachProcess(HINSTANCE module) {
     SetLibraryLoad({module, GetTickCountNow()});
 }
 
-void DetachProcess() {
+void DumpCacheStatistics() {
     try {
         GlobalCaches::DumpCacheStatistics();
     } catch (...) {  // NOLINT(bugprone-empty-catch): statistics must not keep the library from unloading
     }
-    UtilitiesDllPerThreadStorage::CleanUpDueToProcessDetach();
 }
 
 }  // namespace
@@ -27,7 +26,12 @@ bool platform::LibraryEntry(LibraryEntryReason reason, HINSTANCE module) {
             AttachProcess(module);
             break;
         case LibraryEntryReason::ProcessDetach:
-            DetachProcess();
+            DumpCacheStatistics();
+            UtilitiesDllPerThreadStorage::CleanUpDueToProcessDetach();
+            break;
+        case LibraryEntryReason::ProcessExit:
+            DumpCacheStatistics();
+            UtilitiesDllPerThreadStorage::CleanUpDueToThreadDetach(false);  // other threads may still run
             break;
         case LibraryEntryReason::ThreadDetach:
             UtilitiesDllPerThreadStorage::CleanUpDueToThreadDetach(false);

@@ -17,7 +17,7 @@ namespace {
 enum StateWord : DWORD { stateUnloading = 0, stateMakingObject = 23456, stateReady = 34567 };
 
 struct ProcessWideState {
-    CriticalResource lock;
+    CriticalResource& lock = GetProcessLock(ProcessLock::ThreadStorage);
     std::atomic<platform::ThreadSlot> slot = platform::invalidThreadSlot;  // written under the lock only
     std::vector<UtilitiesDllPerThreadStorage*> objects;
     volatile DWORD stateWord = stateUnloading;

@@ -4,12 +4,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/bytes.h"
@@ -64,6 +67,69 @@ TEST_F(Sealing, SealedDataHasTheDocumentedLayout) {
     const ByteBuffer sealed = DataEncrypter::EncryptBytes(secret);
     EXPECT_EQ(sealed.size(), 14u + 24 + secret.size() + 16);
     EXPECT_EQ(Hex(ByteBuffer(sealed.data(), 14)), "4E 56 53 44 01 00 03 00 4E 00 56 00 55 00");
+}
+
+// A key file and what was sealed with it, by an independent calculation: users have such data.
+constexpr const char* knownKeyFile =
+    "4E 56 55 54 4B 45 59 31 29 72 BB 04 4D 96 DF 28 71 BA 03 4C 95 DE 27 70 B9 02 4B 94 DD 26 "
+    "6F B8 01 4A 93 DC 25 6E B7 00";
+constexpr const char* knownSealed =
+    "4E 56 53 44 01 00 03 00 4E 00 56 00 55 00 80 81 82 83 84 85 86 87 88 89 8A 8B 8C 8D 8E 8F "
+    "90 91 92 93 94 95 96 97 F6 A6 B0 82 49 F0 BE 5B A5 F7 88 E9 61 D4 3D DF 86 3D 0C E7 9A 72";
+// The master key and the key derived from it for sealing, each byte combined with the mask.
+constexpr BYTE mask = 0x5A;
+constexpr const char* maskedKeys[] = {
+    "73 28 E1 5E 17 CC 85 72 2B E0 59 16 CF 84 7D 2A E3 58 11 CE 87 7C 35 E2 5B 10 C9 86 7F 34 "
+    "ED 5A",
+    "E4 47 07 C0 B0 49 19 F0 AA 5A 26 87 BD 40 0A 25 38 58 BE 65 8C B4 1B 77 AB 65 22 7D 15 2F "
+    "95 68"};
+
+/// Does something in a child, so that the memory of this process never holds what it handles.
+bool SucceedsInChild(const std::function<bool()>& body) {
+    const pid_t child = fork();
+    if (child == 0) _exit(body() ? 0 : 1);
+    int status = 1;
+    return waitpid(child, &status, 0) == child && status == 0;
+}
+
+bool WriteKnownKeyFile(const std::string& name) {
+    fs::create_directories(fs::path(name).parent_path());
+    const ByteBuffer bytes = Bytes(knownKeyFile);
+    std::ofstream(name, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+    fs::permissions(name, fs::perms(0600));
+    fs::permissions(fs::path(name).parent_path(), fs::perms(0700));
+    return true;
+}
+
+/// Whether the writable memory of this process holds a key, of which half is enough.
+bool HoldsKey(const ByteBuffer& maskedKey) {
+    std::ifstream maps("/proc/self/maps");
+    std::ifstream memory("/proc/self/mem", std::ios::binary);
+    for (std::string line; std::getline(maps, line);) {
+        unsigned long begin = 0;
+        unsigned long end = 0;
+        char rights[5] = {};
+        if (std::sscanf(line.c_str(), "%lx-%lx %4s", &begin, &end, rights) != 3 || rights[1] != 'w') continue;
+        std::vector<char> bytes(end - begin);
+        memory.clear();
+        memory.seekg(static_cast<std::streamoff>(begin));
+        memory.read(bytes.data(), std::streamsize(bytes.size()));
+        const auto isKey = [](char byte, BYTE masked) { return BYTE(byte) == (masked ^ mask); };
+        const auto found = std::search(bytes.begin(), bytes.begin() + memory.gcount(), maskedKey.begin(),
+                                       maskedKey.begin() + std::ptrdiff_t(maskedKey.size() / 2), isKey);
+        if (found != bytes.begin() + memory.gcount()) return true;
+    }
+    return false;
+}
+
+TEST_F(Sealing, KnownDataIsUnsealedAndNoKeyStaysInMemory) {
+    ASSERT_TRUE(SucceedsInChild([this] { return WriteKnownKeyFile(KeyFile()); }));
+    EXPECT_EQ(DataEncrypter::DecryptBytes(Bytes(knownSealed)), secret);
+    std::thread([] { EXPECT_EQ(SealingRefusal(), ""); }).join();
+    for (const char* const key : maskedKeys)
+        EXPECT_FALSE(HoldsKey(Bytes(key)));
+    EXPECT_TRUE(HoldsKey(ByteBuffer(64, mask)));  // there are zeros: the search finds what is there
 }
 
 TEST_F(Sealing, EveryChangedOrAddedByteIsRefused) {
@@ -158,6 +224,12 @@ TEST_F(Sealing, KeyFilesThatCannotBeTrustedAreRefusedAndLeftAlone) {
          [](const auto& key) {
              fs::remove(key);
              fs::create_directory(key);
+         }},
+        {"Not a directory",
+         [](const auto& key) {
+             const fs::path folder = fs::path(key).parent_path();
+             fs::rename(folder, folder.string() + ".real");
+             fs::create_directory_symlink("nvutil.real", folder);
          }},
         {"others can write",
          [](const auto& key) { fs::permissions(fs::path(key).parent_path(), fs::perms(0770)); }},

@@ -1,0 +1,20 @@
+// What keeps the library usable in a child of fork. Where processes do not fork, nothing.
+#pragma once
+
+namespace platform {
+
+/// The parts of the library that hold locks, in the order in which a thread that needs several takes them.
+enum class ForkedPart { ProductData, Printers, Cabinets, ThreadStorage };
+inline constexpr int forkedPartCount = 4;
+
+/// What a part does around a fork, in the thread that forks.
+struct ForkHandlers {
+    void (*prepare)();       ///< Before: takes the part's locks, so that no other thread is at work in it.
+    void (*goOnInParent)();  ///< Behind, in the parent: gives them back.
+    void (*goOnInChild)();   ///< The same in the child, where no other thread exists.
+};
+
+/// Has a part's handlers called around every fork from now on.
+void TakePartInForks(ForkedPart part, const ForkHandlers& handlers);
+
+}  // namespace platform

@@ -1,0 +1,8 @@
+// Processes do not fork here.
+#include "platform/fork.h"
+
+namespace platform {
+
+void TakePartInForks(ForkedPart /*part*/, const ForkHandlers& /*handlers*/) {}
+
+}  // namespace platform

@@ -1,0 +1,16 @@
+// A library that is loaded by its path while the object lives.
+#pragma once
+
+class LoadedLibrary {
+public:
+    explicit LoadedLibrary(const char* path);
+    LoadedLibrary(const LoadedLibrary&) = delete;
+    LoadedLibrary& operator=(const LoadedLibrary&) = delete;
+    ~LoadedLibrary();
+
+    /// The address of an exported function; null when there is none, or no library.
+    void (*Find(const char* name) const)();
+
+private:
+    void* m_library;
+};

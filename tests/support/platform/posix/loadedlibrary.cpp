@@ -1,0 +1,14 @@
+// A library that is loaded by its path while the object lives.
+#include "support/platform/loadedlibrary.h"
+
+#include <dlfcn.h>
+
+LoadedLibrary::LoadedLibrary(const char* path) : m_library(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {}
+
+LoadedLibrary::~LoadedLibrary() {
+    if (m_library != nullptr) dlclose(m_library);
+}
+
+void (*LoadedLibrary::Find(const char* name) const)() {
+    return m_library != nullptr ? reinterpret_cast<void (*)()>(dlsym(m_library, name)) : nullptr;
+}
