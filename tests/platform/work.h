@@ -12,7 +12,6 @@
 inline void Work() {
     CabCompressedBuffer compressed;
     compressed.Store(ByteBuffer(2000, BYTE{'x'}));
-    UtilitiesDllPerThreadStorage::GetExecutionContextStack();
     std::set<CXString> models;
     ProductData::EnumerateInstalledDriverModels(models);
     try {
@@ -20,5 +19,8 @@ inline void Work() {
     } catch (
         const ExceptionNotEnoughBytesForDesiredDataType&) {  // NOLINT(bugprone-empty-catch): as it should
     }
-    UtilitiesDllPerThreadStorage::CleanUpDueToThreadDetach(false);
+    for (int i = 0; i < 500; ++i) {
+        UtilitiesDllPerThreadStorage::GetExecutionContextStack();
+        UtilitiesDllPerThreadStorage::CleanUpDueToThreadDetach(false);
+    }
 }
