@@ -18,15 +18,14 @@ class NVUTIL_API AttributeBytes : public SmallObject {
 public:
     /// Reads a record; see ImportAttributeBytesState.
     explicit AttributeBytes(const ByteBuffer& state);
-    // Takes ownership of what is passed as a pointer, which must not be null, and clones what is passed as a
-    // reference.
+    // Takes ownership of what is passed as a pointer, and clones what is passed as a reference.
+    // @throws ExceptionInvalidArgumentNullPointer for a null pointer
     AttributeBytes(std::unique_ptr<AttributeBytesId> id, std::unique_ptr<AttributeBytesValue> value);
     AttributeBytes(std::unique_ptr<AttributeBytesId> id, const AttributeBytesValue& value);
     AttributeBytes(const AttributeBytesId& id, const AttributeBytesValue& value);
+    // There are no moves, so that every record keeps both parts.
     AttributeBytes(const AttributeBytes& other);
-    AttributeBytes(AttributeBytes&& other) noexcept;
     AttributeBytes& operator=(const AttributeBytes& other);
-    AttributeBytes& operator=(AttributeBytes&& other) noexcept;
     ~AttributeBytes();
 
     AttributeBytesId& GetAttributeBytesId() { return *m_id; }
@@ -35,6 +34,7 @@ public:
     const AttributeBytesValue& GetAttributeBytesValue() const { return *m_value; }
 
     // The identifier of a record that an indexed list holds must not be changed: the list is ordered by it.
+    // @throws ExceptionInvalidArgumentNullPointer for a null pointer; nothing changes then
     void SetAttributeBytesId(std::unique_ptr<AttributeBytesId> id);
     void SetAttributeBytesId(const AttributeBytesId& id);
     void SetAttributeBytesValue(std::unique_ptr<AttributeBytesValue> value);
@@ -44,8 +44,13 @@ public:
     ByteBuffer GetAttributeBytesState() const;
     /// Replaces `out` by the record's bytes.
     void GetAttributeBytesState(ByteBuffer& out) const;
-    /// Appends the record's bytes.
-    void AppendAttributeBytesState(ByteBuffer& out) const;
+    /// Appends the record's bytes, as they stand in a list.
+    /// @throws ExceptionInvalidAttributeOperationParamter when a text is too long to be read back; `out` is
+    ///         unchanged then, as after any failure
+    void AppendToListState(ByteBuffer& out) const;
+    /// Refuses a text that is too long to be read back from a list.
+    /// @throws ExceptionInvalidAttributeOperationParamter
+    static void RequireStorable(const AttributeBytesId& id, const AttributeBytesValue& value);
 
     /// Reads a record from the beginning of `state`; bytes behind it are ignored.
     /// @throws ExceptionNotEnoughBytesForDesiredDataType or ExceptionUnhandledSyntax when it is damaged; the
@@ -63,6 +68,8 @@ public:
     CXString GetDumpDisplayString(bool ignored = false) const;
 
 private:
+    void AppendAttributeBytesState(ByteBuffer& out) const;
+
     std::unique_ptr<AttributeBytesId> m_id;
     std::unique_ptr<AttributeBytesValue> m_value;
 };

@@ -1,7 +1,7 @@
 // Attribute identifiers: what names a feature, a value, a capability, an item or a namespace.
 //
 // An identifier's bytes are one byte that holds its kind, then the payload of that kind (see
-// docs/formats.md).
+// docs/formats.md). Lists take no text that is longer than AttributeBytesId::maxTextLength.
 #pragma once
 
 #include <cstdint>
@@ -72,6 +72,11 @@ protected:
 public:
     /// Appends the kind byte and the payload.
     virtual void AppendTypeAndIdentifierState(ByteBuffer& out) const = 0;
+    /// The text in the payload; null when there is none.
+    virtual const CXString* FindText() const { return nullptr; }
+
+    /// The longest text in code units that can be read back: its count is read as a signed 16-bit number.
+    static constexpr int maxTextLength = 32767;
 
 protected:
     /// The key order of indexed lists: LessThan, and where two identifiers are each less than the other, the
@@ -156,8 +161,10 @@ template <class Concrete, AttributeBytesId::AttributeBytesIdEnum kind>
 class AttributeBytesTextId : public AttributeBytesIdOfKind<Concrete, kind> {
 public:
     CXString GetDumpDisplayString(bool /*ignored*/ = false) const override {
-        return this->GetBaseDumpDisplayString() + NV_TEXT(": ") + m_text;
+        // As a pointer, like every text that a display is formatted with: it ends at a zero unit.
+        return this->GetBaseDumpDisplayString() + NV_TEXT(": ") + static_cast<const WChar*>(m_text);
     }
+    const CXString* FindText() const override { return &m_text; }
     void AppendTypeAndIdentifierState(ByteBuffer& out) const override {
         out.appendValues(this->kindByte).appendCountedString(m_text);
     }
@@ -282,6 +289,7 @@ public:
     /// That is deliberate.
     bool HasLessPayload(const AttributeBytesNewCapabilityId& other) const;
     void AppendTypeAndIdentifierState(ByteBuffer& out) const override;
+    const CXString* FindText() const override { return &m_newFeatureId; }
 
 protected:
     void WalkBufferToSetIdentifier(BYTE*& cursor, unsigned& remaining) override;

@@ -49,7 +49,7 @@ void AttributeBytesIndexedList::AppendAttributeBytesIndexedListState(ByteBuffer&
     mark.AppendTo(out);
     AttributeBytesRawList().AppendAttributeBytesRawListState(out);
     for (const auto& [key, record] : m_records)
-        record->AppendAttributeBytesState(out);
+        record->AppendToListState(out);
 }
 
 void AttributeBytesIndexedList::ImportAttributeBytesIndexedListState(const ByteBuffer& state) {
@@ -104,6 +104,7 @@ void AttributeBytesIndexedList::DeleteAllAttributeBytes() {
 
 void AttributeBytesIndexedList::SetAttributeBytes(const AttributeBytesId& id,
                                                   const AttributeBytesValue& value) {
+    AttributeBytes::RequireStorable(id, value);
     if (AttributeBytes* record = GetAttributeBytesPtr(id)) {
         record->SetAttributeBytesValue(value);
     } else {

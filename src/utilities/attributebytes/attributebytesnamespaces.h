@@ -34,6 +34,9 @@ public:
     /// @throws ExceptionIndexOutOfBounds when there are not so many
     void GetNameSpaceByIndex(unsigned index, AttributeBytesRawList& out,
                              AttributeBytesNameSpacesId* id = nullptr) const;
+    /// All namespaces, as list values under their identifiers, in the order of the numbers. A damaged state
+    /// may hold other values and identifiers too.
+    const AttributeBytesIndexedList& GetNameSpaces() const { return m_nameSpaces; }
     /// Adds or replaces a namespace.
     void SetNameSpaceAttributes(const AttributeBytesNameSpacesId& id,
                                 const AttributeBytesRawList& attributes);

@@ -14,7 +14,9 @@ AttributeBytesOptionValue::AttributeBytesOptionValue(const AttributeBytesId& val
 
 AttributeBytesOptionValue::AttributeBytesOptionValue(std::unique_ptr<AttributeBytesId> value,
                                                      bool isSpecified)
-    : AttributeBytesValueOfKind(isSpecified), m_value(std::move(value)) {}
+    : AttributeBytesValueOfKind(isSpecified) {
+    SetValue(std::move(value));
+}
 
 AttributeBytesOptionValue::AttributeBytesOptionValue(const AttributeBytesOptionValue& other)
     : AttributeBytesValueOfKind(other), m_value(other.m_value->Clone()) {}
@@ -48,6 +50,8 @@ void AttributeBytesOptionValue::SetValue(const AttributeBytesId& value) {
 }
 
 void AttributeBytesOptionValue::SetValue(std::unique_ptr<AttributeBytesId> value) {
+    if (value == nullptr)
+        NV_THROW(ExceptionInvalidArgumentNullPointer, "AttributeBytesOptionValue::SetValue", __LINE__);
     m_value = std::move(value);
 }
 

@@ -15,7 +15,8 @@ public:
     AttributeBytesOptionValue();
     /// Clones the identifier.
     explicit AttributeBytesOptionValue(const AttributeBytesId& value, bool isSpecified = true);
-    /// Takes the identifier, which must not be null.
+    /// Takes the identifier.
+    /// @throws ExceptionInvalidArgumentNullPointer when there is none
     explicit AttributeBytesOptionValue(std::unique_ptr<AttributeBytesId> value, bool isSpecified = true);
     AttributeBytesOptionValue(const AttributeBytesOptionValue& other);
     AttributeBytesOptionValue& operator=(const AttributeBytesOptionValue& other);
@@ -28,7 +29,9 @@ public:
     AttributeBytesValueId& GetValueIdValue() const;
     AttributeBytesFeatureId& GetFeatureIdValue() const;
     void SetValue(const AttributeBytesId& value);
+    /// @throws ExceptionInvalidArgumentNullPointer when there is none
     void SetValue(std::unique_ptr<AttributeBytesId> value);
+    const CXString* FindText() const override { return m_value->FindText(); }
     NV_VALUE_PAYLOAD_FUNCTIONS(AttributeBytesOptionValue)
 
 private:

@@ -82,11 +82,12 @@ unsigned AttributeBytesRawList::EnterListValue(ByteWalk& walk) {
 }
 
 void AttributeBytesRawList::ImportFromIndexedList(const AttributeBytesIndexedList& list) {
-    DeleteAllAttributeBytes();
+    AttributeBytesRawList imported;
     for (auto iterator = list.GetIndexedListIterator(); list.IsValidIndexedListIterator(iterator);
          list.IncrementIndexedListIterator(iterator)) {
-        AddAttributeBytes(list.GetAttributeBytesRefFromIndexedListIterator(iterator));
+        imported.AddAttributeBytes(list.GetAttributeBytesRefFromIndexedListIterator(iterator));
     }
+    m_records.swap(imported.m_records);
 }
 
 bool AttributeBytesRawList::LengthIsExactlyOne() const {
@@ -140,13 +141,7 @@ void AttributeBytesRawList::AddAttributeBytes(const SharedPtr<AttributeBytes>& a
 }
 
 void AttributeBytesRawList::AddAttributeBytes(const AttributeBytes& attribute) {
-    const std::size_t before = m_records.size();
-    try {
-        attribute.AppendAttributeBytesState(m_records);
-    } catch (...) {
-        m_records.resize(before);
-        throw;
-    }
+    attribute.AppendToListState(m_records);
 }
 
 void AttributeBytesRawList::DeleteAllAttributeBytes() {

@@ -43,8 +43,9 @@ public:
     /// Number of bytes of the state.
     unsigned GetAttributeBytesRawListStateSize() const;
 
-    /// Replaces everything by the attributes of an indexed list, in key order; the list must not hold this
-    /// one.
+    /// Replaces everything by the attributes of an indexed list, in key order.
+    /// @throws ExceptionInvalidAttributeOperationParamter when a text is longer than
+    ///         AttributeBytesId::maxTextLength; nothing changes then
     void ImportFromIndexedList(const AttributeBytesIndexedList& list);
 
     /// Parses every record, those of nested lists included, and throws what iteration would throw at a
@@ -56,6 +57,7 @@ public:
     std::unique_ptr<AttributeBytesListIterator> GetIterator() const override;
     bool IsValid(const AttributeBytesListIterator& iterator) const override;
     AttributeBytes GetNextAttributeBytes(AttributeBytesListIterator& iterator) const override;
+    /// @throws ExceptionInvalidAttributeOperationParamter as ImportFromIndexedList
     void AddAttributeBytes(const SharedPtr<AttributeBytes>& attribute) override;
     void AddAttributeBytes(const AttributeBytes& attribute) override;
     void DeleteAllAttributeBytes() override;

@@ -92,6 +92,8 @@ protected:
 public:
     /// Appends the kind byte, the unspecified byte and the payload.
     virtual void AppendTypeAndValueState(ByteBuffer& out) const = 0;
+    /// The text in the payload; null when there is none. That of a list's records is not looked at.
+    virtual const CXString* FindText() const { return nullptr; }
 
 protected:
     /// What stands behind the kind byte.
@@ -165,7 +167,7 @@ private:
     LONG m_value;
 };
 
-/// A text. One of more than 32,767 code units can be written but not read back.
+/// A text. Lists take none that is longer than AttributeBytesId::maxTextLength.
 class NVUTIL_API AttributeBytesStringValue final
     : public AttributeBytesValueOfKind<AttributeBytesStringValue, AttributeBytesValue::ABVTE_STRING> {
 public:
@@ -173,6 +175,7 @@ public:
         : AttributeBytesValueOfKind(isSpecified), m_value(value) {}
     const CXString& GetValue() const { return m_value; }
     void SetValue(const CXString& value) { m_value = value; }
+    const CXString* FindText() const override { return &m_value; }
     NV_VALUE_PAYLOAD_FUNCTIONS(AttributeBytesStringValue)
 
 private:

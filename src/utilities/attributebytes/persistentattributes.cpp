@@ -3,7 +3,6 @@
 
 #include <cstring>
 #include <utility>
-#include <vector>
 
 #include "utilities/attributebytes/attributebytes.h"
 #include "utilities/compression/cabcompressedbuffer.h"
@@ -18,24 +17,27 @@ constexpr DWORD headerSize = 16;
 constexpr DWORD currentFormatVersion = 0x20070001;
 static_assert(sizeof(Header) == headerSize);
 
-/// The raw lists of all namespaces.
-std::vector<AttributeBytesRawList> ListsOf(const AttributeBytesNameSpaces& nameSpaces) {
-    std::vector<AttributeBytesRawList> lists(nameSpaces.GetCount());
-    for (unsigned i = 0; i < nameSpaces.GetCount(); ++i)
-        nameSpaces.GetNameSpaceByIndex(i, lists[i]);
-    return lists;
+/// Does something with the raw list of each namespace.
+template <class Visit>
+void ForEachList(const AttributeBytesNameSpaces& nameSpaces, Visit visit) {
+    const AttributeBytesIndexedList& all = nameSpaces.GetNameSpaces();
+    for (auto iterator = all.GetIndexedListIterator(); all.IsValidIndexedListIterator(iterator);
+         all.IncrementIndexedListIterator(iterator)) {
+        const AttributeBytes& record = all.GetAttributeBytesRefFromIndexedListIterator(iterator);
+        visit(record.GetAttributeBytesValue().GetListValue().GetValue());
+    }
 }
 
 CXString DisplayOfAttributes(const AttributeBytesNameSpaces& nameSpaces) {
     CXString text;
-    for (const AttributeBytesRawList& list : ListsOf(nameSpaces)) {
+    ForEachList(nameSpaces, [&text](const AttributeBytesRawList& list) {
         text += NV_TEXT("Namespace:\r\n");
         auto iterator = list.GetRawListIterator();
         while (list.IsValidRawListIterator(iterator)) {
             const auto record = list.GetNextAttributeBytesFromRawListIterator(iterator);
             text += NV_TEXT("  ") + record->GetDumpDisplayString() + NV_TEXT("\r\n");
         }
-    }
+    });
     return text;
 }
 
@@ -98,8 +100,7 @@ bool PersistentAttributes::ImportPersistentAttributesState(const ByteBuffer& sta
     try {
         const AttributeBytesNameSpaces nameSpaces(uncompressed, &writer);
         if (checkRecords) {
-            for (const AttributeBytesRawList& list : ListsOf(nameSpaces))
-                list.CheckRecords();
+            ForEachList(nameSpaces, [](const AttributeBytesRawList& list) { list.CheckRecords(); });
         }
     } catch (const NorvaException& e) {
         NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat, function, line,

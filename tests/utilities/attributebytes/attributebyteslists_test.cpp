@@ -108,6 +108,67 @@ TEST(AttributeBytesLists, CanBeFilledFromAListInsideThem) {
     EXPECT_EQ(FeaturesOf(copy), "5 6 ");
 }
 
+TEST(AttributeBytesLists, RefuseTextsThatCouldNotBeReadBack) {
+    constexpr int longest = AttributeBytesId::maxTextLength;
+    const Feature feature(1);
+    for (const int length : {longest, longest + 1, 65535, 65536, 65546, 131072}) {
+        const CXString text(NV_TEXT('x'), length);
+        const AttributeBytes records[] = {
+            {AttributeBytesNewFeatureId(text), Integer(1)},
+            {AttributeBytesNewValueId(text), Integer(1)},
+            {AttributeBytesNewCapabilityId(text, 1), Integer(1)},
+            {feature, AttributeBytesStringValue(text)},
+            {feature, AttributeBytesOptionValue(AttributeBytesNewValueId(text))},
+        };
+        for (const AttributeBytes& record : records) {
+            AttributeBytesRawList raw = RawListOf({7});
+            AttributeBytesIndexedList set;
+            AttributeBytesIndexedList added;
+            added.AddAttributeBytes(record);
+            ByteBuffer state;
+            const auto addRaw = [&] { raw.AddAttributeBytes(record); };
+            const auto setIndexed = [&] {
+                set.SetAttributeBytes(record.GetAttributeBytesId(), record.GetAttributeBytesValue());
+            };
+            const auto writeState = [&] { added.GetAttributeBytesIndexedListState(state); };
+            if (length <= longest) {
+                addRaw();
+                setIndexed();
+                writeState();
+                raw.CheckRecords();
+                EXPECT_EQ(StateOf(AttributeBytesIndexedList(state)), StateOf(set));
+                continue;
+            }
+            EXPECT_THROW(addRaw(), ExceptionInvalidAttributeOperationParamter) << length;
+            EXPECT_THROW(setIndexed(), ExceptionInvalidAttributeOperationParamter) << length;
+            EXPECT_THROW(writeState(), ExceptionInvalidAttributeOperationParamter) << length;
+            EXPECT_THROW(raw.ImportFromIndexedList(added), ExceptionInvalidAttributeOperationParamter);
+            EXPECT_TRUE(raw == RawListOf({7}));
+            EXPECT_TRUE(set.IsEmpty());
+        }
+    }
+}
+
+TEST(AttributeBytes, KeepsBothPartsWhateverItIsGiven) {
+    AttributeBytesIndexedList list;
+    list.SetAttributeBytes(Feature(3), AttributeBytesOptionValue(AttributeBytesValueId(4)));
+    AttributeBytes& record = list.GetAttributeBytesRef(Feature(3));
+    const std::string before = StateOf(list);
+    const AttributeBytes taken(std::move(record));
+    AttributeBytes assigned(Feature(1), Integer(1));
+    assigned = std::move(record);
+    EXPECT_TRUE(taken == record);
+    EXPECT_TRUE(assigned == record);
+
+    using Null = ExceptionInvalidArgumentNullPointer;
+    EXPECT_THROW(record.SetAttributeBytesId(nullptr), Null);
+    EXPECT_THROW(record.SetAttributeBytesValue(nullptr), Null);
+    EXPECT_THROW(AttributeBytes(nullptr, Integer(1)), Null);
+    EXPECT_THROW(static_cast<AttributeBytesOptionValue&>(record.GetAttributeBytesValue()).SetValue(nullptr),
+                 Null);
+    EXPECT_EQ(StateOf(list), before);
+}
+
 TEST(AttributeBytesRawList, IsEmptyAfterItsRecordsWereMovedAway) {
     AttributeBytesRawList list = RawListOf({1});
     const AttributeBytesRawList moved = std::move(list);

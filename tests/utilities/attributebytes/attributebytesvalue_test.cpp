@@ -5,6 +5,8 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "support/bytes.h"
@@ -41,9 +43,14 @@ std::vector<ValueCase> AllKinds() {
     add(AttributeBytesOptionValue(), "02 00 06 00 00 00 00",
         "Value=ABIDE_LISTOFVALUESITEM AttributeBytes Id: index 0");
     add(AttributeBytesIntegerValue(5), "03 00 05 00 00 00", "Value=5 (0x5)");
+    add(AttributeBytesIntegerValue(-5), "03 00 FB FF FF FF", "Value=-5 (0xfffffffb)");
     add(AttributeBytesIntegerValue(5, false), "03 01 05 00 00 00", "Value=5 (0x5)");
+    add(AttributeBytesStringValue(CXString(NV_TEXT("A\0B"), 3)), "04 00 03 00 41 00 00 00 42 00",
+        "Value='A'");
     add(AttributeBytesStringValue(NV_TEXT("AB")), "04 00 02 00 41 00 42 00", "Value='AB'");
     add(AttributeBytesBooleanValue(true), "05 00 01", "Value=TRUE");
+    add(AttributeBytesBooleanValue(false), "05 00 00", "Value=FALSE");
+    add(AttributeBytesRangeValue(-2, -1), "06 00 FE FF FF FF FF FF FF FF", "Low Value=-2 High Value=-1");
     add(AttributeBytesRangeValue(1, 99), "06 00 01 00 00 00 63 00 00 00", "Low Value=1 High Value=99");
     add(AttributeBytesRangeOfDimensionValue(Dimension(76.2, millimetres), Dimension(320, millimetres)),
         "07 00 A8 29 01 00 00 E2 04 00", nullptr);
@@ -51,6 +58,8 @@ std::vector<ValueCase> AllKinds() {
     add(AttributeBytesDimensionValue(Dimension(-0.0005, millimetres)), "08 00 FF FF FF FF", nullptr);
     add(AttributeBytesResolutionValue(600, 1200, 1), "09 00 B0 04 00 00 58 02 00 00 01 00",
         "Cross-Feed Value=600, Feed Value=1200, Units Value=1");
+    add(AttributeBytesResolutionValue(-600, -1, -3), "09 00 FF FF FF FF A8 FD FF FF FD FF",
+        "Cross-Feed Value=-600, Feed Value=-1, Units Value=-3");
     add(AttributeBytesDataBlobValue(Bytes("0A FF")), "0A 00 02 00 00 00 0A FF", "Value=2 bytes, '0AFF'");
     add(AttributeBytesDataBlobValue(), "0A 00 00 00 00 00", "Value=0 bytes, ''");
     add(AttributeBytesListValue(9, ListOfOne()),
@@ -71,6 +80,16 @@ TEST(AttributeBytesValue, OfEveryKindIsWrittenReadAndShown) {
     for (const ValueCase& c : AllKinds()) {
         SCOPED_TRACE(c.bytes);
         EXPECT_EQ(Hex(c.value->GetTypeAndValueState()), c.bytes);
+        ByteBuffer out = Bytes("EE");
+        c.value->GetTypeAndValueState(out);
+        EXPECT_EQ(Hex(out), c.bytes);
+        const auto size = static_cast<unsigned>(out.size());
+        ByteBuffer callers(size + 1, 0xEE);
+        EXPECT_THROW(c.value->GetTypeAndValueState(callers.data(), size - 1),
+                     ExceptionNotEnoughBytesForDesiredDataType);
+        EXPECT_EQ(callers, ByteBuffer(size + 1, 0xEE));
+        EXPECT_EQ(c.value->GetTypeAndValueState(callers.data(), size), size);
+        EXPECT_EQ(Hex(callers), std::string(c.bytes) + " EE");
         const ByteBuffer bytes = Bytes(std::string(c.bytes) + " EE");
         ByteWalk walk(bytes);
         const ValuePtr read =
@@ -132,14 +151,18 @@ TEST(AttributeBytesValue, OrdersByKindThenPayload) {
         AttributeBytesStringValue(NV_TEXT("AB")).Clone(),
         AttributeBytesBooleanValue(false).Clone(),
         AttributeBytesBooleanValue(true).Clone(),
+        AttributeBytesRangeValue(-1, 9).Clone(),
         AttributeBytesRangeValue(1, 9).Clone(),
+        AttributeBytesRangeValue(1, 10).Clone(),
         AttributeBytesRangeValue(2, -9).Clone(),
         AttributeBytesRangeOfDimensionValue(Dimension(1, millimetres), Dimension(9, millimetres)).Clone(),
         AttributeBytesRangeOfDimensionValue(Dimension(1, millimetres), Dimension(10, millimetres)).Clone(),
+        AttributeBytesRangeOfDimensionValue(Dimension(2, millimetres), Dimension(3, millimetres)).Clone(),
         AttributeBytesDimensionValue(Dimension(1, millimetres)).Clone(),
         AttributeBytesDimensionValue(Dimension(1, Dimension::Inches)).Clone(),
         AttributeBytesResolutionValue(1200, 300, 1).Clone(),
         AttributeBytesResolutionValue(300, 600, 1).Clone(),
+        AttributeBytesResolutionValue(301, 600, 1).Clone(),
         AttributeBytesDataBlobValue(Bytes("7F")).Clone(),
         AttributeBytesDataBlobValue(Bytes("7F 00")).Clone(),
         AttributeBytesDataBlobValue(Bytes("80")).Clone(),
@@ -164,6 +187,47 @@ TEST(AttributeBytesValue, ComparesWhatItsOrderLeavesOut) {
     EXPECT_FALSE(AttributeBytesListValue(1, ListOfOne()).LessThan(AttributeBytesListValue(2, ListOfOne())));
     const AttributeBytesDateTimeValue early(UtcTime(7));
     EXPECT_TRUE(early.IsEqual(AttributeBytesDateTimeValue(UtcTime(0x500000007))));
+}
+
+TEST(AttributeBytesValue, TakesWhatItsSettersAndAssignmentsAreGiven) {
+    const auto expectTaken = [](auto given, auto set) {
+        decltype(given) target;
+        target.SetIsSpecified(false);
+        target = given;
+        EXPECT_TRUE(target.IsEqual(given));
+        decltype(given) other;
+        set(other);
+        EXPECT_EQ(Hex(other.GetTypeAndValueState()), Hex(given.GetTypeAndValueState()));
+    };
+    const Dimension one(1, millimetres);
+    const Dimension two(2, millimetres);
+    const AttributeBytesFeatureId feature(8);
+    expectTaken(AttributeBytesIntegerValue(-4), [](auto& value) { value.SetValue(-4); });
+    expectTaken(AttributeBytesStringValue(NV_TEXT("x")), [](auto& value) { value.SetValue(NV_TEXT("x")); });
+    expectTaken(AttributeBytesBooleanValue(true), [](auto& value) { value.SetValue(true); });
+    expectTaken(AttributeBytesRangeValue(1, 2), [](auto& value) { value.SetValue(1, 2); });
+    expectTaken(AttributeBytesRangeOfDimensionValue(one, two),
+                [&](auto& value) { value.SetValue(one, two); });
+    expectTaken(AttributeBytesDimensionValue(two), [&](auto& value) { value.SetValue(two); });
+    expectTaken(AttributeBytesResolutionValue(1, 2, 3), [](auto& value) { value.SetValue(1, 2, 3); });
+    expectTaken(AttributeBytesDataBlobValue(Bytes("07")), [](auto& value) { value.SetValue(Bytes("07")); });
+    expectTaken(AttributeBytesDateTimeValue(UtcTime(9)), [](auto& value) { value.SetValue(UtcTime(9)); });
+    expectTaken(AttributeBytesOptionValue(feature), [&](auto& value) { value.SetValue(feature); });
+    expectTaken(AttributeBytesListValue(5, ListOfOne()), [](auto& value) {
+        value.SetListType(5);
+        value.SetValue(ListOfOne());
+    });
+    LONG low = 0;
+    LONG high = 0;
+    short units = 0;
+    Dimension from;
+    Dimension to;
+    AttributeBytesRangeValue(-6, 7).GetValue(low, high);
+    EXPECT_EQ(std::pair(low, high), std::pair(LONG{-6}, LONG{7}));
+    AttributeBytesResolutionValue(600, 1200, -1).GetValue(low, high, units);
+    EXPECT_EQ(std::tuple(low, high, units), std::tuple(LONG{600}, LONG{1200}, short{-1}));
+    AttributeBytesRangeOfDimensionValue(one, two).GetValue(from, to);
+    EXPECT_TRUE(from == one && to == two);
 }
 
 TEST(AttributeBytesOptionValue, HandsOutItsIdentifierOnlyAsItsKind) {
