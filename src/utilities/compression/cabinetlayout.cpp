@@ -7,7 +7,7 @@
 #include <span>
 #include <utility>
 
-#include "utilities/compression/mszippayload.h"
+#include "platform/deflate.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
 
 namespace {
@@ -234,8 +234,9 @@ private:
     bool Expands(const Block& block) {
         constexpr std::uint32_t signatureSize = sizeof blockSignature;
         m_payload.resize(block.payloadSize - signatureSize);
-        return ReadAt(block.begin + signatureSize, m_payload) &&
-               MszipPayloadFillsBlock(m_payload, block.history, block.uncompressedSize);
+        if (!ReadAt(block.begin + signatureSize, m_payload)) return false;
+        const auto found = platform::WalkDeflate(m_payload, block.history, block.uncompressedSize);
+        return found && found->size == block.uncompressedSize;
     }
 
     /// The files' places in the data of their folders.
