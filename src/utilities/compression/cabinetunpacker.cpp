@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <random>
+#include <set>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -30,7 +31,7 @@ using cabinet::FileHandle;
 using platform::EntryKind;
 using platform::Text;
 
-constexpr std::uintmax_t largestCabinet = std::uintmax_t{1} << 30;
+constexpr std::uint32_t largestCabinet = std::uint32_t{1} << 30;
 constexpr int cpuUnknown = -1;
 constexpr auto stagingPrefix = NV_TEXT(".unpack-%08lX%08lX");
 // The cabinet library asks for the cabinet by this name, which no file has.
@@ -56,6 +57,13 @@ std::vector<Text> NamesOf(const CXString& path) {
     return names;
 }
 
+/// Throws unless a check has found no fault.
+void RequireSound(const CXString& name, cabinet::FDIERROR fault) {
+    if (fault != cabinet::FDIERROR_NONE)
+        NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadContents", __LINE__, NV_TEXT("%s: %ld: %s"),
+                 name, static_cast<LONG>(fault), GetFdiErrorText(fault));
+}
+
 ByteBuffer ReadCabinet(const CXString& name) {
     std::error_code error;
     std::ifstream file;
@@ -70,15 +78,24 @@ ByteBuffer ReadCabinet(const CXString& name) {
     if (error || !file.is_open())
         NV_THROW(ExceptionCreateFileForReading, "CabinetUnpacker::ReadCabinet", __LINE__,
                  NV_TEXT("%s cannot be opened"), name);
-    if (size > largestCabinet)
+    const auto read = [&file, &name](BYTE* bytes, std::size_t count) {
+        file.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(count));
+        if (file.bad() || file.gcount() != static_cast<std::streamsize>(count))
+            NV_THROW(ExceptionReadFile, "CabinetUnpacker::ReadCabinet", __LINE__,
+                     NV_TEXT("%s cannot be read"), name);
+    };
+    // Memory is only taken for what begins like a cabinet, and not for what follows it.
+    BYTE header[cabinetHeaderSize];
+    std::uint32_t cabinetSize = 0;
+    if (size < cabinetHeaderSize) RequireSound(name, cabinet::FDIERROR_NOT_A_CABINET);
+    read(header, cabinetHeaderSize);
+    RequireSound(name, CheckCabinetHeader(header, size, cabinetSize));
+    if (cabinetSize > largestCabinet)
         NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadCabinet", __LINE__,
                  NV_TEXT("%s is larger than %I64d bytes"), name, static_cast<std::int64_t>(largestCabinet));
-    ByteBuffer bytes;
-    bytes.resize(size);
-    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
-    if (file.bad() || file.gcount() != static_cast<std::streamsize>(size))
-        NV_THROW(ExceptionReadFile, "CabinetUnpacker::ReadCabinet", __LINE__, NV_TEXT("%s cannot be read"),
-                 name);
+    ByteBuffer bytes(header, cabinetHeaderSize);
+    bytes.resize(std::max<std::size_t>(cabinetSize, cabinetHeaderSize));
+    read(bytes.data() + cabinetHeaderSize, bytes.size() - cabinetHeaderSize);
     return bytes;
 }
 
@@ -90,10 +107,7 @@ CabinetContents ReadContents(const CXString& name, const ByteBuffer& bytes) {
     int error = 0;
     const std::unique_ptr<CabOpenFile> file = source.OpenCabFile(cabOpenReadOnly | cabOpenBinary, 0, error);
     CabinetContents contents;
-    const cabinet::FDIERROR fault = ReadCabinetContents(*file, contents);
-    if (fault != cabinet::FDIERROR_NONE)
-        NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadContents", __LINE__, NV_TEXT("%s: %ld: %s"),
-                 name, static_cast<LONG>(fault), GetFdiErrorText(fault));
+    RequireSound(name, ReadCabinetContents(*file, contents));
     return contents;
 }
 
@@ -440,14 +454,32 @@ void CabinetUnpacker::ReadFiles(const CabinetLimits& limits) {
         file.size = entry.size;
         if (const WChar* const fault = ReadCabinetEntryPath(entry, file.path)) {
             NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadFiles", __LINE__,
-                     NV_TEXT("%s: the name %S %s"), m_name, entry.name.c_str(), fault);
+                     NV_TEXT("%s: the name %s %s"), m_name, DecodeCabinetName(entry.name, entry.attributes),
+                     fault);
         }
         m_fileNames.push_back(std::move(entry.name));
     }
-    if (total > limits.totalSize || total / std::max<std::uint64_t>(limits.ratio, 1) > m_cabinet.size())
+    const std::uint64_t cabinetSize = contents.cabinetSize;
+    if (total > limits.totalSize || total / std::max<std::uint64_t>(limits.ratio, 1) > cabinetSize)
         NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadFiles", __LINE__,
                  NV_TEXT("%s: %I64d bytes expand to %I64d bytes"), m_name,
-                 static_cast<std::int64_t>(m_cabinet.size()), static_cast<std::int64_t>(total));
+                 static_cast<std::int64_t>(cabinetSize), static_cast<std::int64_t>(total));
+    CheckEntries(limits);
+}
+
+void CabinetUnpacker::CheckEntries(const CabinetLimits& limits) const {
+    // Each folder in the case of its letters, since some file systems make one for each.
+    std::set<Text> folders;
+    for (const CabinetFile& file : m_files) {
+        const Text path = TextOf(file.path);
+        for (std::size_t end = path.find(cabinetPathSeparator); end != Text::npos;
+             end = path.find(cabinetPathSeparator, end + 1))
+            folders.insert(path.substr(0, end));
+        if (m_files.size() + folders.size() > limits.entries)
+            NV_THROW(ExceptionCompression, "CabinetUnpacker::CheckEntries", __LINE__,
+                     NV_TEXT("%s: has more than %I64d files and folders"), m_name,
+                     static_cast<std::int64_t>(limits.entries));
+    }
 }
 
 void CabinetUnpacker::CheckPathsDiffer() const {

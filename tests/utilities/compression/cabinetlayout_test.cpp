@@ -36,6 +36,7 @@ struct Cabinet {
     ByteBuffer headerReserve;
     int folderReserve = 0;
     int blockReserve = 0;
+    int gap = 0;  ///< Between the folder and the file entry.
     short compression = 1;
     int blocksOffset = -1;  ///< -1 for the true one.
     int filesOffset = -1;
@@ -52,12 +53,12 @@ struct Cabinet {
             folder.appendByteValue(static_cast<BYTE>(blockReserve));
             folder.append(headerReserve);
         }
-        const auto trueFilesOffset = 36 + static_cast<int>(folder.size()) + 8 + folderReserve;
+        const auto trueFilesOffset = 36 + static_cast<int>(folder.size()) + 8 + folderReserve + gap;
         const auto trueBlocksOffset = trueFilesOffset + 16 + static_cast<int>(name.size()) + 1;
         folder.appendIntValue(blocksOffset == -1 ? trueBlocksOffset : blocksOffset);
         folder.appendShortValue(blockCount == -1 ? static_cast<short>(blocks.size()) : blockCount);
         folder.appendShortValue(compression);
-        folder.resize(folder.size() + static_cast<std::size_t>(folderReserve));
+        folder.resize(folder.size() + static_cast<std::size_t>(folderReserve + gap));
 
         ByteBuffer rest = FileAndBlocks();
         ByteBuffer out;
@@ -165,6 +166,7 @@ TEST(CabinetLayout, AcceptsOrRefusesByItsRules) {
         {"blocks over the entries", [](Cabinet& c) { c.blocksOffset = 36; }, corrupt},
         {"blocks behind the end", [](Cabinet& c) { c.blocksOffset = 0x7FFFFFFF; }, corrupt},
         {"file entry over the folder", [](Cabinet& c) { c.filesOffset = 43; }, corrupt},
+        {"a gap before the file entry", [](Cabinet& c) { c.gap = 1; }, corrupt},
         {"file entry behind the end", [](Cabinet& c) { c.filesOffset = -2; }, corrupt},
         {"fewer blocks", [](Cabinet& c) { c.blockCount = 1; }, corrupt},
         {"more blocks", [](Cabinet& c) { c.blockCount = 3; }, corrupt},
