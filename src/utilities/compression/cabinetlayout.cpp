@@ -169,6 +169,7 @@ private:
             file.folder = WordAt(bytes + 8);
             file.entry.attributes = WordAt(bytes + 14);
             if (file.folder >= m_folderCount || !ReadName(file.entry.name)) return FDIERROR_CORRUPT_CABINET;
+            file.entry.method = m_folders[file.folder].compression & compressionMethodMask;
         }
         return FDIERROR_NONE;
     }

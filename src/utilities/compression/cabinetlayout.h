@@ -47,6 +47,7 @@ struct CabinetEntry {
     std::string name;     ///< 1 to 255 bytes, as they stand in the cabinet.
     DWORD size = 0;       ///< In bytes, uncompressed.
     WORD attributes = 0;  ///< DOS attribute bits, and `cabinetNameIsUtf8`.
+    WORD method = 0;      ///< How its folder is compressed, as tcompTYPE_MSZIP.
 };
 
 /// What the tables of a cabinet tell.

@@ -258,11 +258,11 @@ private:
 /// Expands a checked cabinet into a staging folder through the cabinet library.
 class Expansion {
 public:
-    Expansion(const CXString& name, const ByteBuffer& bytes, const std::vector<std::string>& fileNames,
+    Expansion(const CXString& name, const ByteBuffer& bytes, const std::vector<CabinetEntry>& entries,
               const std::vector<CabinetFile>& files, StagingFolder& staging)
         : m_name(name),
           m_source(sourceName, bytes.data(), static_cast<DWORD>(bytes.size())),
-          m_fileNames(fileNames),
+          m_entries(entries),
           m_files(files),
           m_staging(staging),
           m_outer(std::exchange(s_current, this)) {}
@@ -270,13 +270,13 @@ public:
     Expansion& operator=(const Expansion&) = delete;
     ~Expansion() { s_current = m_outer; }
 
+    /// Each method has a pass to itself: not every library can change from one to another in a cabinet.
     void Run() {
-        cabinet::ERF errors{};
-        const bool copied = Copy(errors);
-        if (m_failure) std::rethrow_exception(m_failure);
-        if (!copied)
-            NV_THROW(ExceptionCompression, "CabinetUnpacker::UnpackTo", __LINE__, NV_TEXT("%s: %ld: %s"),
-                     m_name, static_cast<LONG>(errors.erfOper), GetFdiErrorText(errors.erfOper));
+        for (m_method = cabinet::tcompTYPE_NONE; m_method <= cabinet::tcompTYPE_LZX; ++m_method) {
+            const bool isUsed = std::any_of(m_entries.begin(), m_entries.end(),
+                                            [this](const auto& entry) { return entry.method == m_method; });
+            if (isUsed) RunPass();
+        }
         if (m_finished != m_files.size())
             NV_THROW(ExceptionCompression, "CabinetUnpacker::UnpackTo", __LINE__,
                      NV_TEXT("%s: only %I64d files were found"), m_name,
@@ -284,6 +284,16 @@ public:
     }
 
 private:
+    void RunPass() {
+        cabinet::ERF errors{};
+        m_current = 0;
+        const bool copied = Copy(errors);
+        if (m_failure) std::rethrow_exception(m_failure);
+        if (!copied)
+            NV_THROW(ExceptionCompression, "CabinetUnpacker::UnpackTo", __LINE__, NV_TEXT("%s: %ld: %s"),
+                     m_name, static_cast<LONG>(errors.erfOper), GetFdiErrorText(errors.erfOper));
+    }
+
     bool Copy(cabinet::ERF& errors) {
         const cabinet::HFDI context = CabContext::GetFdiCreatePfn()(
             &CabCompressionContext::sfnFciAllocCallback, &CabCompressionContext::sfnFciFreeCallback, &OnOpen,
@@ -326,15 +336,20 @@ private:
                 return 0;
             case cabinet::fdintCOPY_FILE:
                 // What the library reads must be what has been checked.
-                if (m_finished >= m_files.size() || notification.psz1 != m_fileNames[m_finished])
+                if (m_current >= m_files.size() || notification.psz1 != m_entries[m_current].name)
                     return cabinet::invalidFileHandle;
-                m_staged = new StagedFile(m_staging, m_finished, m_files[m_finished]);
+                if (m_entries[m_current].method != m_method) {
+                    ++m_current;
+                    return 0;
+                }
+                m_staged = new StagedFile(m_staging, m_current, m_files[m_current]);
                 return Keep(std::unique_ptr<CabOpenFile>(m_staged));
             case cabinet::fdintCLOSE_FILE_INFO: {
                 const bool isComplete =
                     m_staged != nullptr && Find(notification.hf) == m_staged && m_staged->Finish();
                 m_staged = nullptr;
                 Close(notification.hf);
+                ++m_current;
                 ++m_finished;
                 return isComplete ? 1 : cabinet::invalidFileHandle;
             }
@@ -399,12 +414,14 @@ private:
 
     const CXString& m_name;  ///< For messages.
     CabBufferAsFile m_source;
-    const std::vector<std::string>& m_fileNames;
+    const std::vector<CabinetEntry>& m_entries;
     const std::vector<CabinetFile>& m_files;
     StagingFolder& m_staging;
     Expansion* m_outer;
     std::vector<std::unique_ptr<CabOpenFile>> m_open;
     StagedFile* m_staged = nullptr;  ///< The file being written, which `m_open` owns.
+    WORD m_method = 0;               ///< Of the files that the pass expands.
+    std::size_t m_current = 0;       ///< Of the pass: the number of the file in the cabinet.
     std::size_t m_finished = 0;
     std::exception_ptr m_failure;
 };
@@ -457,7 +474,7 @@ void CabinetUnpacker::ReadFiles(const CabinetLimits& limits) {
                      NV_TEXT("%s: the name %s %s"), m_name, DecodeCabinetName(entry.name, entry.attributes),
                      fault);
         }
-        m_fileNames.push_back(std::move(entry.name));
+        m_entries.push_back(std::move(entry));
     }
     const std::uint64_t cabinetSize = contents.cabinetSize;
     if (total > limits.totalSize || total / std::max<std::uint64_t>(limits.ratio, 1) > cabinetSize)
@@ -510,7 +527,7 @@ void CabinetUnpacker::UnpackTo(const CXString& targetFolder) const {
     }
 
     StagingFolder staging(target, targetFolder);
-    Expansion(m_name, m_cabinet, m_fileNames, m_files, staging).Run();
+    Expansion(m_name, m_cabinet, m_entries, m_files, staging).Run();
 
     // All folders are made before the first file is replaced, so that little is left to fail then.
     FolderWalk after(target, FolderWalk::Missing::Create);

@@ -2,12 +2,13 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "platform/types.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
 #include "utilities/utilitiesdll/cxstring.h"
+
+struct CabinetEntry;
 
 /// How far a cabinet may expand before it is refused.
 struct CabinetLimits {
@@ -83,5 +84,5 @@ private:
     CXString m_name;  ///< For messages.
     ByteBuffer m_cabinet;
     std::vector<CabinetFile> m_files;
-    std::vector<std::string> m_fileNames;  ///< Of the same files, as they stand in the cabinet.
+    std::vector<CabinetEntry> m_entries;  ///< The same files as they stand in the cabinet.
 };

@@ -111,16 +111,32 @@ TEST_F(CabinetUnpacking, WritesEveryFileOfEveryFolder) {
 TEST_F(CabinetUnpacking, ReadsEveryKindOfCompression) {
     const Bytes noise = Noise(70000);
     HandMadeCabinet cabinet;
-    cabinet.folders = {LzxFolder(), PlainLzxFolder(noise), QuantumFolder(), {tcompTYPE_NONE, {{{'s'}, 1}}}};
-    cabinet.files = {{"lzx/name", 8, 0, 0},         {"lzx/end", 3, 27, 0},
-                     {"plain/first", 3, 0, 1},      {"plain/empty", 0, 3, 1},
-                     {"plain/across", 40000, 3, 1}, {"plain/last", 29000, 41000, 1},
-                     {"quantum", 32, 0, 2},         {"stored", 1, 0, 3}};
+    cabinet.folders = {LzxFolder(),
+                       PlainLzxFolder(noise),
+                       QuantumFolder(),
+                       {tcompTYPE_NONE, {{{'s'}, 1}}},
+                       {tcompTYPE_MSZIP, {{StoredMszip({'z'}), 1}}},
+                       LzxFolder(),
+                       QuantumFolder()};
+    cabinet.files = {{"lzx/name", 8, 0, 0},
+                     {"lzx/end", 3, 27, 0},
+                     {"plain/first", 3, 0, 1},
+                     {"plain/empty", 0, 3, 1},
+                     {"plain/across", 40000, 3, 1},
+                     {"plain/last", 29000, 41000, 1},
+                     {"quantum", 32, 0, 2},
+                     {"stored", 1, 0, 3},
+                     {"mszip", 1, 0, 4},
+                     {"lzx/again", 3, 27, 5},
+                     {"qagain", 7, 0, 6}};
     CabinetUnpacker(Buffer(cabinet.Build())).UnpackTo(Target());
     const std::string plain = Text(noise);
     EXPECT_EQ(GetTree(), (Tree{{"lzx", ""},
                                {"lzx/name", "printer:"},
+                               {"lzx/again", "end"},
                                {"lzx/end", "end"},
+                               {"mszip", "z"},
+                               {"qagain", "Quantum"},
                                {"plain", ""},
                                {"plain/first", plain.substr(0, 3)},
                                {"plain/empty", ""},
