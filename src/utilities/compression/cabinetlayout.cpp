@@ -117,7 +117,6 @@ private:
         std::uint32_t payloadSize;
         std::uint32_t uncompressedSize;
         std::uint64_t history;  ///< Bytes of earlier blocks that the payload may refer to.
-        bool hasChecksum;
     };
 
     FDIERROR CheckHeader() {
@@ -200,8 +199,7 @@ private:
             const Block found{.begin = m_position,
                               .payloadSize = WordAt(header + 4),
                               .uncompressedSize = WordAt(header + 6),
-                              .history = std::min<std::uint64_t>(folder.size, largestBlock),
-                              .hasChecksum = DwordAt(header) != 0};
+                              .history = std::min<std::uint64_t>(folder.size, largestBlock)};
             const bool last = block + 1 == folder.blockCount;
             if (found.uncompressedSize > largestBlock || (!last && found.uncompressedSize != largestBlock) ||
                 (found.uncompressedSize == 0 && folder.blockCount != 1) || !CheckPayload(folder, found))
@@ -225,7 +223,7 @@ private:
         if (folder.compression != tcompTYPE_MSZIP) return true;
         if (!isSigned) return false;
         // Nothing is expanded of a folder without data, whatever the payload of its block.
-        return (readerChecksPayloads && block.hasChecksum) || block.uncompressedSize == 0 || Expands(block);
+        return block.uncompressedSize == 0 || Expands(block);
     }
 
     /// Whether a payload that begins as MSZIP's do expands to exactly the block's bytes.

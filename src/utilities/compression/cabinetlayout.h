@@ -33,9 +33,8 @@ platform::cabinet::FDIERROR CheckCabinetHeader(std::span<const BYTE, cabinetHead
 /// - in a folder without compression a payload has exactly the block's bytes, and these are not a sound MSZIP
 ///   payload: no checksum covers the compression type, so that such a folder is an MSZIP folder with a
 ///   damaged type;
-/// - with MSZIP the payload of a block begins with "CK"; of a block without a checksum, and of every block
-///   where the platform's own library does the reading, it is also known to expand to exactly the block's
-///   bytes.
+/// - with MSZIP the payload of a block begins with "CK" and expands to exactly the block's bytes, with codes
+///   that are complete, empty and unused, or one bit long.
 ///
 /// @param file      read from anywhere; its position is not restored
 /// @param fileSize  receives the size of the file in the cabinet, at most 32,768 times the number of blocks

@@ -20,6 +20,7 @@ struct Block {
     ByteBuffer payload;
     int uncompressedSize;
     int payloadSizeTold = -1;  ///< -1 for the true one.
+    int checksum = 0;
 };
 
 /// A cabinet of 32,769 bytes, 32,768 zeros and an "A", without checksums.
@@ -82,7 +83,7 @@ private:
         out.push_back(0);
         for (const Block& block : blocks) {
             const int told = block.payloadSizeTold;
-            out.appendIntValue(0);
+            out.appendIntValue(block.checksum);
             out.appendShortValue(
                 static_cast<short>(told == -1 ? static_cast<int>(block.payload.size()) : told));
             out.appendShortValue(static_cast<short>(block.uncompressedSize));
@@ -217,6 +218,7 @@ TEST(CabinetLayout, RefusesPayloadsThatDoNotFillTheirBlock) {
         const char* what;
         ByteBuffer payload;
         int uncompressedSize;
+        int checksum = 0;
     } cases[] = {
         {"a byte too many", Bytes("43 4B 4B 4C 4A 06 00"), 2},
         {"a byte too few", Bytes("43 4B 4B 4C 4A 06 00"), 4},
@@ -228,11 +230,14 @@ TEST(CabinetLayout, RefusesPayloadsThatDoNotFillTheirBlock) {
         {"a stored block whose lengths differ", Bytes("43 4B 01 03 00 FF FF 61 62 63"), 3},
         {"a match before the start", Bytes("43 4B 4B 04 21 00 00"), 9},
         {"stored data beyond the block", stored40000, 32768},
+        // Some decoders take the bits of a code that is empty for its first symbol.
+        {"a match at a distance without a code", Bytes("43 4B 0D C0 01 09 00 00 00 80 A0 AD FD 3F 91 C4"), 4,
+         -0x56C70251},
         {"compressed data beyond the block", Bytes("43 4B").append(Bytes(zeros32768)), 100},
     };
-    for (const auto& [what, payload, uncompressedSize] : cases) {
+    for (const auto& [what, payload, uncompressedSize, checksum] : cases) {
         Cabinet cabinet;
-        cabinet.blocks = {{payload, uncompressedSize}};
+        cabinet.blocks = {{payload, uncompressedSize, -1, checksum}};
         cabinet.fileSize = uncompressedSize;
         ByteBuffer out;
         EXPECT_THROW(CabCompressedBuffer::UncompressBuffer(cabinet.Build(), out), ExceptionCompression)
