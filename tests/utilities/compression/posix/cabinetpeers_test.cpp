@@ -7,6 +7,7 @@
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/cabinettools.h"
@@ -104,7 +105,8 @@ TEST_F(CabinetPeers, ReadWhatIsWritten) {
         {"constant", std::string(largest, 'x')},  {"without matches", WithoutMatches(largest)},
     };
     for (const auto& [kind, data] : kinds) {
-        for (const std::size_t size : {1, 2, 100, 32767, 32768, 32769, 65535, 65536, 65537, 98304, 98305}) {
+        for (const std::size_t size :
+             {1U, 2U, 100U, 32767U, 32768U, 32769U, 65535U, 65536U, 65537U, 98304U, 98305U}) {
             ByteBuffer cabinet;
             CabCompressedBuffer::CompressBuffer(reinterpret_cast<const BYTE*>(data.data()),
                                                 static_cast<DWORD>(size), cabinet, -1);
