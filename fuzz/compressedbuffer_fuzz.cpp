@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <vector>
 
+#include "platform/deflate.h"
 #include "utilities/compression/cabcompressedbuffer.h"
-#include "utilities/compression/mszippayload.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 
 namespace {
@@ -65,7 +65,8 @@ void WalkPayload(const ByteBuffer& bytes) {
     inflateInit2(&stream, -15);
     const bool sound = inflate(&stream, Z_FINISH) == Z_STREAM_END && stream.total_out == size;
     inflateEnd(&stream);
-    if (MszipPayloadFillsBlock({bytes.data() + 2, bytes.size() - 2}, 0, size) != sound) std::abort();
+    const auto found = platform::WalkDeflate({bytes.data() + 2, bytes.size() - 2}, 0, size);
+    if ((found && found->size == size) != sound) std::abort();
 }
 
 }  // namespace

@@ -20,14 +20,6 @@ namespace platform::cabinet {
 using FileHandle = std::intptr_t;
 inline constexpr FileHandle invalidFileHandle = -1;
 
-/// Whether FDICopy itself survives and refuses every block whose payload does not expand to exactly what the
-/// block's header says. The built-in library does; of a platform's own library nobody can tell.
-#if defined(_WIN32)
-inline constexpr bool readerChecksPayloads = false;
-#else
-inline constexpr bool readerChecksPayloads = true;
-#endif
-
 /// How an operation failed.
 struct ERF {
     int erfOper;  ///< FCIERR_ or FDIERROR_ code.

@@ -131,7 +131,11 @@ TEST(Cabinet, ReadsWhatAValidCabinetMayHold) {
     reserves.headerReserve = Noise(300);
     reserves.folderReserve = Noise(9);
     reserves.dataReserve = Noise(255);
-    EXPECT_EQ(Unpack(reserves.Build()).files["a"], abc) << "reserved areas";
+    const std::uint32_t sum = 0x03014B43 ^ 0x61FFFC00 ^ 0x00006263 ^ 0x0003000A;  // the last are the sizes
+    for (const std::uint32_t checksum : {std::uint32_t{0}, sum}) {
+        reserves.folders[0].blocks[0].checksum = checksum;
+        EXPECT_EQ(Unpack(reserves.Build()).files["a"], abc) << "reserved areas, which no checksum covers";
+    }
 
     HandMadeCabinet folders;
     folders.folders = {{tcompTYPE_NONE, {{abc, 3}}}, {tcompTYPE_MSZIP, {{StoredMszip(abc), 3}}}};

@@ -333,6 +333,12 @@ TEST_F(Commands, InfoOfADamagedBufferTellsWhatItCan) {
           ", 32,768 bytes in ", ", 7,232 bytes in "}) {
         EXPECT_NE(sound.out.find(line), std::string::npos) << line << '\n' << sound.out;
     }
+    for (const auto& [attributes, name] : {std::pair('\0', "\xB2"), {'\x80', "\xC2\xB2"}}) {
+        std::string renamed = packed;
+        renamed[58] = attributes;
+        renamed.replace(60, 2, name + std::string(attributes == 0 ? "/" : ""));
+        EXPECT_NE(Nvutil({"buffer", "info", "-"}, renamed).out.find("\"\xC2\xB2"), std::string::npos);
+    }
     for (std::size_t bit = 0; bit < packed.size() * 8; ++bit) {
         std::string damaged = packed;
         damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ 1 << bit % 8);

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "nvutil/text.h"
+#include "utilities/compression/cabinetentrypath.h"
 #include "utilities/compression/compressedbuffer.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
@@ -184,9 +185,9 @@ private:
             while (const BYTE character = TakeByte(walk))
                 name += static_cast<char>(character);
             WriteLine(m_out, "File " + std::to_string(i),
-                      QuotedText(name) + ", " + CountText(size, "byte") + " at offset " +
-                          std::to_string(offset) + " of folder " + std::to_string(folder) + ", " +
-                          DosTime(date, time) + ", attributes 0x" + HexNumber(attributes, 4));
+                      QuotedText(DecodeCabinetName(name, attributes)) + ", " + CountText(size, "byte") +
+                          " at offset " + std::to_string(offset) + " of folder " + std::to_string(folder) +
+                          ", " + DosTime(date, time) + ", attributes 0x" + HexNumber(attributes, 4));
         }
     }
 

@@ -159,11 +159,10 @@ inline std::uint32_t Checksum(std::span<const BYTE> bytes) {
     return sum ^ rest;
 }
 
-/// A block's checksum: it covers the payload and, as a run of its own, all that stands between the checksum
-/// field and the payload.
-/// @param head the encoded DataHeader and the reserved area that follows it
-inline std::uint32_t BlockChecksum(std::span<const BYTE> head, std::span<const BYTE> payload) {
-    return Checksum(head.subspan(sizeof(DataHeader::checksum))) ^ Checksum(payload);
+/// A block's checksum: it covers the payload and, as one word, the two sizes. The reserved area in between is
+/// left out, as other readers do.
+inline std::uint32_t BlockChecksum(const DataHeader& header, std::span<const BYTE> payload) {
+    return Checksum(payload) ^ (header.payloadSize | std::uint32_t{header.uncompressedSize} << 16);
 }
 
 }  // namespace platform::cabinet

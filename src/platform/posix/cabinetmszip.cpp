@@ -1,12 +1,15 @@
-// MSZIP over libdeflate.
+// MSZIP over libdeflate, and zlib for blocks that libdeflate gives a code not every reader takes.
 #include "platform/posix/cabinetmszip.h"
 
 #include <libdeflate.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <new>
+
+#include "platform/deflate.h"
 
 namespace platform::cabinet {
 
@@ -57,20 +60,49 @@ using Compressor = Borrowed<libdeflate_compressor, AllocateCompressor, libdeflat
 using Decompressor =
     Borrowed<libdeflate_decompressor, libdeflate_alloc_decompressor, libdeflate_free_decompressor>;
 
+/// Encoders give the size of the deflate data, or 0 when it does not fit into the room.
+std::size_t EncodeWithLibdeflate(std::span<const BYTE> data, std::span<BYTE> room) {
+    return libdeflate_deflate_compress(Compressor().Get(), data.data(), data.size(), room.data(),
+                                       room.size());
+}
+
+std::size_t EncodeWithZlib(std::span<const BYTE> data, std::span<BYTE> room) {
+    constexpr int rawDeflate = -15;  // negative: neither a header nor a trailer; a window of 32 KiB
+    constexpr int usualMemory = 8;
+    z_stream stream{};
+    if (deflateInit2(&stream, compressionLevel, Z_DEFLATED, rawDeflate, usualMemory, Z_DEFAULT_STRATEGY) !=
+        Z_OK)
+        throw std::bad_alloc();
+    stream.next_in = const_cast<BYTE*>(data.data());
+    stream.avail_in = static_cast<uInt>(data.size());
+    stream.next_out = room.data();
+    stream.avail_out = static_cast<uInt>(room.size());
+    const bool isWhole = deflate(&stream, Z_FINISH) == Z_STREAM_END;
+    deflateEnd(&stream);
+    return isWhole ? stream.total_out : 0;
+}
+
+/// libmspack, and with it cabextract, refuses codes that leave combinations of bits unused.
+bool HasCompleteCodes(std::span<const BYTE> deflateData, std::size_t size) {
+    const auto found = WalkDeflate(deflateData, 0, size);
+    return found && found->size == size && found->hasCompleteCodes;
+}
+
 }  // namespace
 
 std::size_t EncodeMszipBlock(std::span<const BYTE> data, BYTE* payload) {
     std::memcpy(payload, blockSignature, sizeof(blockSignature));
-    BYTE* stream = payload + sizeof(blockSignature);
-    const std::size_t storedSize = storedBlockHead + data.size();
-    std::size_t streamSize =
-        libdeflate_deflate_compress(Compressor().Get(), data.data(), data.size(), stream, storedSize);
-    if (streamSize == 0) {
-        EncodeStoredBlockHead(true, data.size(), stream);
-        std::memcpy(stream + storedBlockHead, data.data(), data.size());
-        streamSize = storedSize;
+    const std::span<BYTE> stream(payload + sizeof(blockSignature), storedBlockHead + data.size());
+    // libdeflate is faster and writes less, but leaves the code of the distances empty in blocks without
+    // matches. zlib never does.
+    for (const auto encode : {&EncodeWithLibdeflate, &EncodeWithZlib}) {
+        const std::size_t size = encode(data, stream);
+        if (size == 0) break;
+        if (HasCompleteCodes(stream.first(size), data.size())) return sizeof(blockSignature) + size;
     }
-    return sizeof(blockSignature) + streamSize;
+    EncodeStoredBlockHead(true, data.size(), stream.data());
+    std::memcpy(stream.data() + storedBlockHead, data.data(), data.size());
+    return sizeof(blockSignature) + stream.size();
 }
 
 // libdeflate knows no history before a stream. So a block that has one is decoded as a longer stream: a

@@ -13,7 +13,7 @@ namespace platform::cabinet {
 inline constexpr std::size_t maxMszipOverhead = 7;
 static_assert(maxMszipOverhead <= maxBlockOverhead);
 
-/// Encodes one block, independent of any other.
+/// Encodes one block, independent of any other. All its codes are complete, as some readers demand.
 /// @param data 1 to maxBlockSize bytes
 /// @param payload room for the data and maxMszipOverhead bytes
 /// @return the size of the payload

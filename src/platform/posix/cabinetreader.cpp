@@ -416,17 +416,14 @@ void CabinetExtraction::SelectFolder(std::size_t folder, std::size_t offset) {
 
 void CabinetExtraction::ReadBlock() {
     if (m_blocksRead == m_folderEntry.blockCount) EndOfFolder();
-    BYTE head[encodedSize<DataHeader> + maxEntryReserve];
+    const auto header = m_cabinet.ReadAt<DataHeader>(m_nextBlock);
     const std::size_t headSize = encodedSize<DataHeader> + m_reserve.data;
-    m_cabinet.ReadAt(m_nextBlock, head, headSize);
-    const auto header = Decode<DataHeader>(head);
     if (header.uncompressedSize > maxBlockSize || header.payloadSize > maxBlockSize + maxBlockOverhead) {
         throw Failure{FDIERROR_CORRUPT_CABINET};
     }
     BYTE* payload = m_decoder.PayloadRoom(header.payloadSize);
     m_cabinet.ReadAt(m_nextBlock + headSize, payload, header.payloadSize);
-    if (header.checksum != 0 &&
-        header.checksum != BlockChecksum({head, headSize}, {payload, header.payloadSize})) {
+    if (header.checksum != 0 && header.checksum != BlockChecksum(header, {payload, header.payloadSize})) {
         throw Failure{FDIERROR_CORRUPT_CABINET};
     }
     if (header.uncompressedSize == 0) EndOfFolder();

@@ -236,9 +236,8 @@ void CabinetWriter::AppendBlock(FciStatusFunction status) {
     const std::size_t payloadSize = EncodeBlock(head + headSize);
 
     DataHeader header{0, static_cast<std::uint16_t>(payloadSize), static_cast<std::uint16_t>(m_blockFill)};
+    header.checksum = BlockChecksum(header, {head + headSize, payloadSize});
     std::memset(head, 0, headSize);
-    Encode(header, head);
-    header.checksum = BlockChecksum({head, headSize}, {head + headSize, payloadSize});
     Encode(header, head);
 
     const std::size_t size = headSize + payloadSize;

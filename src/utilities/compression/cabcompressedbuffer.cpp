@@ -1,6 +1,7 @@
 // CabCompressedBuffer: cabinets in memory, and zlib data of earlier versions turned into them.
 #include "utilities/compression/cabcompressedbuffer.h"
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -55,7 +56,9 @@ bool CabCompressedBuffer::TryToUncompressStateData(ByteBuffer& data) {
 
 std::unique_ptr<CabCompressedBuffer> CabCompressedBuffer::CreateWithUncompressedData(const ByteBuffer& data,
                                                                                      int size) {
-    const ByteBuffer state(static_cast<std::size_t>(size));
+    // Zero bytes never end in a footer, however many they are; no more are needed to find that out.
+    const int length = std::clamp(size, 0, static_cast<int>(GetSizeOfFooterInfo()));
+    const ByteBuffer state(static_cast<std::size_t>(length));
     std::unique_ptr<CabCompressedBuffer> buffer(new CabCompressedBuffer(state));
     buffer->Store(data);
     return buffer;

@@ -29,9 +29,9 @@ public:
     ///         size beyond what they could hold is at fault; otherwise they are as GetOriginalData left them.
     static bool TryToUncompressStateData(ByteBuffer& data);
 
-    /// Always fails: it builds the object from a state of `size` zero bytes, which never has a footer. Kept
-    /// so deliberately.
-    /// @throws ExceptionMissingOrBadCompressedBufferFooter always; std::length_error when `size` is negative
+    /// Always fails: it builds the object from a state of `size` zero bytes, which never has a footer, or of
+    /// none when `size` is negative. Kept so deliberately.
+    /// @throws ExceptionMissingOrBadCompressedBufferFooter always
     static std::unique_ptr<CabCompressedBuffer> CreateWithUncompressedData(const ByteBuffer& data, int size);
     /// Decompresses a cabinet and hands the result to CreateWithUncompressedData, which always fails.
     static std::unique_ptr<CabCompressedBuffer> CreateWithCompressedData(const ByteBuffer& cabinet);

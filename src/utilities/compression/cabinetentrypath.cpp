@@ -19,13 +19,13 @@ constexpr TextView forbiddenCharacters = NV_TEXT("<>:\"|?*");
 constexpr TextView blanksAndDots = NV_TEXT(" .");
 constexpr WChar replacementCharacter = 0xFFFD;
 
-Text Decode(const CabinetEntry& entry) {
-    const bool isUtf8 = (entry.attributes & cabinetNameIsUtf8) != 0;
+Text Decode(std::string_view name, WORD attributes) {
+    const bool isUtf8 = (attributes & cabinetNameIsUtf8) != 0;
     const platform::CodePage codePage = isUtf8 ? platform::CodePage::Utf8 : platform::CodePage::Ansi;
-    const auto length = static_cast<int>(entry.name.size());
-    const int size = platform::WideFromNarrow(codePage, entry.name.data(), length, nullptr, 0);
+    const auto length = static_cast<int>(name.size());
+    const int size = platform::WideFromNarrow(codePage, name.data(), length, nullptr, 0);
     Text text(static_cast<std::size_t>(size), WChar{0});
-    platform::WideFromNarrow(codePage, entry.name.data(), length, text.data(), size);
+    platform::WideFromNarrow(codePage, name.data(), length, text.data(), size);
     return text;
 }
 
@@ -62,8 +62,13 @@ const WChar* FindFault(TextView name) {
 
 }  // namespace
 
+CXString DecodeCabinetName(std::string_view name, WORD attributes) {
+    const Text text = Decode(name, attributes);
+    return CXString(text.data(), static_cast<int>(text.size()));
+}
+
 const WChar* ReadCabinetEntryPath(const CabinetEntry& entry, CXString& path) {
-    Text text = Decode(entry);
+    Text text = Decode(entry.name, entry.attributes);
     int depth = 0;
     for (std::size_t begin = 0; begin <= text.size();) {
         const std::size_t end = std::min(text.find_first_of(separators, begin), text.size());

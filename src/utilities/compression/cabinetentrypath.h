@@ -1,6 +1,8 @@
 // Where below a folder the file of a cabinet belongs.
 #pragma once
 
+#include <string_view>
+
 #include "platform/types.h"
 #include "utilities/compression/cabinetlayout.h"
 #include "utilities/utilitiesdll/cxstring.h"
@@ -9,6 +11,10 @@
 inline constexpr WChar cabinetPathSeparator = NV_TEXT('/');
 /// The most names that a path has, its file's included.
 inline constexpr int deepestCabinetPath = 16;
+
+/// The name of a file in a cabinet: UTF-8 where its attributes say so, else in the ANSI code page. Bytes that
+/// are no text become U+FFFD.
+NVUTIL_API CXString DecodeCabinetName(std::string_view name, WORD attributes);
 
 /// Turns the name of a cabinet's file into a path that stays below any folder on every platform.
 ///

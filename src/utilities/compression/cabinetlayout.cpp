@@ -7,7 +7,7 @@
 #include <span>
 #include <utility>
 
-#include "utilities/compression/mszippayload.h"
+#include "platform/deflate.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
 
 namespace {
@@ -21,7 +21,6 @@ constexpr WORD flagNextCabinet = 0x0002;
 constexpr WORD flagReservedAreas = 0x0004;
 constexpr WORD knownFlags = flagPreviousCabinet | flagNextCabinet | flagReservedAreas;
 
-constexpr std::uint32_t headerSize = 36;
 constexpr std::uint32_t reserveSizesSize = 4;
 constexpr std::uint32_t folderEntrySize = 8;
 constexpr std::uint32_t fileEntrySize = 16;
@@ -54,13 +53,15 @@ struct CheckedFile {
     WORD folder;
 };
 
-/// Whether there is such a method with such a window.
+/// Whether there is such a method with such a level and window.
 bool IsKnownCompression(WORD compression) {
+    constexpr int largestLevel = 7;
     constexpr int largestWindow = 21;  // as a power of two
+    const int level = compression >> 4 & 0x0F;
     const int window = compression >> 8;
     switch (compression & compressionMethodMask) {
         case tcompTYPE_QUANTUM:
-            return window >= 10 && window <= largestWindow;
+            return level >= 1 && level <= largestLevel && window >= 10 && window <= largestWindow;
         case tcompTYPE_LZX:
             return window >= 15 && window <= largestWindow;
         default:
@@ -99,6 +100,7 @@ public:
     /// Once the cabinet has been found to be sound.
     CabinetContents TakeContents() {
         CabinetContents contents;
+        contents.cabinetSize = m_cabinetSize;
         contents.files.reserve(m_files.size());
         for (std::size_t i = 0; i < m_files.size(); ++i) {
             CheckedFile& file = m_files[i];
@@ -115,32 +117,26 @@ private:
         std::uint32_t payloadSize;
         std::uint32_t uncompressedSize;
         std::uint64_t history;  ///< Bytes of earlier blocks that the payload may refer to.
-        bool hasChecksum;
     };
 
     FDIERROR CheckHeader() {
-        BYTE header[headerSize];
+        BYTE header[cabinetHeaderSize];
         int error = 0;
         const LONG length = m_file.Seek(0, 2, error);
-        m_cabinetSize = headerSize;  // until the header tells
-        if (length < static_cast<LONG>(headerSize) || !ReadAt(0, header)) return FDIERROR_NOT_A_CABINET;
-        if (DwordAt(header) != signature) return FDIERROR_NOT_A_CABINET;
-        if (WordAt(header + 24) != version) return FDIERROR_UNKNOWN_CABINET_VERSION;
-        m_cabinetSize = DwordAt(header + 8);
+        m_cabinetSize = cabinetHeaderSize;  // until the header tells
+        if (length < 0 || !ReadAt(0, header)) return FDIERROR_NOT_A_CABINET;
+        const FDIERROR fault = CheckCabinetHeader(header, static_cast<std::uint64_t>(length), m_cabinetSize);
+        if (fault != FDIERROR_NONE) return fault;
         m_position = DwordAt(header + 16);
         m_folderCount = WordAt(header + 26);
         m_fileCount = WordAt(header + 28);
         const WORD flags = WordAt(header + 30);
-        if (m_cabinetSize > static_cast<std::uint32_t>(length)) return FDIERROR_CORRUPT_CABINET;
-        if ((flags & (flagPreviousCabinet | flagNextCabinet)) != 0) return FDIERROR_USER_ABORT;
-        if (m_folderCount == 0 || m_fileCount == 0 || (flags & ~knownFlags) != 0)
-            return FDIERROR_CORRUPT_CABINET;
         if (m_isSingleFile && (m_folderCount != 1 || m_fileCount != 1)) return FDIERROR_CORRUPT_CABINET;
-        m_foldersBegin = headerSize;
+        m_foldersBegin = cabinetHeaderSize;
         if ((flags & flagReservedAreas) == 0) return FDIERROR_NONE;
 
         BYTE sizes[reserveSizesSize];
-        if (!ReadAt(headerSize, sizes)) return FDIERROR_CORRUPT_CABINET;
+        if (!ReadAt(cabinetHeaderSize, sizes)) return FDIERROR_CORRUPT_CABINET;
         m_foldersBegin += reserveSizesSize + WordAt(sizes);
         m_folderReserve = sizes[2];
         m_blockReserve = sizes[3];
@@ -158,7 +154,7 @@ private:
             m_folders.push_back({DwordAt(bytes), WordAt(bytes + 4), compression, 0});
             position += folderEntrySize + m_folderReserve;
         }
-        return m_position < position ? FDIERROR_CORRUPT_CABINET : FDIERROR_NONE;
+        return m_position == position ? FDIERROR_NONE : FDIERROR_CORRUPT_CABINET;
     }
 
     FDIERROR CheckFiles() {
@@ -172,6 +168,7 @@ private:
             file.folder = WordAt(bytes + 8);
             file.entry.attributes = WordAt(bytes + 14);
             if (file.folder >= m_folderCount || !ReadName(file.entry.name)) return FDIERROR_CORRUPT_CABINET;
+            file.entry.method = m_folders[file.folder].compression & compressionMethodMask;
         }
         return FDIERROR_NONE;
     }
@@ -202,8 +199,7 @@ private:
             const Block found{.begin = m_position,
                               .payloadSize = WordAt(header + 4),
                               .uncompressedSize = WordAt(header + 6),
-                              .history = std::min<std::uint64_t>(folder.size, largestBlock),
-                              .hasChecksum = DwordAt(header) != 0};
+                              .history = std::min<std::uint64_t>(folder.size, largestBlock)};
             const bool last = block + 1 == folder.blockCount;
             if (found.uncompressedSize > largestBlock || (!last && found.uncompressedSize != largestBlock) ||
                 (found.uncompressedSize == 0 && folder.blockCount != 1) || !CheckPayload(folder, found))
@@ -227,15 +223,16 @@ private:
         if (folder.compression != tcompTYPE_MSZIP) return true;
         if (!isSigned) return false;
         // Nothing is expanded of a folder without data, whatever the payload of its block.
-        return (readerChecksPayloads && block.hasChecksum) || block.uncompressedSize == 0 || Expands(block);
+        return block.uncompressedSize == 0 || Expands(block);
     }
 
     /// Whether a payload that begins as MSZIP's do expands to exactly the block's bytes.
     bool Expands(const Block& block) {
         constexpr std::uint32_t signatureSize = sizeof blockSignature;
         m_payload.resize(block.payloadSize - signatureSize);
-        return ReadAt(block.begin + signatureSize, m_payload) &&
-               MszipPayloadFillsBlock(m_payload, block.history, block.uncompressedSize);
+        if (!ReadAt(block.begin + signatureSize, m_payload)) return false;
+        const auto found = platform::WalkDeflate(m_payload, block.history, block.uncompressedSize);
+        return found && found->size == block.uncompressedSize;
     }
 
     /// The files' places in the data of their folders.
@@ -275,6 +272,19 @@ private:
 };
 
 }  // namespace
+
+FDIERROR CheckCabinetHeader(std::span<const BYTE, cabinetHeaderSize> header, std::uint64_t fileSize,
+                            std::uint32_t& cabinetSize) {
+    const BYTE* const bytes = header.data();
+    const WORD flags = WordAt(bytes + 30);
+    if (DwordAt(bytes) != signature) return FDIERROR_NOT_A_CABINET;
+    if (WordAt(bytes + 24) != version) return FDIERROR_UNKNOWN_CABINET_VERSION;
+    cabinetSize = DwordAt(bytes + 8);
+    if (cabinetSize > fileSize) return FDIERROR_CORRUPT_CABINET;
+    if ((flags & (flagPreviousCabinet | flagNextCabinet)) != 0) return FDIERROR_USER_ABORT;
+    const bool isEmpty = WordAt(bytes + 26) == 0 || WordAt(bytes + 28) == 0;
+    return isEmpty || (flags & ~knownFlags) != 0 ? FDIERROR_CORRUPT_CABINET : FDIERROR_NONE;
+}
 
 FDIERROR CheckCabinetLayout(CabOpenFile& file, DWORD& fileSize) {
     LayoutChecker checker(file);

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <random>
+#include <set>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -30,7 +31,7 @@ using cabinet::FileHandle;
 using platform::EntryKind;
 using platform::Text;
 
-constexpr std::uintmax_t largestCabinet = std::uintmax_t{1} << 30;
+constexpr std::uint32_t largestCabinet = std::uint32_t{1} << 30;
 constexpr int cpuUnknown = -1;
 constexpr auto stagingPrefix = NV_TEXT(".unpack-%08lX%08lX");
 // The cabinet library asks for the cabinet by this name, which no file has.
@@ -56,6 +57,13 @@ std::vector<Text> NamesOf(const CXString& path) {
     return names;
 }
 
+/// Throws unless a check has found no fault.
+void RequireSound(const CXString& name, cabinet::FDIERROR fault) {
+    if (fault != cabinet::FDIERROR_NONE)
+        NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadContents", __LINE__, NV_TEXT("%s: %ld: %s"),
+                 name, static_cast<LONG>(fault), GetFdiErrorText(fault));
+}
+
 ByteBuffer ReadCabinet(const CXString& name) {
     std::error_code error;
     std::ifstream file;
@@ -70,15 +78,24 @@ ByteBuffer ReadCabinet(const CXString& name) {
     if (error || !file.is_open())
         NV_THROW(ExceptionCreateFileForReading, "CabinetUnpacker::ReadCabinet", __LINE__,
                  NV_TEXT("%s cannot be opened"), name);
-    if (size > largestCabinet)
+    const auto read = [&file, &name](BYTE* bytes, std::size_t count) {
+        file.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(count));
+        if (file.bad() || file.gcount() != static_cast<std::streamsize>(count))
+            NV_THROW(ExceptionReadFile, "CabinetUnpacker::ReadCabinet", __LINE__,
+                     NV_TEXT("%s cannot be read"), name);
+    };
+    // Memory is only taken for what begins like a cabinet, and not for what follows it.
+    BYTE header[cabinetHeaderSize];
+    std::uint32_t cabinetSize = 0;
+    if (size < cabinetHeaderSize) RequireSound(name, cabinet::FDIERROR_NOT_A_CABINET);
+    read(header, cabinetHeaderSize);
+    RequireSound(name, CheckCabinetHeader(header, size, cabinetSize));
+    if (cabinetSize > largestCabinet)
         NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadCabinet", __LINE__,
                  NV_TEXT("%s is larger than %I64d bytes"), name, static_cast<std::int64_t>(largestCabinet));
-    ByteBuffer bytes;
-    bytes.resize(size);
-    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
-    if (file.bad() || file.gcount() != static_cast<std::streamsize>(size))
-        NV_THROW(ExceptionReadFile, "CabinetUnpacker::ReadCabinet", __LINE__, NV_TEXT("%s cannot be read"),
-                 name);
+    ByteBuffer bytes(header, cabinetHeaderSize);
+    bytes.resize(std::max<std::size_t>(cabinetSize, cabinetHeaderSize));
+    read(bytes.data() + cabinetHeaderSize, bytes.size() - cabinetHeaderSize);
     return bytes;
 }
 
@@ -90,10 +107,7 @@ CabinetContents ReadContents(const CXString& name, const ByteBuffer& bytes) {
     int error = 0;
     const std::unique_ptr<CabOpenFile> file = source.OpenCabFile(cabOpenReadOnly | cabOpenBinary, 0, error);
     CabinetContents contents;
-    const cabinet::FDIERROR fault = ReadCabinetContents(*file, contents);
-    if (fault != cabinet::FDIERROR_NONE)
-        NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadContents", __LINE__, NV_TEXT("%s: %ld: %s"),
-                 name, static_cast<LONG>(fault), GetFdiErrorText(fault));
+    RequireSound(name, ReadCabinetContents(*file, contents));
     return contents;
 }
 
@@ -244,11 +258,11 @@ private:
 /// Expands a checked cabinet into a staging folder through the cabinet library.
 class Expansion {
 public:
-    Expansion(const CXString& name, const ByteBuffer& bytes, const std::vector<std::string>& fileNames,
+    Expansion(const CXString& name, const ByteBuffer& bytes, const std::vector<CabinetEntry>& entries,
               const std::vector<CabinetFile>& files, StagingFolder& staging)
         : m_name(name),
           m_source(sourceName, bytes.data(), static_cast<DWORD>(bytes.size())),
-          m_fileNames(fileNames),
+          m_entries(entries),
           m_files(files),
           m_staging(staging),
           m_outer(std::exchange(s_current, this)) {}
@@ -256,13 +270,13 @@ public:
     Expansion& operator=(const Expansion&) = delete;
     ~Expansion() { s_current = m_outer; }
 
+    /// Each method has a pass to itself: not every library can change from one to another in a cabinet.
     void Run() {
-        cabinet::ERF errors{};
-        const bool copied = Copy(errors);
-        if (m_failure) std::rethrow_exception(m_failure);
-        if (!copied)
-            NV_THROW(ExceptionCompression, "CabinetUnpacker::UnpackTo", __LINE__, NV_TEXT("%s: %ld: %s"),
-                     m_name, static_cast<LONG>(errors.erfOper), GetFdiErrorText(errors.erfOper));
+        for (m_method = cabinet::tcompTYPE_NONE; m_method <= cabinet::tcompTYPE_LZX; ++m_method) {
+            const bool isUsed = std::any_of(m_entries.begin(), m_entries.end(),
+                                            [this](const auto& entry) { return entry.method == m_method; });
+            if (isUsed) RunPass();
+        }
         if (m_finished != m_files.size())
             NV_THROW(ExceptionCompression, "CabinetUnpacker::UnpackTo", __LINE__,
                      NV_TEXT("%s: only %I64d files were found"), m_name,
@@ -270,6 +284,16 @@ public:
     }
 
 private:
+    void RunPass() {
+        cabinet::ERF errors{};
+        m_current = 0;
+        const bool copied = Copy(errors);
+        if (m_failure) std::rethrow_exception(m_failure);
+        if (!copied)
+            NV_THROW(ExceptionCompression, "CabinetUnpacker::UnpackTo", __LINE__, NV_TEXT("%s: %ld: %s"),
+                     m_name, static_cast<LONG>(errors.erfOper), GetFdiErrorText(errors.erfOper));
+    }
+
     bool Copy(cabinet::ERF& errors) {
         const cabinet::HFDI context = CabContext::GetFdiCreatePfn()(
             &CabCompressionContext::sfnFciAllocCallback, &CabCompressionContext::sfnFciFreeCallback, &OnOpen,
@@ -312,15 +336,20 @@ private:
                 return 0;
             case cabinet::fdintCOPY_FILE:
                 // What the library reads must be what has been checked.
-                if (m_finished >= m_files.size() || notification.psz1 != m_fileNames[m_finished])
+                if (m_current >= m_files.size() || notification.psz1 != m_entries[m_current].name)
                     return cabinet::invalidFileHandle;
-                m_staged = new StagedFile(m_staging, m_finished, m_files[m_finished]);
+                if (m_entries[m_current].method != m_method) {
+                    ++m_current;
+                    return 0;
+                }
+                m_staged = new StagedFile(m_staging, m_current, m_files[m_current]);
                 return Keep(std::unique_ptr<CabOpenFile>(m_staged));
             case cabinet::fdintCLOSE_FILE_INFO: {
                 const bool isComplete =
                     m_staged != nullptr && Find(notification.hf) == m_staged && m_staged->Finish();
                 m_staged = nullptr;
                 Close(notification.hf);
+                ++m_current;
                 ++m_finished;
                 return isComplete ? 1 : cabinet::invalidFileHandle;
             }
@@ -385,12 +414,14 @@ private:
 
     const CXString& m_name;  ///< For messages.
     CabBufferAsFile m_source;
-    const std::vector<std::string>& m_fileNames;
+    const std::vector<CabinetEntry>& m_entries;
     const std::vector<CabinetFile>& m_files;
     StagingFolder& m_staging;
     Expansion* m_outer;
     std::vector<std::unique_ptr<CabOpenFile>> m_open;
     StagedFile* m_staged = nullptr;  ///< The file being written, which `m_open` owns.
+    WORD m_method = 0;               ///< Of the files that the pass expands.
+    std::size_t m_current = 0;       ///< Of the pass: the number of the file in the cabinet.
     std::size_t m_finished = 0;
     std::exception_ptr m_failure;
 };
@@ -440,14 +471,32 @@ void CabinetUnpacker::ReadFiles(const CabinetLimits& limits) {
         file.size = entry.size;
         if (const WChar* const fault = ReadCabinetEntryPath(entry, file.path)) {
             NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadFiles", __LINE__,
-                     NV_TEXT("%s: the name %S %s"), m_name, entry.name.c_str(), fault);
+                     NV_TEXT("%s: the name %s %s"), m_name, DecodeCabinetName(entry.name, entry.attributes),
+                     fault);
         }
-        m_fileNames.push_back(std::move(entry.name));
+        m_entries.push_back(std::move(entry));
     }
-    if (total > limits.totalSize || total / std::max<std::uint64_t>(limits.ratio, 1) > m_cabinet.size())
+    const std::uint64_t cabinetSize = contents.cabinetSize;
+    if (total > limits.totalSize || total / std::max<std::uint64_t>(limits.ratio, 1) > cabinetSize)
         NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadFiles", __LINE__,
                  NV_TEXT("%s: %I64d bytes expand to %I64d bytes"), m_name,
-                 static_cast<std::int64_t>(m_cabinet.size()), static_cast<std::int64_t>(total));
+                 static_cast<std::int64_t>(cabinetSize), static_cast<std::int64_t>(total));
+    CheckEntries(limits);
+}
+
+void CabinetUnpacker::CheckEntries(const CabinetLimits& limits) const {
+    // Each folder in the case of its letters, since some file systems make one for each.
+    std::set<Text> folders;
+    for (const CabinetFile& file : m_files) {
+        const Text path = TextOf(file.path);
+        for (std::size_t end = path.find(cabinetPathSeparator); end != Text::npos;
+             end = path.find(cabinetPathSeparator, end + 1))
+            folders.insert(path.substr(0, end));
+        if (m_files.size() + folders.size() > limits.entries)
+            NV_THROW(ExceptionCompression, "CabinetUnpacker::CheckEntries", __LINE__,
+                     NV_TEXT("%s: has more than %I64d files and folders"), m_name,
+                     static_cast<std::int64_t>(limits.entries));
+    }
 }
 
 void CabinetUnpacker::CheckPathsDiffer() const {
@@ -478,7 +527,7 @@ void CabinetUnpacker::UnpackTo(const CXString& targetFolder) const {
     }
 
     StagingFolder staging(target, targetFolder);
-    Expansion(m_name, m_cabinet, m_fileNames, m_files, staging).Run();
+    Expansion(m_name, m_cabinet, m_entries, m_files, staging).Run();
 
     // All folders are made before the first file is replaced, so that little is left to fail then.
     FolderWalk after(target, FolderWalk::Missing::Create);

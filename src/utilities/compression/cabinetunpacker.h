@@ -2,19 +2,22 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "platform/types.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
 #include "utilities/utilitiesdll/cxstring.h"
 
+struct CabinetEntry;
+
 /// How far a cabinet may expand before it is refused.
 struct CabinetLimits {
     /// Of all data that is expanded, in bytes, whether files cover it or not.
     std::uint64_t totalSize = std::uint64_t{1} << 30;
-    /// Of that size to the cabinet's own. MSZIP reaches 600 with nothing but zeros.
+    /// Of that size to the cabinet's own, without what follows it. MSZIP reaches 600 with nothing but zeros.
     std::uint64_t ratio = 1000;
+    /// Files, and the folders that hold them below the target folder.
+    std::uint64_t entries = 10000;
 };
 
 /// A file in a cabinet.
@@ -31,7 +34,7 @@ struct CabinetFile {
 /// - a name might lead out of the target folder or to a device (see ReadCabinetEntryPath);
 /// - two files have one path, where the case of letters does not count, or a file stands where another one
 ///   needs a folder;
-/// - it expands beyond the limits.
+/// - it expands beyond the limits, which count folders too, before the first of them is made.
 ///
 /// Messages begin with the name of the cabinet's file, or "the cabinet" for one in memory.
 ///
@@ -40,7 +43,7 @@ struct CabinetFile {
 class NVUTIL_API CabinetUnpacker {
 public:
     /// Reads and checks a file.
-    /// @param cabinetFile  path of a file of at most 1 GiB
+    /// @param cabinetFile  path of a file with a cabinet of at most 1 GiB, whatever follows it
     /// @throws ExceptionCreateFileForReading, ExceptionReadFile when the file cannot be read
     /// @throws ExceptionCompression when the cabinet is refused
     explicit CabinetUnpacker(const CXString& cabinetFile, const CabinetLimits& limits = {});
@@ -75,10 +78,11 @@ public:
 private:
     CabinetUnpacker(const CXString& name, ByteBuffer cabinet, const CabinetLimits& limits);
     void ReadFiles(const CabinetLimits& limits);
+    void CheckEntries(const CabinetLimits& limits) const;
     void CheckPathsDiffer() const;
 
     CXString m_name;  ///< For messages.
     ByteBuffer m_cabinet;
     std::vector<CabinetFile> m_files;
-    std::vector<std::string> m_fileNames;  ///< Of the same files, as they stand in the cabinet.
+    std::vector<CabinetEntry> m_entries;  ///< The same files as they stand in the cabinet.
 };

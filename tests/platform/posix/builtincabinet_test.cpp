@@ -100,16 +100,6 @@ TEST(BuiltInCabinet, ReadsNothingOfOthersInFrontOfTheData) {
     EXPECT_EQ(results[0], results[1]);
 }
 
-TEST(BuiltInCabinet, CountsTheReservedAreaIntoTheChecksum) {
-    HandMadeCabinet cabinet =
-        OneFile(tcompTYPE_NONE, 3, {{abc, 3, 0x00616263 ^ 0x00030003 ^ 0x04030201 ^ 0x05}});
-    cabinet.flags = 4;
-    cabinet.dataReserve = {1, 2, 3, 4, 5};
-    EXPECT_EQ(Unpack(cabinet.Build()).files["a"], abc);
-    cabinet.dataReserve[4] = 6;
-    EXPECT_EQ(Unpack(cabinet.Build()).errors.erfOper, FDIERROR_CORRUPT_CABINET);
-}
-
 TEST(BuiltInCabinet, SlidesTheHistoryOverShortBlocks) {
     const Bytes noise = Noise(32768);
     const Bytes cabinet =

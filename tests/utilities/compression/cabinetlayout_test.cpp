@@ -20,6 +20,7 @@ struct Block {
     ByteBuffer payload;
     int uncompressedSize;
     int payloadSizeTold = -1;  ///< -1 for the true one.
+    int checksum = 0;
 };
 
 /// A cabinet of 32,769 bytes, 32,768 zeros and an "A", without checksums.
@@ -36,6 +37,7 @@ struct Cabinet {
     ByteBuffer headerReserve;
     int folderReserve = 0;
     int blockReserve = 0;
+    int gap = 0;  ///< Between the folder and the file entry.
     short compression = 1;
     int blocksOffset = -1;  ///< -1 for the true one.
     int filesOffset = -1;
@@ -52,12 +54,12 @@ struct Cabinet {
             folder.appendByteValue(static_cast<BYTE>(blockReserve));
             folder.append(headerReserve);
         }
-        const auto trueFilesOffset = 36 + static_cast<int>(folder.size()) + 8 + folderReserve;
+        const auto trueFilesOffset = 36 + static_cast<int>(folder.size()) + 8 + folderReserve + gap;
         const auto trueBlocksOffset = trueFilesOffset + 16 + static_cast<int>(name.size()) + 1;
         folder.appendIntValue(blocksOffset == -1 ? trueBlocksOffset : blocksOffset);
         folder.appendShortValue(blockCount == -1 ? static_cast<short>(blocks.size()) : blockCount);
         folder.appendShortValue(compression);
-        folder.resize(folder.size() + static_cast<std::size_t>(folderReserve));
+        folder.resize(folder.size() + static_cast<std::size_t>(folderReserve + gap));
 
         ByteBuffer rest = FileAndBlocks();
         ByteBuffer out;
@@ -81,7 +83,7 @@ private:
         out.push_back(0);
         for (const Block& block : blocks) {
             const int told = block.payloadSizeTold;
-            out.appendIntValue(0);
+            out.appendIntValue(block.checksum);
             out.appendShortValue(
                 static_cast<short>(told == -1 ? static_cast<int>(block.payload.size()) : told));
             out.appendShortValue(static_cast<short>(block.uncompressedSize));
@@ -165,6 +167,7 @@ TEST(CabinetLayout, AcceptsOrRefusesByItsRules) {
         {"blocks over the entries", [](Cabinet& c) { c.blocksOffset = 36; }, corrupt},
         {"blocks behind the end", [](Cabinet& c) { c.blocksOffset = 0x7FFFFFFF; }, corrupt},
         {"file entry over the folder", [](Cabinet& c) { c.filesOffset = 43; }, corrupt},
+        {"a gap before the file entry", [](Cabinet& c) { c.gap = 1; }, corrupt},
         {"file entry behind the end", [](Cabinet& c) { c.filesOffset = -2; }, corrupt},
         {"fewer blocks", [](Cabinet& c) { c.blockCount = 1; }, corrupt},
         {"more blocks", [](Cabinet& c) { c.blockCount = 3; }, corrupt},
@@ -215,6 +218,7 @@ TEST(CabinetLayout, RefusesPayloadsThatDoNotFillTheirBlock) {
         const char* what;
         ByteBuffer payload;
         int uncompressedSize;
+        int checksum = 0;
     } cases[] = {
         {"a byte too many", Bytes("43 4B 4B 4C 4A 06 00"), 2},
         {"a byte too few", Bytes("43 4B 4B 4C 4A 06 00"), 4},
@@ -226,11 +230,14 @@ TEST(CabinetLayout, RefusesPayloadsThatDoNotFillTheirBlock) {
         {"a stored block whose lengths differ", Bytes("43 4B 01 03 00 FF FF 61 62 63"), 3},
         {"a match before the start", Bytes("43 4B 4B 04 21 00 00"), 9},
         {"stored data beyond the block", stored40000, 32768},
+        // Some decoders take the bits of a code that is empty for its first symbol.
+        {"a match at a distance without a code", Bytes("43 4B 0D C0 01 09 00 00 00 80 A0 AD FD 3F 91 C4"), 4,
+         -0x56C70251},
         {"compressed data beyond the block", Bytes("43 4B").append(Bytes(zeros32768)), 100},
     };
-    for (const auto& [what, payload, uncompressedSize] : cases) {
+    for (const auto& [what, payload, uncompressedSize, checksum] : cases) {
         Cabinet cabinet;
-        cabinet.blocks = {{payload, uncompressedSize}};
+        cabinet.blocks = {{payload, uncompressedSize, -1, checksum}};
         cabinet.fileSize = uncompressedSize;
         ByteBuffer out;
         EXPECT_THROW(CabCompressedBuffer::UncompressBuffer(cabinet.Build(), out), ExceptionCompression)

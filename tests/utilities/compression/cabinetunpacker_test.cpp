@@ -111,16 +111,32 @@ TEST_F(CabinetUnpacking, WritesEveryFileOfEveryFolder) {
 TEST_F(CabinetUnpacking, ReadsEveryKindOfCompression) {
     const Bytes noise = Noise(70000);
     HandMadeCabinet cabinet;
-    cabinet.folders = {LzxFolder(), PlainLzxFolder(noise), QuantumFolder(), {tcompTYPE_NONE, {{{'s'}, 1}}}};
-    cabinet.files = {{"lzx/name", 8, 0, 0},         {"lzx/end", 3, 27, 0},
-                     {"plain/first", 3, 0, 1},      {"plain/empty", 0, 3, 1},
-                     {"plain/across", 40000, 3, 1}, {"plain/last", 29000, 41000, 1},
-                     {"quantum", 32, 0, 2},         {"stored", 1, 0, 3}};
+    cabinet.folders = {LzxFolder(),
+                       PlainLzxFolder(noise),
+                       QuantumFolder(),
+                       {tcompTYPE_NONE, {{{'s'}, 1}}},
+                       {tcompTYPE_MSZIP, {{StoredMszip({'z'}), 1}}},
+                       LzxFolder(),
+                       QuantumFolder()};
+    cabinet.files = {{"lzx/name", 8, 0, 0},
+                     {"lzx/end", 3, 27, 0},
+                     {"plain/first", 3, 0, 1},
+                     {"plain/empty", 0, 3, 1},
+                     {"plain/across", 40000, 3, 1},
+                     {"plain/last", 29000, 41000, 1},
+                     {"quantum", 32, 0, 2},
+                     {"stored", 1, 0, 3},
+                     {"mszip", 1, 0, 4},
+                     {"lzx/again", 3, 27, 5},
+                     {"qagain", 7, 0, 6}};
     CabinetUnpacker(Buffer(cabinet.Build())).UnpackTo(Target());
     const std::string plain = Text(noise);
     EXPECT_EQ(GetTree(), (Tree{{"lzx", ""},
                                {"lzx/name", "printer:"},
+                               {"lzx/again", "end"},
                                {"lzx/end", "end"},
+                               {"mszip", "z"},
+                               {"qagain", "Quantum"},
                                {"plain", ""},
                                {"plain/first", plain.substr(0, 3)},
                                {"plain/empty", ""},
@@ -135,6 +151,7 @@ TEST_F(CabinetUnpacking, ReadsTheCabinetFromAFile) {
     const fs::path file = m_folder / "product.cab";
     std::ofstream(file, std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    fs::resize_file(file, std::uintmax_t{1} << 31);  // what follows the cabinet takes no memory
     const CabinetUnpacker unpacker(CXString(file.string<WChar>().c_str()));
     ASSERT_EQ(unpacker.GetFiles().size(), 1u);
     EXPECT_EQ(Narrow(unpacker.GetFiles()[0].path), "a");
@@ -144,6 +161,10 @@ TEST_F(CabinetUnpacking, ReadsTheCabinetFromAFile) {
          {CXString((m_folder / "none.cab").string<WChar>().c_str()), CXString(),
           CXString(m_folder.GetPath().string<WChar>().c_str()), CXString(noCharacter)})
         EXPECT_THROW(CabinetUnpacker{missing}, ExceptionCreateFileForReading);
+    for (const std::string& content : {std::string(), std::string(36, 'x'), std::string("MSCF")}) {
+        std::ofstream(file, std::ios::binary) << content;
+        EXPECT_THROW(CabinetUnpacker(CXString(file.string<WChar>().c_str())), ExceptionCompression);
+    }
 }
 
 TEST_F(CabinetUnpacking, ReplacesFilesAndKeepsTheRest) {
@@ -240,6 +261,13 @@ TEST_F(CabinetUnpacking, ReadsNamesInTheirCodePage) {
     EXPECT_EQ(GetTree(), (Tree{{"\xC3\xA4\xC3\xB6.map", "abc"},
                                {"\xE2\x82\xAC", ""},
                                {"\xE2\x82\xAC/\xF0\x9F\x96\xA8", "abc"}}));
+    try {
+        CabinetUnpacker(Buffer(Stored({"COM\xC2\xB2"}, utf8).Build()));
+        ADD_FAILURE();
+    } catch (const ExceptionCompression& refused) {
+        EXPECT_EQ(refused.GetExceptionMesage(),
+                  CXString(NV_TEXT("the cabinet: the name COM\u00B2 has the name of a device in it")));
+    }
     for (const char* const name : {"\xE4", "a\xED\xA0\x80", "\xC0\xAE\xC0\xAE/a", "a\xC0\xAF/b", "\xC2\x85"})
         EXPECT_THROW(CabinetUnpacker(Buffer(Stored({name}, utf8).Build())), ExceptionCompression) << name;
     for (const auto& [lower, upper] : {std::pair("\xCF\x89", "\xCE\xA9"), {"\xD0\xB6", "\xD0\x96"}})
@@ -280,11 +308,21 @@ TEST_F(CabinetUnpacking, RefusesWhatExpandsTooFar) {
     EXPECT_THROW(CabinetUnpacker(zeros, {3999999, reached}), ExceptionCompression);
     EXPECT_THROW(CabinetUnpacker(zeros, {4000000, reached / 2}), ExceptionCompression);
     EXPECT_NO_THROW(CabinetUnpacker{zeros});
+    ByteBuffer longer = zeros;
+    longer.resize(longer.size() * 4);
+    EXPECT_THROW(CabinetUnpacker(longer, {4000000, reached / 2}), ExceptionCompression)
+        << "what follows the cabinet justifies nothing";
 
     HandMadeCabinet hidden = Stored({"a", "b", "c"});  // whose first six bytes no file has
     hidden.files.erase(hidden.files.begin(), hidden.files.begin() + 2);
     EXPECT_NO_THROW(CabinetUnpacker(Buffer(hidden.Build()), {9}));
     EXPECT_THROW(CabinetUnpacker(Buffer(hidden.Build()), {8}), ExceptionCompression);
+}
+
+TEST_F(CabinetUnpacking, RefusesTooManyFilesAndFolders) {
+    const ByteBuffer deep = Buffer(Stored({"a/b/c", "a/b/d", "A/e", "f"}).Build());  // 4 files, 3 folders
+    EXPECT_EQ(CabinetUnpacker(deep, {.entries = 7}).GetFiles().size(), 4u);
+    EXPECT_THROW(CabinetUnpacker(deep, {.entries = 6}), ExceptionCompression);
 }
 
 // Folder 0 holds 32768 + 3 bytes in two blocks, folder 1 the bytes "abc".
@@ -332,6 +370,9 @@ TEST_F(CabinetUnpacking, RefusesTablesThatAreNotInOrder) {
         {"a method's unknown bits", [](HandMadeCabinet& c) { c.folders[1].compression = 0x0100; }, true},
         {"a window that is too large", [](HandMadeCabinet& c) { c.folders[1].compression = 0x1603; }, true},
         {"LZX with a small window", [](HandMadeCabinet& c) { c.folders[1].compression = 0x0E03; }, true},
+        {"Quantum", [](HandMadeCabinet& c) { c.folders[1].compression = 0x0A12; }, false},
+        {"Quantum of level 0", [](HandMadeCabinet& c) { c.folders[1].compression = 0x0A02; }, true},
+        {"Quantum of level 8", [](HandMadeCabinet& c) { c.folders[1].compression = 0x0A82; }, true},
         {"Quantum without a window", [](HandMadeCabinet& c) { c.folders[1].compression = 2; }, true},
     };
     for (const auto& [what, change, isRefused] : cases) {
