@@ -1,12 +1,14 @@
 // Any bytes as a valid format with matching arguments: the result is as long as widths and precisions allow,
-// and the same when the string is formatted into itself.
+// and the same when the string is formatted into itself. And any text as a message: nothing is stored.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "expect.h"
+#include "utilities/debuggingandexceptions/exceptions.h"
 #include "utilities/utilitiesdll/cxstring.h"
 
 namespace {
@@ -166,12 +168,32 @@ void CheckSelf(Input& input, const Conversion& conversion) {
     FUZZ_EXPECT(text == expected);
 }
 
+template <std::size_t... Index>
+void Expand(const WChar* format, const WChar* argument, std::index_sequence<Index...>) {
+    CXString text;
+    try {
+        text.FormatMessageW(format, (static_cast<void>(Index), argument)...);
+    } catch (const ExceptionOperatingSystemFailure&) {  // of a malformed text
+    }
+}
+
+// A text of the input with all the arguments that an insert can ask for.
+void CheckMessage(Input& input) {
+    constexpr std::size_t mostArguments = 99 + 2;  // of the last insert, with width and precision
+    Format format;
+    for (unsigned length = input.Below(64); length > 0; --length)
+        format += static_cast<WChar>(input.Take<std::uint8_t>());
+    const WChar argument[] = {'a', 'b', 0};
+    Expand(format.c_str(), argument, std::make_index_sequence<mostArguments>());
+    FUZZ_EXPECT(argument[0] == 'a' && argument[1] == 'b' && argument[2] == 0);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
     while (!input.IsEmpty()) {
-        const unsigned kind = input.Below(7);
+        const unsigned kind = input.Below(8);
         const Conversion conversion = TakeConversion(input);
         switch (kind) {
             case 0:
@@ -191,6 +213,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 break;
             case 5:
                 Check(conversion, "p", data, 18);
+                break;
+            case 6:
+                CheckMessage(input);
                 break;
             default:
                 CheckSelf(input, conversion);

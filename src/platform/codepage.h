@@ -11,7 +11,8 @@ enum class CodePage : unsigned {
     Utf8 = 65001,  ///< UTF-8.
 };
 
-/// Converts UTF-16 to 8-bit text; characters without a counterpart become "?".
+/// Converts UTF-16 to 8-bit text. What an ANSI code page lacks becomes a character that looks like it, as the
+/// platform has it ("L" for U+0141, "/" for U+FF0F), and else "?". So such a text never names a file.
 ///
 /// @param text      the code units; need not be terminated
 /// @param length    their number; a terminator is converted only when it is counted

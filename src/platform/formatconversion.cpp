@@ -136,7 +136,7 @@ void FormatConversion::SetWidth(int argument) {
 
 bool FormatConversion::IsNarrowText() const {
     const bool capital = type == NV_TEXT('S') || type == NV_TEXT('C');
-    return size == Size::Short || (capital && size == Size::Default);
+    return size == Size::Short || (capital && size != Size::Long);
 }
 
 }  // namespace platform

@@ -28,7 +28,8 @@ struct FormatConversion {
     /// Takes a width that was an argument: a negative one means left alignment.
     void SetWidth(int argument);
 
-    /// Whether the conversion takes or prints 8-bit text, for the types "c", "C", "s" and "S".
+    /// Whether the conversion takes or prints 8-bit text, for the types "c", "C", "s" and "S". Only "h", "l"
+    /// and "w" say which; a prefix that gives the size of an integer changes neither.
     bool IsNarrowText() const;
 };
 

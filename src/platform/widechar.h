@@ -5,8 +5,8 @@
 
 namespace platform {
 
-// In the C library's initial locale, case means the letters of ASCII, while white space and digits are those
-// of all scripts, each as one code unit.
+// That is the C library's initial locale, whichever the process has chosen: case means the letters of ASCII,
+// while white space and digits are those of all scripts, each as one code unit.
 
 WChar ToUpper(WChar character);
 WChar ToLower(WChar character);

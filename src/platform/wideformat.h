@@ -8,8 +8,9 @@
 
 namespace platform {
 
-/// Formats like the Windows C library's bounded wide formatter: "%ld" takes 32 bits, "I64" 64, "%s" a wide
-/// and "%S" or "%hs" a narrow string. Never writes beyond `capacity` code units and always terminates.
+/// Formats like the Windows C library's bounded wide formatter in that library's initial locale: "%ld" takes
+/// 32 bits, "I64" 64, "%s" a wide and "%S" or "%hs" a narrow string, whose bytes become the code units of the
+/// same numbers. "%n" stores nothing. Never writes beyond `capacity` code units and always terminates.
 ///
 /// @param out        receives the text and its terminator
 /// @param capacity   code units available at `out`, the terminator included; at least 1

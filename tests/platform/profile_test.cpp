@@ -366,12 +366,17 @@ TEST_F(Profile, FailsWhereNothingCanBeWritten) {
 }
 
 TEST_F(Profile, NeverTakesASimilarNameForTheFiles) {
+    std::filesystem::create_directory(m_folder / "sub");
     const File other(m_folder / "A.ini", "[a]\r\nk=1\r\n");
-    const File file(m_folder / u8"\u0100.ini");
-    const bool isWritten = WriteText(file, "a", "k", "2");  // which only the code page may prevent
-    EXPECT_EQ(std::filesystem::exists(file.GetPath()), isWritten);
+    const File below(m_folder / "sub" / "A.ini", other.GetContent());
+    for (const char8_t* name : {u8"\u0100.ini", u8"A\uFF0Eini", u8"sub\uFF0FA.ini", u8"sub\uFF3CA.ini"}) {
+        const File file(m_folder / name);
+        const bool isWritten = WriteText(file, "a", "k", "2");  // which only the code page may prevent
+        EXPECT_EQ(std::filesystem::exists(file.GetPath()), isWritten);
+        EXPECT_NE(ReadText(file, "a", "k", "D", enough), "1");
+    }
     EXPECT_EQ(other.GetContent(), "[a]\r\nk=1\r\n");
-    EXPECT_NE(ReadText(file, "a", "k", "D", enough), "1");
+    EXPECT_EQ(below.GetContent(), other.GetContent());
 }
 
 TEST_F(Profile, LosesNothingOfSeveralWriters) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "support/bytes.h"
+#include "utilities/utilitiesdll/number.h"
 #include "utilities/utilitiesdll/textresourceloader.h"
 
 namespace {
@@ -16,6 +17,13 @@ TEST(TextModule, TextsThatItLacksAreTheBuiltInOnes) {
     CXString text(NV_TEXT("before"));
     EXPECT_FALSE(TextResourceLoader::LoadText(40002, text));
     EXPECT_TRUE(text.IsEmpty());
+}
+
+TEST(TextModule, NumbersHaveItsSigns) {
+    constexpr double halvesUp = 0.499999;
+    const CXString text = Number(-1234).GetStringValue(2, halvesUp, false, true);
+    EXPECT_EQ(text, NV_TEXT("-1.234,00"));
+    EXPECT_EQ(Number(text), Number(-1234));
 }
 
 }  // namespace

@@ -314,14 +314,31 @@ constexpr std::array<WChar, 32> page1252 = {0x20AC, 0x0081, 0x201A, 0x0192, 0x20
                                             0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
                                             0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
+struct Mapping {
+    WChar unit;
+    unsigned char byte;
+};
+
+// What other code units become, in their order: those of the bytes 0x80 to 0x9F, and those that the Windows
+// conversion takes for a character that looks like them. It makes "?" of all the rest.
+constexpr auto bestFits = std::to_array<Mapping>({
+#include "platform/posix/bestfit1252.inc"
+});
+static_assert(std::is_sorted(bestFits.begin(), bestFits.end(), [](const Mapping& left, const Mapping& right) {
+    return left.unit < right.unit;
+}));
+
+char Page1252Byte(WChar unit) {
+    const auto found =
+        std::lower_bound(bestFits.begin(), bestFits.end(), unit,
+                         [](const Mapping& mapping, WChar wanted) { return mapping.unit < wanted; });
+    return found != bestFits.end() && found->unit == unit ? static_cast<char>(found->byte) : '?';
+}
+
 void Page1252FromWide(CountingWriter<char>& out, const WChar* text, const WChar* end) {
     for (; text != end; ++text) {
-        if (*text < 0x80 || (*text >= 0xA0 && *text <= 0xFF)) {
-            out.Put(static_cast<char>(*text));
-        } else {
-            const auto found = std::find(page1252.begin(), page1252.end(), *text);
-            out.Put(found != page1252.end() ? static_cast<char>(0x80 + (found - page1252.begin())) : '?');
-        }
+        const bool isSame = *text < 0x80 || (*text >= 0xA0 && *text <= 0xFF);
+        out.Put(isSame ? static_cast<char>(*text) : Page1252Byte(*text));
     }
 }
 

@@ -3,17 +3,28 @@
 
 #include <windows.h>
 
+#include <clocale>
 #include <cwchar>
 #include <cwctype>
 
 namespace platform {
 
+namespace {
+
+// Whatever locale the process has chosen: names that one program stored must be found by another.
+_locale_t InitialLocale() {
+    static const _locale_t initial = _create_locale(LC_ALL, "C");
+    return initial;
+}
+
+}  // namespace
+
 WChar ToUpper(WChar character) {
-    return static_cast<WChar>(std::towupper(character));
+    return static_cast<WChar>(_towupper_l(character, InitialLocale()));
 }
 
 WChar ToLower(WChar character) {
-    return static_cast<WChar>(std::towlower(character));
+    return static_cast<WChar>(_towlower_l(character, InitialLocale()));
 }
 
 WChar FoldCase(WChar character) {
@@ -24,15 +35,15 @@ WChar FoldCase(WChar character) {
 }
 
 bool IsSpace(WChar character) {
-    return std::iswspace(character) != 0;
+    return _iswspace_l(character, InitialLocale()) != 0;
 }
 
 bool IsDigit(WChar character) {
-    return std::iswdigit(character) != 0;
+    return _iswdigit_l(character, InitialLocale()) != 0;
 }
 
 int CompareNoCase(const WChar* left, const WChar* right) {
-    return _wcsicmp(left, right);
+    return _wcsicmp_l(left, right, InitialLocale());
 }
 
 }  // namespace platform

@@ -87,7 +87,7 @@ public:
     /// Ordinal comparison of all code units, embedded zeros included.
     int Compare(const CXString& text) const;
     /// Comparison without regard to case, by the C library's wide rule.
-    /// Case means the letters of ASCII unless the program has chosen another locale for its C library.
+    /// Case means the letters of ASCII, whichever locale the program has chosen for its C library.
     int CompareNoCase(const WChar* text) const;
     /// Same as Compare.
     int compare(const WChar* text) const { return Compare(text); }
@@ -135,8 +135,10 @@ public:
     void FormatV(const WChar* format, va_list arguments);
     /// Replaces the text by the platform's message for a text with numbered inserts: "%1" to "%99" stand for
     /// the arguments, wide strings unless a conversion follows ("%2!d!"); "%n" is a line end, "%0" ends the
-    /// message without one.
-    /// @throws ExceptionOperatingSystemFailure when the platform's formatter fails
+    /// message without one. There must be as many arguments as the highest number says.
+    /// @throws ExceptionOperatingSystemFailure when the text is malformed, a conversion is one of floating
+    /// point
+    ///         numbers or "n", or the message would be longer than 0x00FFFFFF code units
     void FormatMessageW(const WChar* format, ...);
 
     /// Removes white space (by the C library's wide test) from the beginning.
@@ -173,7 +175,8 @@ public:
     WChar* LockBuffer();
     void UnlockBuffer();
 
-    /// Converts to the ANSI code page, terminator included.
+    /// Converts to the ANSI code page, terminator included. A character that it lacks becomes one that looks
+    /// like it, if there is one, and else "?".
     ///
     /// @param buffer  receives the bytes; null with a size of 0 asks for the size needed
     /// @param size    bytes available

@@ -23,7 +23,9 @@ NVUTIL_API ByteBuffer UTF8_Encode(const WChar* text);
 /// @return empty when the text is null or shorter than two bytes, or memory runs out
 NVUTIL_API ByteBuffer UTF8_Decode(const char* text);
 
-/// Converts a terminated text to the system's ANSI code page; characters that it lacks become "?".
+/// Converts a terminated text to the system's ANSI code page. A character that it lacks becomes one that
+/// looks like it, if there is one ("L" for U+0141, "/" for U+FF0F), and else "?": two texts can have one
+/// result.
 /// @param out   receives the text and its terminator; the empty text when that does not fit
 /// @param size  bytes available at `out`
 /// @return whether the whole text fitted; false when a pointer is null

@@ -2,15 +2,11 @@
 #include "utilities/utilitiesdll/number.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <limits>
-#include <string>
 
 #include "platform/widechar.h"
-#include "utilities/utilitiesdll/formattext.h"
-#include "utilities/utilitiesdll/textresourceloader.h"
-#include "utilities/utilitiesdll/textresources.h"
+#include "utilities/utilitiesdll/numbersigns.h"
 
 namespace {
 
@@ -38,46 +34,8 @@ float PowerOfTen(int exponent) {
     return exponent < 0 ? 1 / power : power;
 }
 
-// How numbers are written, from the text resources.
-struct NumberSigns {
-    WChar decimalSeparator = NV_TEXT('.');
-    WChar thousandsSeparator = NV_TEXT(',');
-    WChar minus = NV_TEXT('-');
-};
-
-const NumberSigns& GetNumberSigns() {
-    static const NumberSigns signs = [] {
-        NumberSigns loaded;
-        const CXString decimal = TextResourceLoader::GetText(textresources::decimalSeparator);
-        const CXString thousands = TextResourceLoader::GetText(textresources::thousandsSeparator);
-        if (decimal.GetLength() > 0) loaded.decimalSeparator = decimal[0];
-        if (thousands.GetLength() > 0) loaded.thousandsSeparator = thousands[0];
-        if (thousands.GetLength() > 1) loaded.minus = thousands[1];
-        return loaded;
-    }();
-    return signs;
-}
-
 bool IsDecimalDigit(WChar character) {
     return character >= NV_TEXT('0') && character <= NV_TEXT('9');
-}
-
-int SkipSpace(const CXString& text) {
-    int position = 0;
-    while (position < text.GetLength() && platform::IsSpace(text[position]))
-        ++position;
-    return position;
-}
-
-// Appends the digits from a position on, without the separators between them; returns the position behind.
-int AppendDigits(const CXString& text, int position, WChar separator, std::string& digits) {
-    for (;; ++position) {
-        if (IsDecimalDigit(text[position])) {
-            digits += static_cast<char>(text[position]);
-        } else if (separator == 0 || text[position] != separator || !IsDecimalDigit(text[position + 1])) {
-            return position;
-        }
-    }
 }
 
 // The value of a hexadecimal digit, or -1.
@@ -104,49 +62,20 @@ CXString Number::GetDumpDisplayString(int decimals, double threshold) const {
 
 CXString Number::GetStringValueHelper(int decimals, double threshold, bool stripTrailingZeros,
                                       bool groupThousands) const {
-    constexpr int mostDecimals = 15;
-    decimals = std::clamp(decimals, 0, mostDecimals);
-    const NumberSigns& signs = GetNumberSigns();
-
+    decimals = std::clamp(decimals, 0, NumberSigns::mostDecimals);
     const double rounded = std::abs(Round(m_value, decimals, threshold)) - nudge;
-    const CXString digits = FormatText(NV_TEXT("%.*f"), decimals, rounded < 0 ? 0.0 : rounded);
-    CXString integer = digits.SpanExcluding(NV_TEXT("."));
-    CXString fraction = digits.Right(decimals);
-    const bool isZero = digits.SpanIncluding(NV_TEXT("0.")).GetLength() == digits.GetLength();
-
-    if (groupThousands) {
-        for (int position = integer.GetLength() - 3; position > 0; position -= 3) {
-            integer.Insert(position, signs.thousandsSeparator);
-        }
-    }
-    if (stripTrailingZeros) fraction.TrimRight(NV_TEXT('0'));
-    CXString text = fraction.IsEmpty() ? integer : integer + signs.decimalSeparator + fraction;
-    return m_value < 0 && !isZero ? signs.minus + text : text;
+    return NumberSigns::OfResources().Write(rounded < 0 ? 0.0 : rounded, m_value < 0, decimals,
+                                            stripTrailingZeros, groupThousands);
 }
 
 bool Number::SetStringValue(const CXString& text) {
-    const NumberSigns& signs = GetNumberSigns();
-    const WChar thousands = signs.thousandsSeparator != NV_TEXT('.') ? signs.thousandsSeparator : WChar{0};
-    int position = SkipSpace(text);
-    const bool negative = text[position] == NV_TEXT('-') || text[position] == signs.minus;
-    if (negative || text[position] == NV_TEXT('+')) ++position;
-
-    std::string digits;
-    position = AppendDigits(text, position, thousands, digits);
-    if (text[position] == signs.decimalSeparator || text[position] == NV_TEXT('.')) {
-        digits += '.';
-        AppendDigits(text, position + 1, 0, digits);
-    }
-
-    double value = 0;
-    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    const bool isNumber = result.ec == std::errc();
-    m_value = !isNumber ? 0 : negative ? -value : value;
-    return isNumber;
+    return NumberSigns::OfResources().Read(text, m_value);
 }
 
 std::int32_t Number::ConvertHexStringToDecimalInt(const CXString& text) {
-    int position = SkipSpace(text);
+    int position = 0;
+    while (position < text.GetLength() && platform::IsSpace(text[position]))
+        ++position;
     const bool hasPrefix =
         text[position] == NV_TEXT('0') && platform::ToLower(text[position + 1]) == NV_TEXT('x');
     if (hasPrefix) position += 2;

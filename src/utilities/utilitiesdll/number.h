@@ -29,7 +29,9 @@ public:
 
     /// The rounded value as text, "-1,234.50".
     ///
-    /// The separators and the minus sign are text resources. A value that is rounded to zero has no sign.
+    /// The separators and the minus sign are text resources; no locale of the process has a part in it. A
+    /// value that is rounded to zero has no sign. SetStringValue reads every such text as the number that it
+    /// shows.
     /// @param decimals            digits behind the separator, cut to the range from 0 to 15
     /// @param stripTrailingZeros  leaves out closing zeros of the fraction, and the separator with the last
     /// @param groupThousands      separates groups of three digits in front of the decimal separator
@@ -41,7 +43,9 @@ public:
     /// Reads a number: white space, a sign, digits, a decimal separator, digits. What follows is ignored.
     ///
     /// The decimal separator is that of the text resources or a full stop. The thousands separator of the
-    /// resources may stand in front of it unless it is a full stop. There is no exponent.
+    /// resources may stand in front of it; where that is a full stop, full stops separate groups if they make
+    /// groups of three digits of all digits in front of the decimal separator ("1.234", "12.345.678,9"), and
+    /// otherwise the first is the decimal separator ("8.5", "0.125"). There is no exponent.
     /// @return whether there was a number; the value is 0 otherwise
     bool SetStringValue(const CXString& text);
 

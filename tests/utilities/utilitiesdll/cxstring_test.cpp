@@ -10,6 +10,7 @@
 
 #include "support/bytes.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
+#include "utilities/utilitiesdll/crc32.h"
 
 namespace {
 
@@ -321,6 +322,14 @@ TEST(CXStringTest, MapsCodePage1252BothWays) {
         EXPECT_EQ(std::string(text.GetAsMultiByte().data()), bytes);
     }
     EXPECT_EQ(std::string(Text(NV_TEXT("a\x4E2D\xD83D\xDE00z")).GetAsMultiByte().data()), "a???z");
+    // What the code page lacks becomes a character that looks like it, if there is one.
+    EXPECT_EQ(std::string(Text(NV_TEXT("\x0141\x2010\xFF0F\x0416")).GetAsMultiByte().data()), "L-/?");
+    CXString all(NV_TEXT('\1'), 0xFFFF);
+    for (int unit = 1; unit <= 0xFFFF; ++unit)
+        all.SetAt(unit - 1, static_cast<WChar>(unit));
+    const std::vector<char> bytes = all.GetAsMultiByte();
+    EXPECT_EQ(Crc32::GetCrc(reinterpret_cast<const BYTE*>(bytes.data()), static_cast<DWORD>(bytes.size())),
+              0x5BDB4537U);
     EXPECT_EQ(CXString("a\0b", 3), CXString(NV_TEXT("a\0b"), 3));
     CXString assigned(NV_TEXT("long text before"));
     assigned = "\xE4";

@@ -38,6 +38,7 @@ TEST(CXStringFormatTest, Integers) {
     EXPECT_EQ(Formatted(NV_TEXT("%*d|%*d|%-*d|%.*d|%.*d"), 4, 5, -4, 5, 4, 5, 3, 5, -3, 5),
               "   5|5   |5   |005|5");
     EXPECT_EQ(Formatted(NV_TEXT("%Fd|%Nd|%Lx"), 5, 6, 7), "5|6|7");
+    EXPECT_EQ(Formatted(NV_TEXT("%.400d"), 5), std::string(399, '0') + "5");
     EXPECT_EQ(Formatted(NV_TEXT("%p"), reinterpret_cast<void*>(std::uintptr_t{0x12AB})), "00000000000012AB");
 }
 
@@ -45,7 +46,8 @@ TEST(CXStringFormatTest, Text) {
     const auto* noWide = static_cast<const WChar*>(nullptr);
     const auto* noNarrow = static_cast<const char*>(nullptr);
     EXPECT_EQ(Formatted(NV_TEXT("%s|%ls|%ws"), NV_TEXT("a"), NV_TEXT("b"), NV_TEXT("c")), "a|b|c");
-    EXPECT_EQ(Formatted(NV_TEXT("%S|%hs|%hS|%lS"), "a", "b", "c", NV_TEXT("d")), "a|b|c|d");
+    EXPECT_EQ(Formatted(NV_TEXT("%S|%hs|%hS|%lS|%wS"), "a", "b", "c", NV_TEXT("d"), NV_TEXT("e")),
+              "a|b|c|d|e");
     EXPECT_EQ(Formatted(NV_TEXT("%s|%S|%.3s"), noWide, noNarrow, noWide), "(null)|(null)|(nu");
     EXPECT_EQ(Formatted(NV_TEXT("%5s|%-5s|%.2s|%.0s|%5.1s"), NV_TEXT("ab"), NV_TEXT("ab"), NV_TEXT("abc"),
                         NV_TEXT("x"), NV_TEXT("yz")),
@@ -62,6 +64,19 @@ TEST(CXStringFormatTest, PrecisionLimitsTextWithoutTerminator) {
     const WChar wide[] = {NV_TEXT('a'), NV_TEXT('b')};
     const char narrow[] = {'c', 'd'};
     EXPECT_EQ(Formatted(NV_TEXT("%.2s%.2S"), wide, narrow), "abcd");
+}
+
+// The sizes of integers say nothing about texts, which would otherwise be read beyond their ends.
+TEST(CXStringFormatTest, OnlySizesOfCharactersDecideWhichTextItIs) {
+    const std::string narrow = "n";
+    const std::basic_string<WChar> wide = NV_TEXT("w");
+    for (const char* size : {"", "I32", "I64", "ll", "j", "t", "z", "L"}) {
+        const CXString prefix(size);
+        EXPECT_EQ(Formatted(NV_TEXT("%") + prefix + NV_TEXT("S"), narrow.c_str()), "n") << size;
+        EXPECT_EQ(Formatted(NV_TEXT("%") + prefix + NV_TEXT("s"), wide.c_str()), "w") << size;
+        EXPECT_EQ(Formatted(NV_TEXT("%") + prefix + NV_TEXT("C"), 0x4E41), "A") << size;
+        EXPECT_EQ(Formatted(NV_TEXT("%") + prefix + NV_TEXT("c"), 0x4E41), Narrow(NV_TEXT("\x4E41"))) << size;
+    }
 }
 
 TEST(CXStringFormatTest, FloatingPointRoundsTiesAwayFromZero) {
@@ -137,6 +152,30 @@ TEST(CXStringFormatTest, ExpandsMessages) {
     EXPECT_EQ(text, NV_TEXT("100% . ! \r\n\r\nx\tx|123"));
     text.FormatMessageW(NV_TEXT(""));
     EXPECT_TRUE(text.IsEmpty());
+}
+
+TEST(CXStringFormatTest, InsertsOfMessagesAreBounded) {
+    CXString text;
+    text.FormatMessageW(NV_TEXT("%1!.40d!|%2!*d!|%4!-*.*s!|"), 5, 4, 7, 3, 1, NV_TEXT("xyz"));
+    EXPECT_EQ(text, CXString(NV_TEXT('0'), 39) + NV_TEXT("5|   7|x  |"));
+    for (const WChar* format : {NV_TEXT("%1!99999d!"), NV_TEXT("%1!.2000000000x!"), NV_TEXT("%2!*d!")}) {
+        text.FormatMessageW(format, 5, 2000000000, 5);
+        EXPECT_EQ(text.GetLength(), 0xFFFF) << Narrow(format);
+    }
+    std::basic_string<WChar> many;
+    for (int i = 0; i < 300; ++i)
+        many += NV_TEXT("%1!65535d!");
+    EXPECT_THROW(text.FormatMessageW(many.c_str(), 5), ExceptionOperatingSystemFailure);
+}
+
+TEST(CXStringFormatTest, MessagesStoreNothing) {
+    int stored = -7;
+    CXString text;
+    for (const WChar* format :
+         {NV_TEXT("%1!n!"), NV_TEXT("%1!hn!"), NV_TEXT("%1!I64n!"), NV_TEXT("%1!d%n!")}) {
+        EXPECT_THROW(text.FormatMessageW(format, &stored), ExceptionOperatingSystemFailure) << Narrow(format);
+    }
+    EXPECT_EQ(stored, -7);
 }
 
 TEST(CXStringFormatTest, MalformedMessageThrowsAndKeepsTheText) {

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "support/bytes.h"
+#include "utilities/utilitiesdll/numbersigns.h"
 
 namespace {
 
@@ -113,6 +114,69 @@ TEST(NumberTest, ReadsText) {
     }
     EXPECT_FALSE(Number(0).SetStringValue(CXString(NV_TEXT('9'), 400)));
     EXPECT_EQ(Number(CXString(NV_TEXT("2.5"))), Number(2.5));
+}
+
+TEST(NumberTest, ReadsAllThatItWritesInAnySigns) {
+    const struct {
+        const WChar* decimal;
+        const WChar* thousands;
+        const char* expected;  ///< -1234567.5 with groups and two decimals.
+    } cases[] = {
+        {NV_TEXT("."), NV_TEXT(","), "-1,234,567.50"},   {NV_TEXT(","), NV_TEXT("."), "-1.234.567,50"},
+        {NV_TEXT(","), NV_TEXT(" "), "-1 234 567,50"},   {NV_TEXT("."), NV_TEXT("'~"), "~1'234'567.50"},
+        {NV_TEXT(""), NV_TEXT(""), "-1,234,567.50"},     {NV_TEXT(" "), NV_TEXT("--"), "-1-234-567 50"},
+        {NV_TEXT(","), NV_TEXT(",."), "-1234567,50"},    {NV_TEXT("1"), NV_TEXT("23"), "-1234567.50"},
+        {NV_TEXT(","), NV_TEXT(".\t"), "-1.234.567,50"}, {NV_TEXT("~"), NV_TEXT("_~"), "-1_234_567~50"},
+    };
+    for (const auto& c : cases) {
+        const NumberSigns signs(c.decimal, c.thousands);
+        EXPECT_EQ(Narrow(signs.Write(1234567.5, true, 2, false, true)), c.expected);
+        for (const double number :
+             {0.0, 0.125, 1.0, -12.3, 123.0, 123.456, 1000.0, -1234.567, 9007199254740992.0}) {
+            for (int way = 0; way < 8; ++way) {
+                const int decimals = (way & 1) != 0 ? 3 : 0;
+                const double shown = decimals != 0 ? number : std::trunc(number);
+                const CXString text =
+                    signs.Write(std::abs(shown), number < 0, decimals, (way & 2) != 0, (way & 4) != 0);
+                double value = 99;
+                EXPECT_TRUE(signs.Read(text, value)) << Narrow(text);
+                EXPECT_EQ(value, shown) << Narrow(text);
+            }
+        }
+    }
+}
+
+TEST(NumberTest, FullStopsSeparateGroupsOnlyWhereAllAreGroups) {
+    const NumberSigns signs(NV_TEXT(","), NV_TEXT("."));
+    const struct {
+        const WChar* text;
+        double expected;
+    } cases[] = {
+        {NV_TEXT("1.234"), 1234},
+        {NV_TEXT("12.345.678,9 mm"), 12345678.9},
+        {NV_TEXT("1.234."), 1234},
+        {NV_TEXT("8.5"), 8.5},
+        {NV_TEXT("0.125"), 0.125},
+        {NV_TEXT("1.2345"), 1.2345},
+        {NV_TEXT("1234.567"), 1234.567},
+        {NV_TEXT("1.234.56"), 1.234},
+        {NV_TEXT(".5"), 0.5},
+    };
+    for (const auto& c : cases) {
+        double value = 99;
+        EXPECT_TRUE(signs.Read(c.text, value)) << Narrow(c.text);
+        EXPECT_EQ(value, c.expected) << Narrow(c.text);
+    }
+}
+
+TEST(NumberTest, WritesHalvesAwayFromZero) {
+    const NumberSigns signs(NV_TEXT("."), NV_TEXT(","));
+    EXPECT_EQ(Narrow(signs.Write(0.5, false, 0, false, false)), "1");
+    EXPECT_EQ(Narrow(signs.Write(9.5, false, 0, false, false)), "10");
+    EXPECT_EQ(Narrow(signs.Write(99.96875, false, 4, false, false)), "99.9688");
+    EXPECT_EQ(Narrow(signs.Write(0.000030517578125, false, 14, false, false)), "0.00003051757813");
+    // Two such numbers are further apart than what is written.
+    EXPECT_EQ(Narrow(signs.Write(1125899906842624.25, false, 1, false, false)), "1125899906842624.3");
 }
 
 TEST(NumberTest, ReadsHexadecimalText) {

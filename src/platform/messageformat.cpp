@@ -1,7 +1,9 @@
-// A formatter of messages with numbered inserts.
+// A formatter of messages with numbered inserts, for every platform: the operating system's own would store
+// through an insert "%1!n!".
 #include "platform/messageformat.h"
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -13,7 +15,10 @@ namespace platform {
 
 namespace {
 
-constexpr std::size_t maxInsertLength = 0xFFFF;  // of the system's own formatter
+using TextView = std::basic_string_view<WChar>;
+
+constexpr std::size_t maxInsertLength = 0xFFFF;       // of the Windows formatter
+constexpr std::size_t maxMessageLength = 0x00FFFFFF;  // since few characters can ask for a long insert
 
 // The arguments by number, each as wide as a pointer, fetched as far as they have been asked for.
 class InsertArguments {
@@ -34,52 +39,49 @@ private:
     std::vector<std::uintptr_t> m_fetched;
 };
 
-std::size_t FormatConverted(Text& out, const WChar* format, ...) {
+void AppendConverted(Text& out, const WChar* format, ...) {
+    const auto converted = std::make_unique_for_overwrite<WChar[]>(maxInsertLength + 1);
     va_list arguments;
     va_start(arguments, format);
-    const std::size_t length = FormatWide(out.data(), out.size(), format, arguments);
+    const std::size_t length = FormatWide(converted.get(), maxInsertLength + 1, format, arguments);
     va_end(arguments);
-    return length;
+    out.append(converted.get(), length);
 }
 
 // Formats one argument, after those that its conversion takes as width and precision.
+// @return whether messages know the conversion: they have neither floating point nor stores
 template <class... Stars>
 bool FormatArgument(Text& out, const Text& format, const FormatConversion& conversion,
                     std::uintptr_t argument, Stars... stars) {
-    Text converted(maxInsertLength + 1, u'\0');
-    std::size_t length = 0;
     switch (conversion.type) {
         case 0:
-            break;
-        case u's':
-        case u'S':
-        case u'p':
-            length =
-                FormatConverted(converted, format.c_str(), stars..., reinterpret_cast<const void*>(argument));
-            break;
-        case u'c':
-        case u'C':
-        case u'd':
-        case u'i':
-        case u'o':
-        case u'u':
-        case u'x':
-        case u'X':
-            length = conversion.size == FormatConversion::Size::Bits64
-                         ? FormatConverted(converted, format.c_str(), stars...,
-                                           static_cast<std::int64_t>(argument))
-                         : FormatConverted(converted, format.c_str(), stars..., static_cast<int>(argument));
-            break;
+            return true;
+        case NV_TEXT('s'):
+        case NV_TEXT('S'):
+        case NV_TEXT('p'):
+            AppendConverted(out, format.c_str(), stars..., reinterpret_cast<const void*>(argument));
+            return true;
+        case NV_TEXT('c'):
+        case NV_TEXT('C'):
+        case NV_TEXT('d'):
+        case NV_TEXT('i'):
+        case NV_TEXT('o'):
+        case NV_TEXT('u'):
+        case NV_TEXT('x'):
+        case NV_TEXT('X'):
+            if (conversion.size == FormatConversion::Size::Bits64)
+                AppendConverted(out, format.c_str(), stars..., static_cast<std::int64_t>(argument));
+            else
+                AppendConverted(out, format.c_str(), stars..., static_cast<int>(argument));
+            return true;
         default:
             return false;
     }
-    out.append(converted, 0, length);
-    return true;
 }
 
 // Formats an insert by the conversion between its exclamation marks.
-bool ConvertInsert(Text& out, std::size_t number, std::u16string_view written, InsertArguments& arguments) {
-    const Text format = u'%' + Text(written);
+bool ConvertInsert(Text& out, std::size_t number, TextView written, InsertArguments& arguments) {
+    const Text format = NV_TEXT('%') + Text(written);
     const WChar* cursor = format.c_str() + 1;
     const FormatConversion conversion = ReadFormatConversion(cursor);
     if (cursor != format.c_str() + format.size()) return false;
@@ -97,23 +99,23 @@ bool ConvertInsert(Text& out, std::size_t number, std::u16string_view written, I
 }
 
 bool IsDecimalDigit(WChar character) {
-    return character >= u'0' && character <= u'9';
+    return character >= NV_TEXT('0') && character <= NV_TEXT('9');
 }
 
 // Expands an insert.
 // @param cursor  at the first digit of its number; afterwards behind the insert
 bool ExpandInsert(Text& out, const WChar*& cursor, InsertArguments& arguments) {
-    std::size_t number = static_cast<std::size_t>(*cursor++ - u'0');
-    if (IsDecimalDigit(*cursor)) number = number * 10 + static_cast<std::size_t>(*cursor++ - u'0');
+    std::size_t number = static_cast<std::size_t>(*cursor++ - NV_TEXT('0'));
+    if (IsDecimalDigit(*cursor)) number = number * 10 + static_cast<std::size_t>(*cursor++ - NV_TEXT('0'));
 
-    if (*cursor != u'!') {
+    if (*cursor != NV_TEXT('!')) {
         const auto* text = reinterpret_cast<const WChar*>(arguments.Get(number));
-        out.append(text != nullptr ? text : u"(null)");
+        out.append(text != nullptr ? text : NV_TEXT("(null)"));
         return true;
     }
-    const std::u16string_view rest(cursor + 1);
-    const std::size_t end = rest.find(u'!');
-    if (end == std::u16string_view::npos) return false;
+    const TextView rest(cursor + 1);
+    const std::size_t end = rest.find(NV_TEXT('!'));
+    if (end == TextView::npos) return false;
     cursor += end + 2;
     return ConvertInsert(out, number, rest.substr(0, end), arguments);
 }
@@ -123,14 +125,14 @@ bool ExpandEscape(Text& out, const WChar*& cursor) {
     switch (*cursor) {
         case 0:
             return false;
-        case u'n':
-            out += u"\r\n";
+        case NV_TEXT('n'):
+            out += NV_TEXT("\r\n");
             break;
-        case u'r':
-            out += u'\r';
+        case NV_TEXT('r'):
+            out += NV_TEXT('\r');
             break;
-        case u't':
-            out += u'\t';
+        case NV_TEXT('t'):
+            out += NV_TEXT('\t');
             break;
         default:
             out += *cursor;
@@ -147,17 +149,18 @@ bool ExpandMessage(const WChar* format, va_list list, Text& text) {
     const WChar* cursor = format;
     while (*cursor != 0) {
         const WChar character = *cursor++;
-        if (character == u'%') {
-            if (*cursor == u'0') break;
+        if (character == NV_TEXT('%')) {
+            if (*cursor == NV_TEXT('0')) break;
             const bool isInsert = IsDecimalDigit(*cursor);
             if (!(isInsert ? ExpandInsert(expanded, cursor, arguments) : ExpandEscape(expanded, cursor)))
                 return false;
-        } else if (character == u'\r' || character == u'\n') {
-            if (character == u'\r' && *cursor == u'\n') ++cursor;
-            expanded += u"\r\n";
+        } else if (character == NV_TEXT('\r') || character == NV_TEXT('\n')) {
+            if (character == NV_TEXT('\r') && *cursor == NV_TEXT('\n')) ++cursor;
+            expanded += NV_TEXT("\r\n");
         } else {
             expanded += character;
         }
+        if (expanded.size() > maxMessageLength) return false;
     }
     text = std::move(expanded);
     return true;

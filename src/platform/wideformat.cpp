@@ -1,4 +1,6 @@
-// A bounded wide formatter with the conversions of the Windows C library.
+// A bounded wide formatter with the conversions of the Windows C library, for every platform. That library's
+// own depends on the locale of the process, stores through "%n", reads some prefixes in other ways from
+// version to version, and not every version holds precisions of integers to its buffer.
 #include "platform/wideformat.h"
 
 #include <algorithm>
@@ -63,11 +65,11 @@ void WritePadded(BoundedWriter& out, const FormatConversion& conversion, std::st
     const std::size_t width = Unsigned(conversion.width);
     const std::size_t padding = width > length ? width - length : 0;
     const bool zeros = conversion.zeroPadded && !conversion.leftAligned;
-    if (!conversion.leftAligned && !zeros) out.Fill(u' ', padding);
+    if (!conversion.leftAligned && !zeros) out.Fill(NV_TEXT(' '), padding);
     out.Write(prefix);
-    if (zeros) out.Fill(u'0', padding);
+    if (zeros) out.Fill(NV_TEXT('0'), padding);
     writeBody();
-    if (conversion.leftAligned) out.Fill(u' ', padding);
+    if (conversion.leftAligned) out.Fill(NV_TEXT(' '), padding);
 }
 
 std::string_view SignOf(const FormatConversion& conversion, bool negative) {
@@ -102,7 +104,7 @@ void WriteDigits(BoundedWriter& out, FormatConversion conversion, std::string_vi
     const std::size_t zeros = minimum > digits.size() ? minimum - digits.size() : 0;
     if (conversion.precision >= 0) conversion.zeroPadded = false;
     WritePadded(out, conversion, prefix, zeros + digits.size(), [&] {
-        out.Fill(u'0', zeros);
+        out.Fill(NV_TEXT('0'), zeros);
         out.Write(digits);
     });
 }
@@ -125,9 +127,9 @@ void WriteSigned(BoundedWriter& out, const FormatConversion& conversion, std::in
 }
 
 void WriteUnsigned(BoundedWriter& out, const FormatConversion& conversion, std::uint64_t value) {
-    const bool upperCase = conversion.type == u'X';
-    const bool octal = conversion.type == u'o';
-    const bool decimal = conversion.type == u'u';
+    const bool upperCase = conversion.type == NV_TEXT('X');
+    const bool octal = conversion.type == NV_TEXT('o');
+    const bool decimal = conversion.type == NV_TEXT('u');
     std::string digits;
     if (value != 0 || conversion.precision != 0) {
         digits = Digits(value, octal ? 8 : decimal ? 10 : 16, upperCase);
@@ -205,9 +207,9 @@ void WriteDigitRange(BoundedWriter& out, std::string_view digits, std::int64_t b
     const std::int64_t zerosBefore = std::clamp<std::int64_t>(-begin, 0, end - begin);
     const std::int64_t first = std::clamp<std::int64_t>(begin, 0, size);
     const std::int64_t last = std::clamp<std::int64_t>(end, first, size);
-    out.Fill(u'0', static_cast<std::size_t>(zerosBefore));
+    out.Fill(NV_TEXT('0'), static_cast<std::size_t>(zerosBefore));
     out.Write(digits.substr(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first)));
-    out.Fill(u'0', static_cast<std::size_t>(end - begin - zerosBefore - (last - first)));
+    out.Fill(NV_TEXT('0'), static_cast<std::size_t>(end - begin - zerosBefore - (last - first)));
 }
 
 std::string ExponentText(char letter, int exponent, std::size_t leastDigits) {
@@ -225,7 +227,7 @@ void WriteFixed(BoundedWriter& out, const FormatConversion& conversion, std::str
     const std::int64_t length = std::max<std::int64_t>(units, 1) + (separator ? 1 : 0) + precision;
     WritePadded(out, conversion, sign, static_cast<std::size_t>(length), [&] {
         WriteDigitRange(out, decimal.digits, std::min<std::int64_t>(units - 1, 0), units);
-        if (separator) out.Put(u'.');
+        if (separator) out.Put(NV_TEXT('.'));
         WriteDigitRange(out, decimal.digits, units, units + precision);
     });
 }
@@ -238,7 +240,7 @@ void WriteScientific(BoundedWriter& out, const FormatConversion& conversion, std
     const std::int64_t length = 1 + (separator ? 1 : 0) + precision;
     WritePadded(out, conversion, sign, static_cast<std::size_t>(length) + exponent.size(), [&] {
         WriteDigitRange(out, decimal.digits, 0, 1);
-        if (separator) out.Put(u'.');
+        if (separator) out.Put(NV_TEXT('.'));
         WriteDigitRange(out, decimal.digits, 1, 1 + precision);
         out.Write(std::string_view(exponent));
     });
@@ -296,7 +298,7 @@ void WriteHexadecimal(BoundedWriter& out, const FormatConversion& conversion, do
     const std::size_t length = 1 + (separator ? 1 : 0) + Unsigned(precision) + exponentText.size();
     WritePadded(out, conversion, prefix, length, [&] {
         WriteDigitRange(out, digits, 0, 1);
-        if (separator) out.Put(u'.');
+        if (separator) out.Put(NV_TEXT('.'));
         WriteDigitRange(out, digits, 1, std::int64_t{precision} + 1);
         out.Write(std::string_view(exponentText));
     });
@@ -308,18 +310,18 @@ void WriteDouble(BoundedWriter& out, const FormatConversion& conversion, double 
     const std::string_view sign = SignOf(conversion, std::signbit(value));
     const double magnitude = std::isnan(value) ? value : std::abs(value);
     switch (conversion.type) {
-        case u'f':
+        case NV_TEXT('f'):
             return WriteFixed(out, conversion, sign, ExactDecimal(magnitude), precision);
-        case u'e':
-        case u'E':
+        case NV_TEXT('e'):
+        case NV_TEXT('E'):
             return WriteScientific(out, conversion, sign, ExactDecimal(magnitude), precision,
-                                   conversion.type == u'E');
-        case u'g':
-        case u'G':
+                                   conversion.type == NV_TEXT('E'));
+        case NV_TEXT('g'):
+        case NV_TEXT('G'):
             return WriteGeneral(out, conversion, sign, ExactDecimal(magnitude), precision,
-                                conversion.type == u'G');
+                                conversion.type == NV_TEXT('G'));
         default:
-            return WriteHexadecimal(out, conversion, value, conversion.type == u'A');
+            return WriteHexadecimal(out, conversion, value, conversion.type == NV_TEXT('A'));
     }
 }
 
@@ -345,33 +347,33 @@ void WriteConversion(BoundedWriter& out, FormatConversion conversion, FormatArgu
     if (conversion.widthIsArgument) conversion.SetWidth(va_arg(arguments.list, int));
     if (conversion.precisionIsArgument) conversion.precision = va_arg(arguments.list, int);
     switch (conversion.type) {
-        case u's':
-        case u'S':
+        case NV_TEXT('s'):
+        case NV_TEXT('S'):
             if (conversion.IsNarrowText())
                 return WriteText(out, conversion, va_arg(arguments.list, const char*));
             return WriteText(out, conversion, va_arg(arguments.list, const WChar*));
-        case u'c':
-        case u'C':
+        case NV_TEXT('c'):
+        case NV_TEXT('C'):
             return WriteCharacter(out, conversion, va_arg(arguments.list, int));
-        case u'd':
-        case u'i':
+        case NV_TEXT('d'):
+        case NV_TEXT('i'):
             return WriteSigned(out, conversion, FetchSigned(conversion, arguments));
-        case u'o':
-        case u'u':
-        case u'x':
-        case u'X':
+        case NV_TEXT('o'):
+        case NV_TEXT('u'):
+        case NV_TEXT('x'):
+        case NV_TEXT('X'):
             return WriteUnsigned(out, conversion, FetchUnsigned(conversion, arguments));
-        case u'e':
-        case u'E':
-        case u'f':
-        case u'g':
-        case u'G':
-        case u'a':
-        case u'A':
+        case NV_TEXT('e'):
+        case NV_TEXT('E'):
+        case NV_TEXT('f'):
+        case NV_TEXT('g'):
+        case NV_TEXT('G'):
+        case NV_TEXT('a'):
+        case NV_TEXT('A'):
             return WriteDouble(out, conversion, va_arg(arguments.list, double));
-        case u'p':
+        case NV_TEXT('p'):
             return WritePointer(out, conversion, va_arg(arguments.list, const void*));
-        case u'n':
+        case NV_TEXT('n'):
             static_cast<void>(va_arg(arguments.list, void*));
             return;
         case 0:
@@ -387,9 +389,9 @@ std::size_t FormatWide(WChar* out, std::size_t capacity, const WChar* format, va
     BoundedWriter writer(out, capacity);
     FormatArguments arguments(list);
     while (*format != 0) {
-        if (*format != u'%') {
+        if (*format != NV_TEXT('%')) {
             writer.Put(*format++);
-        } else if (*++format == u'%') {
+        } else if (*++format == NV_TEXT('%')) {
             writer.Put(*format++);
         } else {
             const FormatConversion conversion = ReadFormatConversion(format);
