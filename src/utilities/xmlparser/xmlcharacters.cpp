@@ -64,6 +64,7 @@ void XmlCharacters::Load(const platform::CharacterSet& set, bool isEucJp) {
         m_pairs[(0x8E - firstHigh) * 256 + kana] = Agreed(static_cast<char16_t>(reader.Read({sequence, 2})));
     }
     m_triples = ReadPairs(reader, std::string(1, static_cast<char>(thirdSet)), firstByte, nullptr);
+    m_triples[(0xA2 - firstHigh) * 256 + 0xB7] = u'\uFF5E';  // to some platforms the tilde of ASCII
 }
 
 void XmlCharacters::Apply(const Exceptions& exceptions) {
