@@ -79,8 +79,8 @@ ComPointer<IStream> CreateStream(HGLOBAL memory, bool deleteOnRelease) {
     return stream;
 }
 
-/// A text in UTF-8 whose declaration, where it has one, names another encoding from now on. Names that are
-/// shorter make place for blanks, so that what follows keeps its column.
+/// A text in UTF-8 whose declaration, where it has one, names another encoding from now on. For an engine,
+/// longer names make place for blanks, so that what follows keeps its column.
 std::string Redeclared(std::string_view text, std::string_view encoding) {
     std::string changed(text);
     const std::string_view name = DeclaredEncodingOf(text);
@@ -88,7 +88,7 @@ std::string Redeclared(std::string_view text, std::string_view encoding) {
     const auto at = static_cast<std::size_t>(name.data() - text.data());
     const char quote = text[at + name.size()];
     std::string value = std::string(encoding) + quote;
-    if (encoding.size() < name.size()) value.append(name.size() - encoding.size(), ' ');
+    if (encoding == utf8 && encoding.size() < name.size()) value.append(name.size() - encoding.size(), ' ');
     return changed.replace(at, name.size() + 1, value);
 }
 
