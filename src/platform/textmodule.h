@@ -6,7 +6,8 @@
 
 namespace platform {
 
-/// Loads a text from the module, which is looked for once, beside the library and nowhere else.
+/// Loads a text from the module, which is looked for once, beside the library and nowhere else: in the folder
+/// that the library was loaded from, wherever the process has gone since.
 /// @return whether the module is there and has the text; `text` is unchanged otherwise
 bool LoadTextFromModule(unsigned id, Text& text);
 

@@ -3,6 +3,9 @@
 
 #include <dlfcn.h>
 
+#include <climits>
+#include <cstdlib>
+#include <cstring>
 #include <string>
 
 namespace platform {
@@ -12,23 +15,25 @@ namespace {
 // Exported by the module: the text of an identifier, or null; the text lives as long as the module.
 using TextFunction = const WChar* (*)(unsigned id);
 
-// Path of a file beside the library; empty when the library's own path is not known.
-std::string PathBesideLibrary(const char* name) {
+// The library's folder, empty while it is not known. Text is asked for later, when a relative path could lead
+// to another folder, perhaps by threads that outlive everything that has a destructor.
+char folder[PATH_MAX];
+
+[[gnu::constructor]] void RememberFolder() {
     Dl_info library;
     if (dladdr(reinterpret_cast<const void*>(&LoadTextFromModule), &library) == 0 ||
         library.dli_fname == nullptr) {
-        return {};
+        return;
     }
-    std::string path(library.dli_fname);
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos) return {};  // a bare name would be searched for elsewhere
-    return path.replace(slash + 1, std::string::npos, name);
+    const char* const slash = std::strrchr(library.dli_fname, '/');
+    if (slash == nullptr) return;  // a bare name would be searched for elsewhere
+    const std::string path(library.dli_fname, static_cast<std::size_t>(slash - library.dli_fname) + 1);
+    if (realpath(path.c_str(), folder) == nullptr) folder[0] = '\0';
 }
 
 TextFunction FindTextFunction() {
-    const std::string path = PathBesideLibrary("libnvtxt_b.so");
-    if (path.empty()) return nullptr;
-    void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (folder[0] == '\0') return nullptr;
+    void* module = dlopen((std::string(folder) + "/libnvtxt_b.so").c_str(), RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr) return nullptr;
     return reinterpret_cast<TextFunction>(dlsym(module, "nvtxt_b_text"));
 }

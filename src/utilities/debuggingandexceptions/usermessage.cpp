@@ -4,6 +4,9 @@
 #include <atomic>
 
 #include "platform/usermessage.h"
+#include "utilities/debuggingandexceptions/norvaexception.h"
+#include "utilities/utilitiesdll/textresourceloader.h"
+#include "utilities/utilitiesdll/textresources.h"
 
 namespace {
 
@@ -15,10 +18,20 @@ UserMessageHandler SetUserMessageHandler(UserMessageHandler handler) {
     return currentHandler.exchange(handler);
 }
 
+CXString GetTextWithIdentifier(const UserMessage& message) {
+    if (message.exception == nullptr || !NorvaException::IsNorvaException(*message.exception))
+        return message.text;
+    // Not formatted with it: the line may come from a translation, with whatever else it holds.
+    CXString line = TextResourceLoader::GetText(textresources::errorNumber);
+    line.Replace(NV_TEXT("%s"), NorvaException::GetExceptionIdentifierForUserDisplay(*message.exception));
+    return message.text + NV_TEXT("\r\n\r\n") + line;
+}
+
 void ShowUserMessage(const UserMessage& message) {
     if (const UserMessageHandler handler = currentHandler) {
         handler(message);
     } else {
-        platform::ShowUserMessage(message.owner, platform::Text(message.title), platform::Text(message.text));
+        platform::ShowUserMessage(message.owner, platform::Text(message.title),
+                                  platform::Text(GetTextWithIdentifier(message)));
     }
 }

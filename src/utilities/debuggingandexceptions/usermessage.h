@@ -23,5 +23,9 @@ using UserMessageHandler = void (*)(const UserMessage& message);
 /// @return the handler until now; null for the platform's message box
 NVUTIL_API UserMessageHandler SetUserMessageHandler(UserMessageHandler handler);
 
+/// The text of a message with the identifier of the failure behind it, where the library has one for it:
+/// "…\r\n\r\nError number: 003:000:0610". The platform's message box shows this.
+NVUTIL_API CXString GetTextWithIdentifier(const UserMessage& message);
+
 /// Shows a message through the current handler.
 NVUTIL_API void ShowUserMessage(const UserMessage& message);

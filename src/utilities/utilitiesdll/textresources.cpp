@@ -19,8 +19,8 @@ constexpr auto resources = std::to_array<Resource>({
     {failureTitle, NV_TEXT("Printer Driver")},
     {operationFailed, NV_TEXT("The printer driver could not complete the operation.")},
     {libraryFailureAdvice,
-     NV_TEXT("Try again. If the problem persists, restart the program and report the error "
-             "number to your administrator.")},
+     NV_TEXT("Try again. If the problem persists, restart the program and report this message to your "
+             "administrator.")},
     {otherFailureAdvice,
      NV_TEXT("The cause lies outside of the printer driver. Restart the program and try again.")},
     {outOfMemory,
@@ -32,6 +32,7 @@ constexpr auto resources = std::to_array<Resource>({
     {documentNotReadable, NV_TEXT("A document that the printer driver needs cannot be read.")},
     {documentAdvice,
      NV_TEXT("The document is damaged or was made for another version of the printer driver.")},
+    {errorNumber, NV_TEXT("Error number: %s")},
 });
 
 constexpr bool Precedes(const Resource& left, const Resource& right) {

@@ -22,6 +22,7 @@ enum Id : unsigned {
     fileAdvice = 35009,
     documentNotReadable = 35010,
     documentAdvice = 35011,
+    errorNumber = 35012,  ///< Said last of a failure that has a number, which stands for "%s".
 };
 
 /// The built-in text; empty when there is none of that identifier.

@@ -4,24 +4,21 @@
 #include <libxml/tree.h>
 #include <libxml/xmlIO.h>
 
-#include <optional>
 #include <span>
 #include <string>
 #include <utility>
 
-#include "utilities/debuggingandexceptions/throwprotocol.h"
 #include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
 #include "utilities/xmlparser/comerrortext.h"
 #include "utilities/xmlparser/libxmlreader.h"
 #include "utilities/xmlparser/libxmltree.h"
-#include "utilities/xmlparser/npifparseexception.h"
 #include "utilities/xmlparser/xmldocumentcheck.h"
 #include "utilities/xmlparser/xmlencoder.h"
+#include "utilities/xmlparser/xmlfailure.h"
 #include "utilities/xmlparser/xmlinput.h"
 
 namespace {
 
-constexpr auto writing = "LibXmlParser::convertToXmlStream";
 constexpr auto utf8 = "UTF-8";
 
 /// What libxml2 keeps for a document that had no declaration.
@@ -31,10 +28,6 @@ struct CloseOutput {
     void operator()(xmlOutputBuffer* output) const { xmlOutputBufferClose(output); }
 };
 using Output = std::unique_ptr<xmlOutputBuffer, CloseOutput>;
-
-[[noreturn]] void ThrowOutOfMemory(const char* function, int line) {
-    NV_THROW(ExceptionOutOfMemory, function, line);
-}
 
 std::string Declaration(const xmlDoc& document) {
     if (document.standalone == withoutDeclaration || document.children == nullptr) return {};
@@ -67,7 +60,7 @@ private:
 /// The document as UTF-8; null when the engine failed.
 Output WriteAsUtf8(xmlDoc& document) {
     Output output(xmlAllocOutputBuffer(nullptr));
-    if (output == nullptr) ThrowOutOfMemory(writing, __LINE__);
+    if (output == nullptr) xmlfailure::ThrowOutOfMemoryWhileWriting();
     xmlOutputBufferWriteString(output.get(), Declaration(document).c_str());
     const NamedEncoding named(document, utf8);
     for (xmlNode* node = document.children; node != nullptr; node = node->next) {
@@ -115,19 +108,20 @@ void LibXmlParser::parse(unsigned char* data, DWORD length) {
     const bool isRefused = reading.tree == nullptr;
     m_content->tree = isRefused ? std::make_shared<LibXmlTree>() : std::move(reading.tree);
     m_content->error = reading.error;
-    if (isRefused) NV_THROW_NPIFPARSE(NpifParseException::ErrorReportedDuringParse, "LibXmlParser::parse");
+    if (isRefused) xmlfailure::ThrowRefused();
 }
 
 void LibXmlParser::convertToXmlStream(XmlOutputCallback& callback) {
     const Output output = WriteAsUtf8(*m_content->tree->GetDocument());
+    if (output == nullptr) xmlfailure::ThrowNotWritten();
     std::string storage;
-    const auto bytes = output != nullptr ? EncodeDocument(TextOf(*output), storage) : std::nullopt;
+    std::string_view bytes = TextOf(*output);
     CheckedDocument written;
-    if (!bytes || CheckDocument(BytesOf(*bytes), systemId, false, written) ||
+    if (!EncodeDocument(bytes, storage) || CheckDocument(BytesOf(bytes), systemId, false, written) ||
         !m_content->tree->HasItsPrefixes()) {
-        NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
+        xmlfailure::ThrowNotWritten();
     }
-    callback.handleOutput(BytesOf(*bytes).data(), static_cast<std::uint32_t>(bytes->size()));
+    callback.handleOutput(BytesOf(bytes).data(), static_cast<std::uint32_t>(bytes.size()));
 }
 
 std::unique_ptr<XmlDomDocument> LibXmlParser::getDocument() {

@@ -13,7 +13,7 @@
 #include <string>
 #include <string_view>
 
-#include "utilities/debuggingandexceptions/throwprotocol.h"
+#include "utilities/xmlparser/xmlfailure.h"
 
 namespace {
 
@@ -89,7 +89,7 @@ xmlParserCtxt* NewContext() {
 
 Reader::Reader(const CheckedDocument& document, bool validate)
     : m_document(document), m_validate(validate), m_context(NewContext()) {
-    if (m_context == nullptr) NV_THROW(ExceptionOutOfMemory, "ReadWithLibXml", __LINE__);
+    if (m_context == nullptr) xmlfailure::ThrowOutOfMemoryWhileReading();
     m_context->_private = this;
     xmlSAXHandler& handler = *m_context->sax;
     handler.serror = &Reader::OnError;
@@ -110,7 +110,7 @@ bool Reader::Read() {
     m_context->myDoc =
         xmlCtxtReadMemory(m_context, text.data(), static_cast<int>(text.size()), nullptr, nullptr, options);
     if (m_fatal.code == XML_ERR_NO_MEMORY || m_other.code == XML_ERR_NO_MEMORY)
-        NV_THROW(ExceptionOutOfMemory, "ReadWithLibXml", __LINE__);
+        xmlfailure::ThrowOutOfMemoryWhileReading();
     return m_context->myDoc != nullptr && m_context->nsWellFormed != 0 &&
            (!m_validate || m_hasNoDtd || m_context->valid != 0);
 }
@@ -127,7 +127,7 @@ void Reader::RecordDeclaration() {
     const std::string& encoding = m_document.text.GetDeclaredEncoding();
     if (encoding.empty()) return;
     m_context->myDoc->encoding = xmlStrdup(reinterpret_cast<const xmlChar*>(encoding.c_str()));
-    if (m_context->myDoc->encoding == nullptr) NV_THROW(ExceptionOutOfMemory, "ReadWithLibXml", __LINE__);
+    if (m_context->myDoc->encoding == nullptr) xmlfailure::ThrowOutOfMemoryWhileReading();
 }
 
 void Reader::OnError(void* context, xmlError* error) {

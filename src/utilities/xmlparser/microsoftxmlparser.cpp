@@ -4,46 +4,41 @@
 #include <comdef.h>
 #include <msxml2.h>
 
-#include <algorithm>
 #include <cstring>
-#include <optional>
+#include <filesystem>
+#include <fstream>
 #include <span>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
-#include "utilities/debuggingandexceptions/throwprotocol.h"
 #include "utilities/xmlparser/comcall.h"
 #include "utilities/xmlparser/comerrortext.h"
 #include "utilities/xmlparser/microsoftparseerror.h"
-#include "utilities/xmlparser/npifparseexception.h"
 #include "utilities/xmlparser/xmldocumentcheck.h"
 #include "utilities/xmlparser/xmlencoder.h"
+#include "utilities/xmlparser/xmlfailure.h"
 #include "utilities/xmlparser/xmlinput.h"
 
 namespace {
 
-constexpr auto parsing = "MicrosoftXmlParser::parse";
-constexpr auto writing = "MicrosoftXmlParser::convertToXmlStream";
+namespace fs = std::filesystem;
 
-[[noreturn]] void ThrowOutOfMemory(const char* function, int line) {
-    NV_THROW(ExceptionOutOfMemory, function, line);
-}
+constexpr std::string_view utf8 = "UTF-8";
 
 /// Global memory of the platform.
 class GlobalBlock {
 public:
-    /// A copy of the bytes behind a mark.
-    GlobalBlock(std::string_view mark, std::span<const BYTE> content)
-        : m_handle(GlobalAlloc(GMEM_FIXED, mark.size() + content.size())) {
-        if (m_handle == nullptr) ThrowOutOfMemory(parsing, __LINE__);
+    /// A copy of a text.
+    explicit GlobalBlock(std::string_view text) : m_handle(GlobalAlloc(GMEM_FIXED, text.size())) {
+        if (m_handle == nullptr) xmlfailure::ThrowOutOfMemoryWhileReading();
         void* const bytes = GlobalLock(m_handle);
         if (bytes == nullptr) {
             GlobalFree(m_handle);
-            ThrowOutOfMemory(parsing, __LINE__);
+            xmlfailure::ThrowOutOfMemoryWhileReading();
         }
-        memcpy(bytes, mark.data(), mark.size());
-        memcpy(static_cast<BYTE*>(bytes) + mark.size(), content.data(), content.size());
+        memcpy(bytes, text.data(), text.size());
         GlobalUnlock(m_handle);
     }
     ~GlobalBlock() { GlobalFree(m_handle); }
@@ -62,7 +57,7 @@ public:
     /// Memory without a byte cannot be locked, nor need it be.
     explicit LockedBlock(HGLOBAL handle)
         : m_handle(handle), m_bytes(GlobalSize(handle) > 0 ? GlobalLock(handle) : nullptr) {
-        if (m_bytes == nullptr && GlobalSize(handle) > 0) ThrowOutOfMemory(writing, __LINE__);
+        if (m_bytes == nullptr && GlobalSize(handle) > 0) xmlfailure::ThrowOutOfMemoryWhileWriting();
     }
     ~LockedBlock() {
         if (m_bytes != nullptr) GlobalUnlock(m_handle);
@@ -70,58 +65,31 @@ public:
     LockedBlock(const LockedBlock&) = delete;
     LockedBlock& operator=(const LockedBlock&) = delete;
 
-    std::span<const BYTE> Get() const { return {static_cast<const BYTE*>(m_bytes), GlobalSize(m_handle)}; }
+    std::string_view Get() const { return {static_cast<const char*>(m_bytes), GlobalSize(m_handle)}; }
 
 private:
     HGLOBAL m_handle;
     void* m_bytes;
 };
 
-ComPointer<IStream> CreateStream(HGLOBAL memory, bool deleteOnRelease, const char* function) {
+/// @return null when there is no memory for it
+ComPointer<IStream> CreateStream(HGLOBAL memory, bool deleteOnRelease) {
     ComPointer<IStream> stream;
-    if (FAILED(CreateStreamOnHGlobal(memory, deleteOnRelease, stream.Receive())))
-        ThrowOutOfMemory(function, __LINE__);
+    if (FAILED(CreateStreamOnHGlobal(memory, deleteOnRelease, stream.Receive()))) return {};
     return stream;
 }
 
-/// The mark that an engine needs to know UTF-16 by; empty for other encodings.
-std::string_view MarkOf(XmlEncoding encoding) {
-    if (encoding == XmlEncoding::Utf16LittleEndian) return "\xFF\xFE";
-    return encoding == XmlEncoding::Utf16BigEndian ? "\xFE\xFF" : "";
-}
-
-std::span<const BYTE> BytesOf(const std::string& text) {
-    return {reinterpret_cast<const BYTE*>(text.data()), text.size()};
-}
-
-/// Whether the engine writes UTF-8 whatever a document declares, as some do.
-bool WritesOnlyUtf8() {
-    std::string probe = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r>\xE4</r>";
-    MicrosoftDomDocument document;
-    const GlobalBlock memory({}, BytesOf(probe));
-    document.setValidateOnParse(false);
-    document.load(CreateStream(memory.Get(), false, writing).Get());
-    const ComPointer<IStream> stream = CreateStream(nullptr, true, writing);
-    HGLOBAL written = nullptr;
-    if (FAILED(document.save(stream.Get())) || FAILED(GetHGlobalFromStream(stream.Get(), &written)))
-        ThrowOutOfMemory(writing, __LINE__);
-    const LockedBlock block(written);
-    return std::ranges::count(block.Get(), BYTE{0xC3}) > 0;
-}
-
-/// What an engine wrote in UTF-8 against the declaration, in the encoding declared; nothing when there is no
-/// need.
-std::optional<std::string> InDeclaredEncoding(std::span<const BYTE> bytes) {
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    const std::optional<XmlEncoding> encoding = DeclaredEncoding(text);  // no UTF-16 begins with ASCII
-    const auto isBeyondAscii = [](BYTE byte) { return byte >= 0x80; };
-    if (encoding == XmlEncoding::Utf8) return {};
-    const bool isWide = encoding == XmlEncoding::Utf16LittleEndian;
-    if (!isWide && (std::ranges::none_of(bytes, isBeyondAscii) || !WritesOnlyUtf8())) return {};
-    std::string encoded;
-    if (!EncodeDocument(text, encoded))
-        NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
-    return encoded;
+/// A text in UTF-8 whose declaration, where it has one, names another encoding from now on. For an engine,
+/// longer names make place for blanks, so that what follows keeps its column.
+std::string Redeclared(std::string_view text, std::string_view encoding) {
+    std::string changed(text);
+    const std::string_view name = DeclaredEncodingOf(text);
+    if (name.empty()) return changed;
+    const auto at = static_cast<std::size_t>(name.data() - text.data());
+    const char quote = text[at + name.size()];
+    std::string value = std::string(encoding) + quote;
+    if (encoding == utf8 && encoding.size() < name.size()) value.append(name.size() - encoding.size(), ' ');
+    return changed.replace(at, name.size() + 1, value);
 }
 
 /// Makes a folder the current one for as long as the object lives, so that the engine finds a DTD there.
@@ -143,6 +111,39 @@ private:
     bool m_isChanged;
 };
 
+/// The checked DTD of a document for an engine that reads it by itself: a copy in UTF-8, in a folder of its
+/// own, for as long as the object lives.
+class CheckedDtd {
+public:
+    explicit CheckedDtd(const CheckedDocument& document) {
+        if (!document.hasExternalDtd || !document.dtd.IsConverted()) return;
+        const fs::path original(static_cast<const wchar_t*>(document.dtdPath));
+        GUID unique;
+        wchar_t name[40] = {};
+        if (FAILED(CoCreateGuid(&unique)) || StringFromGUID2(unique, name, 40) == 0) return;
+        std::error_code error;
+        const fs::path folder = fs::temp_directory_path(error) / name;
+        if (error || !fs::create_directory(folder, error)) return;
+        m_folder = folder;
+        std::ofstream out(folder / original.filename(), std::ios::binary);
+        out << Redeclared(document.dtd.Get(), utf8);
+        m_isWritten = static_cast<bool>(out.flush());
+    }
+    ~CheckedDtd() {
+        std::error_code ignored;
+        if (!m_folder.empty()) fs::remove_all(m_folder, ignored);
+    }
+    CheckedDtd(const CheckedDtd&) = delete;
+    CheckedDtd& operator=(const CheckedDtd&) = delete;
+
+    bool IsWritten() const { return m_isWritten; }
+    CXString GetFolder() const { return m_folder.c_str(); }
+
+private:
+    fs::path m_folder;
+    bool m_isWritten = false;
+};
+
 }  // namespace
 
 MicrosoftXmlParser::MicrosoftXmlParser(const CXString& documentPath, bool mustBeValid)
@@ -162,20 +163,26 @@ void MicrosoftXmlParser::parse(unsigned char* data, DWORD length) {
     CheckedDocument document;
     if (const auto refusal = CheckDocument({data, length}, systemId, validate, document)) {
         m_document.refuse(MakeParseError(*refusal));
-        NV_THROW_NPIFPARSE(NpifParseException::ErrorReportedDuringParse, parsing);
+        xmlfailure::ThrowRefused();
     }
-    if (!Load(document.text, {data, length})) {
+    if (!Load(document)) {
         XmlParseError error = MicrosoftDomDocument::ReadParseError(m_document.getParseError());
         if (error.url.IsEmpty()) error.url = systemId;  // what came from memory has no name to the engine
         m_document.refuse(MakeParseError(error));
-        NV_THROW_NPIFPARSE(NpifParseException::ErrorReportedDuringParse, parsing);
+        xmlfailure::ThrowRefused();
     }
+    m_declaredEncoding = document.text.GetDeclaredEncoding();
 }
 
-bool MicrosoftXmlParser::Load(const XmlText& text, std::span<const BYTE> bytes) {
-    const GlobalBlock memory(text.HasMark() ? std::string_view() : MarkOf(text.GetEncoding()), bytes);
-    const ComPointer<IStream> stream = CreateStream(memory.Get(), false, parsing);
-    const CurrentDirectory directory(validate ? FolderOf(systemId) : CXString());
+// The engine gets what has been checked, in UTF-8: it may know fewer encodings, or read them otherwise.
+bool MicrosoftXmlParser::Load(const CheckedDocument& document) {
+    const GlobalBlock memory(Redeclared(document.text.Get(), utf8));
+    const ComPointer<IStream> stream = CreateStream(memory.Get(), false);
+    if (!stream) xmlfailure::ThrowOutOfMemoryWhileReading();
+    const CheckedDtd dtd(document);
+    const CurrentDirectory directory(!validate         ? CXString()
+                                     : dtd.IsWritten() ? dtd.GetFolder()
+                                                       : FolderOf(systemId));
     m_document.setValidateOnParse(validate);
     return m_document.load(stream.Get()) != VARIANT_FALSE && (!validate || IsValid());
 }
@@ -192,19 +199,22 @@ bool MicrosoftXmlParser::IsValid() {
 }
 
 void MicrosoftXmlParser::convertToXmlStream(XmlOutputCallback& callback) {
-    const ComPointer<IStream> stream = CreateStream(nullptr, true, writing);
+    const ComPointer<IStream> stream = CreateStream(nullptr, true);
+    if (!stream) xmlfailure::ThrowOutOfMemoryWhileWriting();
     if (FAILED(m_document.save(stream.Get()))) {
         m_document.getParseError();
-        NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
+        xmlfailure::ThrowNotWritten();
     }
     HGLOBAL memory = nullptr;
-    if (FAILED(GetHGlobalFromStream(stream.Get(), &memory))) ThrowOutOfMemory(writing, __LINE__);
+    if (FAILED(GetHGlobalFromStream(stream.Get(), &memory))) xmlfailure::ThrowOutOfMemoryWhileWriting();
     const LockedBlock block(memory);
-    const std::optional<std::string> recoded = InDeclaredEncoding(block.Get());
-    const std::span<const BYTE> bytes = recoded ? BytesOf(*recoded) : block.Get();
+    const std::string document = Redeclared(block.Get(), m_declaredEncoding);
+    std::string_view text = document;
+    std::string storage;
+    if (!EncodeDocument(text, storage)) xmlfailure::ThrowNotWritten();
+    const std::span<const BYTE> bytes(reinterpret_cast<const BYTE*>(text.data()), text.size());
     CheckedDocument written;
-    if (CheckDocument(bytes, systemId, false, written))
-        NV_THROW_NPIFPARSE(NpifParseException::XmlExceptionRaisedDuringXmlGeneration, writing);
+    if (CheckDocument(bytes, systemId, false, written)) xmlfailure::ThrowNotWritten();
     callback.handleOutput(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
 }
 

@@ -1,13 +1,13 @@
 // MicrosoftXmlParser: the parser over MSXML 3.0.
 #pragma once
 
-#include <span>
+#include <string>
 
 #include "utilities/xmlparser/microsoftcomlibrary.h"
 #include "utilities/xmlparser/microsoftdom.h"
 #include "utilities/xmlparser/norvaxmlparser.h"
 
-class XmlText;
+struct CheckedDocument;
 class _com_error;
 
 /// What the engine itself fails at is thrown as `_com_error`.
@@ -25,9 +25,10 @@ public:
     static CXString formatCOMExceptionDisplayString(const _com_error& error);
 
 private:
-    bool Load(const XmlText& text, std::span<const BYTE> bytes);
+    bool Load(const CheckedDocument& document);
     bool IsValid();
 
     MicrosoftComLibrary m_library;  // before the document, which needs it
     MicrosoftDomDocument m_document;
+    std::string m_declaredEncoding;  ///< of the document as it was read, which the engine is not told
 };

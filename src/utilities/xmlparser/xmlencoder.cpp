@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "utilities/xmlparser/xmlencoding.h"
 #include "utilities/xmlparser/xmltext.h"
 
 namespace {
@@ -12,7 +13,7 @@ enum class Numbers { Allowed, Impossible };
 
 class Encoder {
 public:
-    Encoder(std::string_view text, XmlEncoding encoding) : m_rest(text), m_encoding(encoding) {}
+    Encoder(std::string_view text, const XmlEncoding& encoding) : m_rest(text), m_writer(encoding) {}
 
     /// @return whether all characters could be written
     bool Encode() {
@@ -22,7 +23,7 @@ public:
         }
         return m_isWritten;
     }
-    std::string Take() { return std::move(m_bytes); }
+    std::string Take() { return m_writer.Take(); }
 
 private:
     void EncodeMarkup() {
@@ -82,15 +83,15 @@ private:
         m_rest.remove_prefix(part.size());
         while (!part.empty()) {
             const char32_t character = TakeCharacter(part);
-            if (AppendEncoded(m_bytes, character, m_encoding)) continue;
+            if (m_writer.Put(character)) continue;
             if (numbers == Numbers::Impossible) m_isWritten = false;
-            m_bytes += "&#" + std::to_string(static_cast<unsigned long>(character)) + ';';
+            for (const char c : "&#" + std::to_string(static_cast<unsigned long>(character)) + ';')
+                m_writer.Put(static_cast<unsigned char>(c));
         }
     }
 
     std::string_view m_rest;
-    XmlEncoding m_encoding;
-    std::string m_bytes;
+    XmlByteWriter m_writer;
     bool m_isWritten = true;
 };
 
@@ -100,13 +101,15 @@ bool IsAscii(std::string_view text) {
 
 }  // namespace
 
-std::optional<std::string_view> EncodeDocument(std::string_view utf8, std::string& storage) {
-    const std::optional<XmlEncoding> encoding = DeclaredEncoding(utf8);
-    if (!encoding) return {};
-    const bool isWide = *encoding == XmlEncoding::Utf16LittleEndian;
-    if (*encoding == XmlEncoding::Utf8 || (!isWide && IsAscii(utf8))) return utf8;
-    Encoder encoder(utf8, *encoding);
-    if (!encoder.Encode()) return {};
-    storage = isWide ? "\xFF\xFE" + encoder.Take() : encoder.Take();
-    return storage;
+bool EncodeDocument(std::string_view& document, std::string& storage) {
+    const XmlEncoding* const encoding = DeclaredEncoding(document);
+    if (encoding == nullptr) return false;
+    const bool isWide = IsUtf16(*encoding);
+    if (encoding->scheme == XmlScheme::Utf8 || (!isWide && IsAscii(document))) return true;
+    Encoder encoder(document, *encoding);
+    if (!encoder.Encode()) return false;
+    const bool hasMark = encoding->name == "utf-16";  // the other names of UTF-16 tell the order themselves
+    storage = hasMark ? "\xFF\xFE" + encoder.Take() : encoder.Take();
+    document = storage;
+    return true;
 }

@@ -2,12 +2,12 @@
 #include "utilities/xmlparser/xmltext.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 
 #include "platform/codepage.h"
+#include "utilities/xmlparser/xmllimits.h"
 
 namespace {
 
@@ -15,76 +15,8 @@ constexpr std::string_view blanks = " \t\r\n";
 constexpr const WChar* badCharacter = NV_TEXT("An invalid character was found in text content.");
 constexpr const WChar* badSwitch =
     NV_TEXT("Switch from current encoding to specified encoding not supported.");
+constexpr const WChar* tooLarge = NV_TEXT("The document is too large.");
 constexpr const WChar* unknownEncoding = NV_TEXT("System does not support the specified encoding.");
-
-// The characters of windows-1252 from 0x80 on; 0 stands for a byte without one.
-constexpr std::array<char16_t, 32> windows1252 = {
-    0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
-
-struct NamedEncoding {
-    std::string_view name;
-    XmlEncoding encoding;
-};
-constexpr NamedEncoding namedEncodings[] = {
-    {"utf-8", XmlEncoding::Utf8},
-    {"iso-8859-1", XmlEncoding::Latin1},
-    {"us-ascii", XmlEncoding::Ascii},
-    {"windows-1252", XmlEncoding::Windows1252},
-    {"utf-16", XmlEncoding::Utf16LittleEndian},
-};
-
-bool IsUtf16(XmlEncoding encoding) {
-    return encoding == XmlEncoding::Utf16LittleEndian || encoding == XmlEncoding::Utf16BigEndian;
-}
-
-void Append(std::string& out, char32_t character) {
-    const auto put = [&out](char32_t byte) { out += static_cast<char>(byte); };
-    if (character < 0x80) return put(character);
-    if (character < 0x800) {
-        put(0xC0 | character >> 6);
-    } else {
-        if (character < 0x10000) {
-            put(0xE0 | character >> 12);
-        } else {
-            put(0xF0 | character >> 18);
-            put(0x80 | (character >> 12 & 0x3F));
-        }
-        put(0x80 | (character >> 6 & 0x3F));
-    }
-    put(0x80 | (character & 0x3F));
-}
-
-/// The value of an encoding's name in a declaration that a text begins with; empty when there is none.
-std::string_view DeclaredEncodingOf(std::string_view text) {
-    constexpr std::string_view opening = "<?xml";
-    constexpr std::string_view keyword = "encoding";
-    if (!text.starts_with(opening)) return {};
-    std::string_view declaration = text.substr(opening.size());
-    declaration = declaration.substr(0, declaration.find("?>"));
-    const std::size_t found = declaration.find(keyword);
-    if (declaration.empty() || blanks.find(declaration[0]) == std::string_view::npos ||
-        found == std::string_view::npos) {
-        return {};
-    }
-    declaration.remove_prefix(found + keyword.size());
-    const std::size_t quote = declaration.find_first_not_of(" \t\r\n=");
-    if (quote == std::string_view::npos) return {};
-    const std::size_t end = declaration.find(declaration[quote], quote + 1);
-    return end == std::string_view::npos ? std::string_view()
-                                         : declaration.substr(quote + 1, end - quote - 1);
-}
-
-const NamedEncoding* FindEncoding(std::string_view name) {
-    const auto isSame = [](char left, char right) {
-        return (left >= 'A' && left <= 'Z' ? left + 32 : left) == right;
-    };
-    const auto* const found = std::ranges::find_if(namedEncodings, [&](const NamedEncoding& known) {
-        return std::ranges::equal(name, known.name, isSame);
-    });
-    return found != std::end(namedEncodings) ? found : nullptr;
-}
 
 bool IsAllowed(char32_t character) {
     if (character < 0x20) return character == '\t' || character == '\n' || character == '\r';
@@ -136,16 +68,34 @@ std::size_t SoundLength(std::string_view text) {
 
 }  // namespace
 
+std::string_view DeclaredEncodingOf(std::string_view text) {
+    constexpr std::string_view opening = "<?xml";
+    constexpr std::string_view keyword = "encoding";
+    if (!text.starts_with(opening)) return {};
+    std::string_view declaration = text.substr(opening.size());
+    declaration = declaration.substr(0, declaration.find("?>"));
+    const std::size_t found = declaration.find(keyword);
+    if (declaration.empty() || blanks.find(declaration[0]) == std::string_view::npos ||
+        found == std::string_view::npos) {
+        return {};
+    }
+    declaration.remove_prefix(found + keyword.size());
+    const std::size_t quote = declaration.find_first_not_of(" \t\r\n=");
+    if (quote == std::string_view::npos) return {};
+    const std::size_t end = declaration.find(declaration[quote], quote + 1);
+    return end == std::string_view::npos ? std::string_view()
+                                         : declaration.substr(quote + 1, end - quote - 1);
+}
+
 XmlText::XmlText(std::span<const BYTE> bytes) {
     DetectEncoding(bytes);
     const std::span<const BYTE> content = bytes.subspan(m_markLength);
-    if (!IsUtf16(m_encoding)) {
-        m_original = {reinterpret_cast<const char*>(content.data()), content.size()};
-        SettleDeclaredEncoding(m_encoding);
-    }
+    m_original = {reinterpret_cast<const char*>(content.data()), content.size()};
+    const bool isWide = IsUtf16(*m_encoding);
+    if (!isWide) SettleDeclaredEncoding();
     if (m_fault) return;
-    if (m_encoding != XmlEncoding::Utf8) Decode(content);
-    if (IsUtf16(m_encoding)) SettleDeclaredEncoding(m_encoding);
+    if (m_encoding->scheme != XmlScheme::Utf8) Decode();
+    if (isWide) SettleDeclaredEncoding();
 
     const std::size_t sound = SoundLength(Get());
     if (sound < Get().size() && !(m_fault && m_fault->offset < sound))
@@ -156,79 +106,61 @@ void XmlText::DetectEncoding(std::span<const BYTE> bytes) {
     struct Beginning {
         std::string_view bytes;
         std::size_t markLength;
-        XmlEncoding encoding;
+        std::string_view encoding;
     };
     using namespace std::string_view_literals;
     static constexpr Beginning beginnings[] = {
-        {"\xEF\xBB\xBF"sv, 3, XmlEncoding::Utf8},       {"\xFF\xFE"sv, 2, XmlEncoding::Utf16LittleEndian},
-        {"\xFE\xFF"sv, 2, XmlEncoding::Utf16BigEndian}, {"<\0"sv, 0, XmlEncoding::Utf16LittleEndian},
-        {"\0<"sv, 0, XmlEncoding::Utf16BigEndian},
+        {"\xEF\xBB\xBF"sv, 3, "utf-8"}, {"\xFF\xFE"sv, 2, "utf-16le"}, {"\xFE\xFF"sv, 2, "utf-16be"},
+        {"<\0"sv, 0, "utf-16le"},       {"\0<"sv, 0, "utf-16be"},      {""sv, 0, "utf-8"},
     };
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    for (const Beginning& beginning : beginnings) {
-        if (!text.starts_with(beginning.bytes)) continue;
-        m_encoding = beginning.encoding;
-        m_markLength = beginning.markLength;
-        return;
-    }
+    const auto* const found = std::ranges::find_if(
+        beginnings, [text](const Beginning& beginning) { return text.starts_with(beginning.bytes); });
+    m_encoding = FindXmlEncoding(found->encoding);
+    m_markLength = found->markLength;
 }
 
-void XmlText::SettleDeclaredEncoding(XmlEncoding& encoding) {
+void XmlText::SettleDeclaredEncoding() {
     m_declaredEncoding = DeclaredEncodingOf(Get());
     if (m_declaredEncoding.empty()) return;
-    const NamedEncoding* const named = FindEncoding(m_declaredEncoding);
-    const bool isFixed = m_markLength != 0 || IsUtf16(encoding);
+    const XmlEncoding* const named = FindXmlEncoding(m_declaredEncoding);
+    const bool isFixed = m_markLength != 0 || IsUtf16(*m_encoding);
     if (named == nullptr) {
         m_fault = {0, XmlParseError::unsupported, unknownEncoding};
-    } else if (IsUtf16(named->encoding) != IsUtf16(encoding) ||
-               (isFixed && !IsUtf16(encoding) && named->encoding != encoding)) {
+    } else if (IsUtf16(*named) != IsUtf16(*m_encoding) ||
+               (isFixed && named->scheme != m_encoding->scheme && named->name != "utf-16")) {
         m_fault = {0, XmlParseError::malformed, badSwitch};
     } else if (!isFixed) {
-        encoding = named->encoding;
+        m_encoding = named;
     }
 }
 
-void XmlText::Decode(std::span<const BYTE> bytes) {
+void XmlText::Decode() {
     m_isConverted = true;
-    m_converted.reserve(bytes.size() + bytes.size() / 8);
-    const auto refuse = [this] { m_fault = {m_converted.size(), XmlParseError::malformed, badCharacter}; };
-    if (!IsUtf16(m_encoding)) {
-        for (const BYTE byte : bytes) {
-            const char32_t character = m_encoding == XmlEncoding::Windows1252 && byte >= 0x80 && byte < 0xA0
-                                           ? windows1252[byte - 0x80]
-                                           : byte;
-            if ((m_encoding == XmlEncoding::Ascii && byte >= 0x80) || (character == 0 && byte != 0))
-                return refuse();
-            Append(m_converted, character);
+    m_converted.reserve(m_original.size() + m_original.size() / 8);
+    XmlDecoder decoder(*m_encoding, m_original);
+    while (const std::optional<char32_t> character = decoder.Take()) {
+        AppendUtf8(m_converted, *character);
+        if (m_converted.size() > xmllimits::documentBytes) {
+            m_fault = {0, XmlParseError::limitExceeded, tooLarge};
+            return;
         }
-        return;
     }
-    const std::size_t low = m_encoding == XmlEncoding::Utf16LittleEndian ? 0 : 1;
-    const auto unitAt = [&](std::size_t i) -> char32_t {
-        return i + 1 < bytes.size() ? bytes[i + low] | static_cast<char32_t>(bytes[i + 1 - low]) << 8 : 0;
-    };
-    for (std::size_t i = 0; i < bytes.size(); i += 2) {
-        char32_t character = unitAt(i);
-        if (character >= 0xD800 && character < 0xE000) {
-            const char32_t second = unitAt(i + 2);
-            if (character >= 0xDC00 || second < 0xDC00 || second >= 0xE000) return refuse();
-            character = 0x10000 + ((character - 0xD800) << 10) + (second - 0xDC00);
-            i += 2;
-        }
-        if (i + 1 == bytes.size()) return refuse();
-        Append(m_converted, character);
-    }
+    if (!decoder.IsAtEnd()) m_fault = {m_converted.size(), XmlParseError::malformed, badCharacter};
+    // Bytes that looked like a declaration could have been halves of other characters.
+    if (!IsUtf16(*m_encoding) && DeclaredEncodingOf(m_converted) != m_declaredEncoding)
+        m_fault = {0, XmlParseError::malformed, badSwitch};
 }
 
 std::size_t XmlText::OriginalOffset(std::size_t offset) const {
     if (!m_isConverted) return m_markLength + offset;
-    std::size_t units = 0;
-    for (const char c : Get().substr(0, offset)) {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool isPair = byte >= 0xF0 && IsUtf16(m_encoding);
-        if ((byte & 0xC0) != 0x80) units += isPair ? 2 : 1;
+    XmlDecoder decoder(*m_encoding, m_original);
+    for (std::string text; text.size() < offset;) {
+        const std::optional<char32_t> character = decoder.Take();
+        if (!character) break;
+        AppendUtf8(text, *character);
     }
-    return m_markLength + units * (IsUtf16(m_encoding) ? 2 : 1);
+    return m_markLength + decoder.GetPosition();
 }
 
 XmlParseError XmlText::Locate(const XmlFault& fault, const CXString& url) const {
@@ -266,11 +198,9 @@ XmlParseError XmlText::Locate(const XmlFault& fault, const CXString& url) const 
     return error;
 }
 
-std::optional<XmlEncoding> DeclaredEncoding(std::string_view utf8) {
+const XmlEncoding* DeclaredEncoding(std::string_view utf8) {
     const std::string_view name = DeclaredEncodingOf(utf8);
-    if (name.empty()) return XmlEncoding::Utf8;
-    const NamedEncoding* const named = FindEncoding(name);
-    return named != nullptr ? std::optional(named->encoding) : std::nullopt;
+    return FindXmlEncoding(name.empty() ? "utf-8" : name);
 }
 
 char32_t TakeCharacter(std::string_view& utf8) {
@@ -281,28 +211,6 @@ char32_t TakeCharacter(std::string_view& utf8) {
         character = character << 6 | (byteAt(i) & 0x3Fu);
     utf8.remove_prefix(length);
     return character;
-}
-
-bool AppendEncoded(std::string& bytes, char32_t character, XmlEncoding encoding) {
-    const auto putUnit = [&](char32_t unit) {
-        const bool isLittle = encoding == XmlEncoding::Utf16LittleEndian;
-        bytes += static_cast<char>(isLittle ? unit & 0xFF : unit >> 8);
-        bytes += static_cast<char>(isLittle ? unit >> 8 : unit & 0xFF);
-    };
-    if (encoding == XmlEncoding::Utf8) {
-        Append(bytes, character);
-    } else if (IsUtf16(encoding)) {
-        if (character >= 0x10000) putUnit(0xD7C0 + (character >> 10));
-        putUnit(character >= 0x10000 ? 0xDC00 + (character & 0x3FF) : character);
-    } else if (character < 0x80 || (encoding == XmlEncoding::Latin1 && character < 0x100) ||
-               (encoding == XmlEncoding::Windows1252 && character >= 0xA0 && character < 0x100)) {
-        bytes += static_cast<char>(character);
-    } else {
-        const auto* const found = std::ranges::find(windows1252, character);
-        if (encoding != XmlEncoding::Windows1252 || found == windows1252.end()) return false;
-        bytes += static_cast<char>(0x80 + (found - windows1252.begin()));
-    }
-    return true;
 }
 
 CXString WideText(std::string_view utf8) {

@@ -291,6 +291,10 @@ TEST(ExceptionDisplay, ShowsTitleMessageAndAdvice) {
     EXPECT_EQ("Title", Narrow(shown.Get()[0].title));
     EXPECT_EQ(Narrow(NV_TEXT("Own message\r\n\r\n") + Text(35009)), Narrow(shown.Get()[0].text));
     EXPECT_EQ(&exception, shown.Get()[0].exception);
+    EXPECT_EQ(Narrow(shown.Get()[0].text + NV_TEXT("\r\n\r\nError number: ") +
+                     exception.GetExceptionIdentifierForUserDisplay()),
+              Narrow(GetTextWithIdentifier(shown.Get()[0])));
+    EXPECT_EQ(Narrow(shown.Get()[2].text), Narrow(GetTextWithIdentifier(shown.Get()[2])));
     EXPECT_EQ(Narrow(Text(35003)), Narrow(shown.Get()[1].title));
     EXPECT_EQ(Narrow(Text(35008) + NV_TEXT("\r\n\r\n") + Text(35009)), Narrow(shown.Get()[1].text));
     EXPECT_EQ(Narrow(Text(35003)), Narrow(shown.Get()[2].title));

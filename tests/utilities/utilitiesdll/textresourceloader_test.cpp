@@ -8,14 +8,14 @@
 namespace {
 
 TEST(TextResourceLoaderTest, EveryTextOfADisplayedExceptionIsThere) {
-    for (unsigned id = 35003; id <= 35011; ++id)
+    for (unsigned id = 35003; id <= 35012; ++id)
         EXPECT_FALSE(TextResourceLoader::GetText(id).IsEmpty()) << id;
     EXPECT_EQ(TextResourceLoader::GetText(34606), NV_TEXT("."));
     EXPECT_EQ(TextResourceLoader::GetText(34607), NV_TEXT(","));
 }
 
 TEST(TextResourceLoaderTest, UnknownIdentifierEmptiesTheText) {
-    for (const unsigned id : {0U, 34605U, 35002U, 35012U, 0xFFFFFFFFU}) {
+    for (const unsigned id : {0U, 34605U, 35002U, 35013U, 0xFFFFFFFFU}) {
         CXString text(NV_TEXT("before"));
         EXPECT_FALSE(text.LoadStringW(id)) << id;
         EXPECT_TRUE(text.IsEmpty()) << id;

@@ -53,6 +53,20 @@ TEST(XmlParsing, DecodesTheEncodings) {
         {decl + "ISO-8859-1\"?><r>\xE4\xFF</r>", u"\u00E4\u00FF"},
         {decl + "windows-1252\"?><r>\xE4\x80</r>", u"\u00E4\u20AC"},
         {decl + "US-ASCII\"?><r>z</r>", u"z"},
+        {decl + "windows-1251\"?><r>\xDF\xB9</r>", u"\u042F\u2116"},
+        {decl + "KOI8-R\"?><r>\xD1\xA3</r>", u"\u044F\u0451"},
+        {decl + "koi8-u\"?><r>\xA4\xAE</r>", u"\u0454\u255D"},
+        {decl + "iso8859-7\"?><r>\xA4\xE1</r>", u"\u20AC\u03B1"},
+        {decl + "Latin10\"?><r>\xAA</r>", u"\u0218"},
+        {decl + "TIS-620\"?><r>\xA1\xFB</r>", u"\u0E01\u0E5B"},
+        {decl + "Shift_JIS\"?><r>\x83\x5C\\~\xB1\x81\x60\x87\x40</r>", u"\u30BD\\~\uFF71\uFF5E\u2460"},
+        {decl + "EUC-JP\"?><r>\xA5\xBD\x8E\xB1\x8F\xB0\xA1\xA1\xC1</r>", u"\u30BD\uFF71\u4E02\u301C"},
+        {decl + "ISO-2022-JP\"?><r>\x1B$B%=\x1B(J\\\x1B(B\\</r>", u"\u30BD\u00A5\\"},
+        {decl + "GB2312\"?><r>\xD3\xA1\x81\x40\x80</r>", u"\u5370\u4E02\u20AC"},
+        {decl + "GB18030\"?><r>\xA2\xE3\x81\x30\x81\x30\x90\x30\x81\x30\x83\x36\xD0\x30</r>",
+         u"\u20AC\u0080\U00010000\uE865"},
+        {decl + "Big5\"?><r>\xA6\x4C\xA2\xCC</r>", u"\u5370\u5341"},
+        {decl + "EUC-KR\"?><r>\xC0\xCE\x81\x41</r>", u"\uC778\uAC02"},
         {"\xFF\xFE" + wide("<r>z", false) + "\x3D\xD8\x00\xDE"s + wide("</r>", false), u"z\U0001F600"},
         {"\xFE\xFF" + wide("<r>z</r>", true), u"z"},
         {"\xFF\xFE" + wide(wideDecl, false), u"z"},
@@ -99,6 +113,19 @@ TEST(XmlParsing, RefusesWhatIsNotWellFormed) {
         "<?xml version='1.0' encoding='EBCDIC'?><r/>",
         "<?xml version='1.0' encoding='US-ASCII'?><r>\xE4</r>",
         "<?xml version='1.0' encoding='windows-1252'?><r>\x81</r>",
+        "<?xml version='1.0' encoding='UTF-7'?><r/>",
+        "<?xml version='1.0' encoding='windows-1253'?><r>\xD2</r>",
+        "<?xml version='1.0' encoding='Shift_JIS'?><r>\x83<</r>",
+        "<?xml version='1.0' encoding='Shift_JIS'?><r>\xF0\x40</r>",  // a character of the user's own
+        "<?xml version='1.0' encoding='EUC-JP'?><r>\x8F\xB0</r>",
+        "<?xml version='1.0' encoding='EUC-KR'?><r>\x80</r>",
+        "<?xml version='1.0' encoding='ISO-2022-JP'?><r>\x1B$B%</r>",
+        "<?xml version='1.0' encoding='ISO-2022-JP'?><r>\x1B$A%=</r>",
+        "<?xml version='1.0' encoding='GB18030'?><r>\xFE\x39\xFE\x39</r>",
+        "<?xml version='1.0' encoding='GB18030'?><r>\x81\x30\x81</r>",
+        "<?xml version='1.0' x='\x81' encoding='GBK'?><r/>",
+        "\xEF\xBB\xBF<?xml version='1.0' encoding='GBK'?><r/>",
+        "<?xml version='1.0' encoding='ISO-8859-5'?><r>" + std::string(5 << 20, '\xB0') + "</r>",
         "\xFF\xFE<\0r\0/\0>"s,
         "\xFF\xFE<\0r\0>\0\x00\xDC<\0/\0r\0>\0"s,
     };
@@ -111,6 +138,31 @@ TEST(XmlParsing, RefusesWhatIsNotWellFormed) {
     }
 }
 
+// Users report these: a fault has the same identifier on both builds, whatever part of them found it.
+TEST(XmlParsing, HasOneIdentifierForEachFault) {
+    const auto identifier = [](std::string xml, bool validate, bool isBuilt) {
+        try {
+            PlatformXmlParser parser(CXString(), validate);
+            parser.parse(reinterpret_cast<unsigned char*>(xml.data()), static_cast<DWORD>(xml.size()));
+            const auto document = parser.getDocument();
+            if (isBuilt)
+                document->getDocumentElement()->appendChild(*document->createTextNode(NV_TEXT("\x01")));
+            xmltest::Write(parser);
+        } catch (const NpifParseException& exception) {
+            return Narrow(exception.GetExceptionIdentifierForUserDisplay()) + ' ' +
+                   Narrow(exception.GetExceptionLocationFileName()) + ' ' +
+                   Narrow(exception.GetExceptionLocationFunctionName());
+        }
+        return std::string();
+    };
+    const std::string file = " src/utilities/xmlparser/microsoftxmlparser MicrosoftXmlParser::";
+    for (const char* xml : {"<r>", "<r></s>", "<r>\xFF</r>", "<?xml version='1.0' encoding='x'?><r/>"})
+        EXPECT_EQ(identifier(xml, false, false), "001:002:0165" + file + "parse") << xml;
+    EXPECT_EQ(identifier("<!DOCTYPE r [<!ELEMENT r EMPTY>]><r>x</r>", true, false),
+              "001:002:0165" + file + "parse");
+    EXPECT_EQ(identifier("<r/>", false, true), "001:003:0198" + file + "convertToXmlStream");
+}
+
 TEST(XmlParsing, TellsWhereABadByteIs) {
     const std::string latin = "<?xml version='1.0' encoding='windows-1252'?>\n<r>\xE4\x80\x81</r>";
     Document utf8("<r>\r\n <a>\xC3\xA4x\xE4</a>\n</r>", false, NV_TEXT("a.xml"));
@@ -121,6 +173,10 @@ TEST(XmlParsing, TellsWhereABadByteIs) {
     EXPECT_EQ(other.GetError(),
               "MSXML Parse Error in 'b.xml' on line 2 and column 6 (51 from start of file)\r\n\t<r>??\r\n"
               "Error Code -2147024883/0x8007000d: Reason=An invalid character was found in text content.");
+    Document wide("<?xml version='1.0' encoding='Shift_JIS'?>\n<r>\x83\x5C\x83\x5C\x82\x20</r>", false,
+                  NV_TEXT("c.xml"));
+    EXPECT_NE(wide.GetError().find("'c.xml' on line 2 and column 6 (50 from"), std::string::npos)
+        << wide.GetError();
     Document sound("<r/>");
     EXPECT_EQ(sound.GetError(), "No MSXML Parse Error reported (error code = 0)");
 }
@@ -251,6 +307,11 @@ TEST(XmlValidation, HoldsADocumentToItsDtd) {
         EXPECT_EQ(Show(row.xml, true, systemId), row.validated) << row.xml;
         EXPECT_EQ(std::filesystem::current_path(), before) << row.xml;
     }
+    folder.Write("kana.dtd", "<?xml version='1.0' encoding='Shift_JIS'?><!ELEMENT \x83\x5C EMPTY>");
+    EXPECT_EQ(Show("<?xml version='1.0' encoding='EUC-JP'?><!DOCTYPE \xA5\xBD SYSTEM 'kana.dtd'><\xA5\xBD/>",
+                   true, systemId),
+              "?[]");
+    EXPECT_EQ(Show("<!DOCTYPE r SYSTEM 'kana.dtd'><r/>", true, systemId), "refused");
     Document refused("<!DOCTYPE r SYSTEM 'bad.dtd'><r/>", true, systemId);
     EXPECT_NE(refused.GetError().find("bad.dtd' on line 2 and column 12 (29 from start"), std::string::npos)
         << refused.GetError();

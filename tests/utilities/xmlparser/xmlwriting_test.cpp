@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "utilities/utilitiesdll/crc32.h"
 #include "utilities/xmlparser/xmldocuments.h"
 
 namespace {
@@ -115,6 +116,41 @@ TEST(XmlWriting, KeepsTheDeclaredEncoding) {
     };
     EXPECT_EQ(WriteAfter(begin + "ISO-8859-1\"?><r/>", appendName), "refused");
     EXPECT_NE(WriteAfter(begin + "UTF-8\"?><r/>", appendName), "refused");
+    // All that an encoding has is written in it and reads as what it was; the numbers are those of glibc's
+    // tables.
+    CXString all;
+    for (char32_t unit = 0xA0; unit < 0xFFFE; ++unit) {
+        if (unit < 0xD800 || unit >= 0xE000) all += static_cast<WChar>(unit);
+    }
+    const struct {
+        const char* encoding;
+        DWORD checksum;
+    } encodings[] = {
+        {"us-ascii", 0x16AF36CB},     {"iso-8859-1", 0x8E0BF897},   {"iso-8859-2", 0xEFD76B3C},
+        {"iso-8859-3", 0x09CB2C35},   {"iso-8859-4", 0x85B8B3DA},   {"iso-8859-5", 0xFCC2151B},
+        {"iso-8859-6", 0xD0EBF541},   {"iso-8859-7", 0x76952F8E},   {"iso-8859-8", 0xD24B950D},
+        {"iso-8859-9", 0xA131DE42},   {"iso-8859-10", 0xB4BF7E43},  {"iso-8859-13", 0xF7780931},
+        {"iso-8859-14", 0x05164B3D},  {"iso-8859-15", 0x23EA1AED},  {"iso-8859-16", 0x9DDACB52},
+        {"windows-874", 0x452B6FA0},  {"windows-1250", 0xE013CA9C}, {"windows-1251", 0xEE181616},
+        {"windows-1252", 0x23E8C140}, {"windows-1253", 0x27BC497B}, {"windows-1254", 0x11D9C70F},
+        {"windows-1255", 0x08F53DB0}, {"windows-1256", 0x944D9E40}, {"windows-1257", 0x5D5804B0},
+        {"windows-1258", 0xF8016285}, {"koi8-r", 0x2DC7002F},       {"koi8-u", 0xF29E9B03},
+        {"ibm437", 0xBFF7F0B9},       {"ibm850", 0xD81BA414},       {"ibm852", 0x23C79936},
+        {"ibm855", 0xE8D40741},       {"ibm866", 0x13F4518C},       {"shift_jis", 0x30DF8766},
+        {"euc-jp", 0x6DE6297E},       {"iso-2022-jp", 0xDE651EC5},  {"gbk", 0x531C48D2},
+        {"gb18030", 0xB95EEE45},      {"big5", 0x33370B65},         {"euc-kr", 0xAE13BEBD},
+    };
+    for (const auto& [encoding, checksum] : encodings) {
+        const std::string written =
+            WriteAfter(begin + encoding + "\"?><r/>", [&](XmlDomDocument& document, XmlDomElement& root) {
+                root.appendChild(*document.createTextNode(all));
+            });
+        const auto* const bytes = reinterpret_cast<const BYTE*>(written.data());
+        EXPECT_EQ(Crc32::GetCrc(bytes, static_cast<DWORD>(written.size())), checksum) << encoding;
+        Document again(written);
+        ASSERT_FALSE(again.IsRefused()) << encoding << again.GetError();
+        EXPECT_TRUE(again.GetRoot()->GetTextValue() == all) << encoding;
+    }
     const std::string ascii = begin + "UTF-16\"?>\n<r>z\"</r>\n";
     std::string wide = "\xFF\xFE";
     for (const char c : ascii)
