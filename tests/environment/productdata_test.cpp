@@ -299,18 +299,21 @@ TEST(ProductDataOfAPrinter, IsKeptInItsDriverData) {
     printer.SetPrinterDataExW(
         Printer::driverDataKey, NV_TEXT("PDMap-A"), Printer::typeString,
         ByteBuffer(CXString(NV_TEXT("USB_PRODUCT_ID=id-2;RATEDSPEED=9;"))).appendNullChar());
-    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-C"), Printer::typeString,
+    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-AB"), Printer::typeString,
                               ByteBuffer(CXString(NV_TEXT("USB_PRODUCT_ID=id-2;"))).appendNullChar());
     printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-D"), Printer::typeBinary, {1, 2, 3});
+    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-ALL_MODELS"), Printer::typeString,
+                              ByteBuffer(CXString(NV_TEXT("FAMILYNAME=all;"))).appendNullChar());
     EXPECT_TRUE(data.ValidateUsbProductId(NV_TEXT("id-2")));
     EXPECT_EQ(Narrow(data.GetModelName()), "A");
     EXPECT_EQ(data.GetRatedSpeed(), 9);
-    CXString model = NV_TEXT("C");
+    CXString model = NV_TEXT("AB");
     EXPECT_TRUE(data.ValidateModelInfo(model, false));
+    EXPECT_EQ(Info(data, ProductData::InfoTypeFamilyName), "") << "stored data is no instruction";
     model = NV_TEXT("D");
     EXPECT_FALSE(ProductData().ValidateModelInfo(model, false)) << "the models of a printer are its own";
     data.UpdateRegistryWithProductDataValues();
-    EXPECT_EQ(Stored(test, NV_TEXT("xUPDCurrentModel")), "C");
+    EXPECT_EQ(Stored(test, NV_TEXT("xUPDCurrentModel")), "AB");
 
     EXPECT_THROW(ProductData(&model, {}, ProductData::ModelTypeName, {}), ExceptionInvalidPrinterHandle);
 }
