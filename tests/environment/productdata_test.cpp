@@ -65,6 +65,24 @@ TEST(ProductData, AnswersForTheCurrentModel) {
     EXPECT_NE(cache, unknown.GenerateDmCacheFileName());
 }
 
+TEST(ProductData, KnowsItsFolderByAnyNameAndAtAnyDepth) {
+    const ProductFolder other;
+    other.Write("a.map", "Model:Other\n");
+    const ProductData before(nullptr, other.GetName(), ProductData::ModelTypeName, {});
+    const ProductFolder folder;
+    std::string deep;
+    for (int i = 0; i < 40; ++i)
+        deep += "d/";
+    folder.Write(deep + "a.map", "Model:Own\n");
+    for (const WChar* const end : {NV_TEXT(""), NV_TEXT("/"), NV_TEXT("/./d/..//")}) {
+        ProductData data(nullptr, folder.GetName() + end, ProductData::ModelTypeName, {});
+        ASSERT_EQ(data.GetModels().size(), 1u) << Narrow(end);
+        EXPECT_EQ(Narrow(data.GetModels().front()), "Own");
+    }
+    ProductData none(nullptr, folder.NameOf("none"), ProductData::ModelTypeName, {});
+    EXPECT_TRUE(none.GetModels().empty());
+}
+
 TEST(ProductData, ReadsCodesAndNumbersOfAnyText) {
     const ProductFolder folder;
     struct Case {
