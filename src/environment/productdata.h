@@ -216,9 +216,9 @@ public:
     /// Links are deleted and not followed; what is a link itself in "Product Data" stays.
     /// @param dryRun  delete nothing
     /// @return the paths of the folders
-    /// @throws ExceptionPrinterFailure too when a printer keeps models and does not tell from which folder, or
-    /// when its folder cannot be found: the link that names it leads nowhere, the folder above it is gone or may
-    /// not be read. A folder that is missing from the one above it is not in use.
+    /// @throws ExceptionPrinterFailure too when a printer keeps models and does not tell from which folder,
+    /// or when its folder cannot be found: the link that names it leads nowhere, the folder above it is gone
+    /// or may not be read. A folder that is missing from the one above it is not in use.
     /// @throws ExceptionOperatingSystemFailure when a folder cannot be listed or deleted; those before it are
     /// gone
     static std::vector<CXString> DeleteOrphanedProductDataFolders(const CXString& folder, bool dryRun);
