@@ -95,7 +95,7 @@ std::string Take(std::string_view& input, std::string_view forbidden) {
 
 void CheckWriting(const std::string& section, const std::string& key, const std::string& value) {
     if (!WriteText(File(), section.c_str(), key.c_str(), value.c_str())) {
-        FUZZ_EXPECT(ReadSectionNames(File(), enough).empty());  // UTF-16
+        FUZZ_EXPECT(ReadSectionNames(File(), enough).empty());  // a byte-order mark
         return;
     }
     FUZZ_EXPECT(ReadText(File(), section.c_str(), key.c_str(), "none", enough) == value);

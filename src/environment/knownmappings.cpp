@@ -21,11 +21,11 @@ void KnownMappings::KeepNames(const ModelTable& table) {
     }
 }
 
-void KnownMappings::Add(const Text& printer, const Text& file, std::unique_ptr<ModelTable> table) {
+void KnownMappings::Add(const Text& printer, const Identity& file, std::unique_ptr<ModelTable> table) {
     KeepNames(*table);
     std::vector<Source>& sources = SourcesOf(printer);
     const auto former = std::find_if(sources.begin(), sources.end() - 1,
-                                     [&file](const Source& each) { return each.name == file; });
+                                     [&file](const Source& each) { return each.file == file; });
     if (former != sources.end() - 1) {
         former->table = std::move(table);
     } else {
@@ -65,11 +65,11 @@ void KnownMappings::Refresh(const Text& printer, const StoredMappings& stored) {
 }
 
 std::optional<KnownMappings::Entry> KnownMappings::FindModel(const Text& printer, TextView model,
-                                                             TextView folder) const {
+                                                             const Identity& folder) const {
     const auto sources = m_byPrinter.find(printer);
     if (sources == m_byPrinter.end()) return std::nullopt;
     for (const Source& source : sources->second) {
-        if (!source.name.starts_with(folder)) continue;
+        if (!source.file.starts_with(folder)) continue;
         if (const auto index = source.table->Find(model)) return Entry{source.table.get(), *index};
     }
     return std::nullopt;
@@ -86,13 +86,14 @@ std::optional<KnownMappings::Entry> KnownMappings::FindByValue(const Text& print
     return std::nullopt;
 }
 
-std::vector<KnownMappings::Entry> KnownMappings::GetEntries(const Text& printer, TextView folder) const {
+std::vector<KnownMappings::Entry> KnownMappings::GetEntries(const Text& printer,
+                                                            const Identity& folder) const {
     std::vector<Entry> entries;
     const auto sources = m_byPrinter.find(printer);
     if (sources == m_byPrinter.end()) return entries;
     std::unordered_set<TextView, TextHash> seen;
     for (const Source& source : sources->second) {
-        if (!source.name.starts_with(folder)) continue;
+        if (!source.file.starts_with(folder)) continue;
         for (std::size_t i = 0; i < source.table->GetCount(); ++i) {
             if (seen.insert(source.table->GetModel(i)).second) entries.push_back({source.table.get(), i});
         }

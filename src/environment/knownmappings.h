@@ -11,6 +11,7 @@
 
 #include "environment/mappingdata.h"
 #include "environment/modeltable.h"
+#include "environment/productfiles.h"
 #include "environment/texthash.h"
 #include "environment/textview.h"
 #include "platform/text.h"
@@ -21,6 +22,7 @@
 class KnownMappings {
 public:
     using Text = platform::Text;
+    using Identity = productfiles::Identity;
     using ModelNames = std::unordered_set<Text, TextHash, std::equal_to<>>;
 
     /// One model of one table.
@@ -45,25 +47,26 @@ public:
     static constexpr std::uint64_t mostReadBack = 256 * 1024 * 1024;
 
     /// Takes what a map file said for a printer, in the place of what it said before.
-    /// @param file  its path; not empty
-    void Add(const Text& printer, const Text& file, std::unique_ptr<ModelTable> table);
+    /// @param file  not empty
+    void Add(const Text& printer, const Identity& file, std::unique_ptr<ModelTable> table);
     /// Lets what the driver data keeps take the place of what map files said, model by model where it
     /// differs. Models that no file names follow behind all others. What is beyond `mostReadBack` stays as it
     /// is.
     void Refresh(const Text& printer, const StoredMappings& stored);
 
-    /// The first entry of a printer with this name, among the sources whose path begins with `folder`.
-    std::optional<Entry> FindModel(const Text& printer, TextView model, TextView folder) const;
+    /// The first entry of a printer with this name, among the sources whose identity begins with
+    /// `folder`.
+    std::optional<Entry> FindModel(const Text& printer, TextView model, const Identity& folder) const;
     /// The first entry of a printer with this value for a key.
     std::optional<Entry> FindByValue(const Text& printer, TextView key, TextView value) const;
     /// The entries of a printer whose sources begin with `folder`, in their order, each model once.
-    std::vector<Entry> GetEntries(const Text& printer, TextView folder) const;
+    std::vector<Entry> GetEntries(const Text& printer, const Identity& folder) const;
     /// The names of all models that were ever added, in no particular order.
     const ModelNames& GetModels() const { return m_models; }
 
 private:
     struct Source {
-        Text name;
+        Identity file;
         std::unique_ptr<ModelTable> table;
     };
 

@@ -88,7 +88,8 @@ ModelTable::ModelTable(TextView file) {
 
 void ModelTable::Add(TextView model, TextView data) {
     const TextView name = m_texts.emplace_back(model);
-    AddGroup({name}, m_texts.emplace_back(data));
+    m_blocks.emplace_back(m_texts.emplace_back(data));
+    AppendOwn(m_models[Enter(name)], m_blocks.size() - 1);
 }
 
 void ModelTable::Replace(std::size_t index, TextView data) {

@@ -57,7 +57,7 @@ public:
     ModelTable& operator=(const ModelTable&) = delete;
     ~ModelTable() = default;
 
-    /// Adds a model that is not yet there.
+    /// Adds a model that is not yet there. Its name is nothing but a name, even "ALL_MODELS".
     void Add(TextView model, TextView data);
     /// Gives a model other properties; what they replace are the file's, or those of the last replacement.
     void Replace(std::size_t index, TextView data);

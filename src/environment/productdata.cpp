@@ -14,6 +14,8 @@
 #include "environment/storedtext.h"
 #include "utilities/debuggingandexceptions/norvaexception.h"
 
+namespace fs = std::filesystem;
+
 namespace {
 
 using platform::Text;
@@ -34,15 +36,11 @@ Text TableNameOf(const Printer* printer) {
     return printer != nullptr ? Text(ViewOf(printer->GetName())) : Text(noPrinter);
 }
 
-/// How the names of the files in a folder begin.
-Text PrefixOf(const CXString& folder) {
-    return folder.IsEmpty() ? Text() : Text(ViewOf(productfiles::JoinPath(folder, {})));
-}
-
 /// A model among those of a table: of the map files in a folder, else of any source.
-std::optional<KnownMappings::Entry> FindEntry(const Text& table, TextView model, const CXString& folder) {
+std::optional<KnownMappings::Entry> FindEntry(const Text& table, TextView model,
+                                              const productfiles::Identity& folder) {
     const KnownMappings& known = GetKnownMappings();
-    const auto found = known.FindModel(table, model, PrefixOf(folder));
+    const auto found = known.FindModel(table, model, productfiles::PrefixOf(folder));
     return found ? found : known.FindModel(table, model, {});
 }
 
@@ -107,8 +105,7 @@ private:
 };
 
 /// Reads a map file and keeps what it says in the driver data of a printer, if there is one.
-std::unique_ptr<ModelTable> ReadMapFile(const std::filesystem::path& file,
-                                        std::optional<PrinterMappings>& kept) {
+std::unique_ptr<ModelTable> ReadMapFile(const fs::path& file, std::optional<PrinterMappings>& kept) {
     const CXString text = productfiles::TextOf(productfiles::ReadFile(file).value_or(ByteBuffer()));
     auto table = std::make_unique<ModelTable>(ViewOf(text));
     if (kept) kept->Keep(*table);
@@ -142,6 +139,7 @@ void ProductData::Initialize(HANDLE printer, const CXString& folder, _ModelType 
     if (printer != nullptr) m_printer = std::make_unique<Printer>(printer);
     m_folder = folder;
     if (!folder.IsEmpty()) {
+        m_folderIdentity = productfiles::IdentityOfFolder(productfiles::PathOf(folder));
         UpdateRegistryMappings(folder);
         KeepFolderName();
     }
@@ -162,6 +160,7 @@ void ProductData::Reset() {
     m_printer.reset();
     m_printerHandle = nullptr;
     m_folder.Empty();
+    m_folderIdentity.clear();
     m_commands.reset();
     SetModel({}, {});
     m_isInitialized = m_isValidated = false;
@@ -175,6 +174,7 @@ void ProductData::CopyFromAnother(ProductData& other, bool withPrinter, bool wit
         m_printerHandle = other.m_printerHandle;
     }
     m_folder = StringOf(ViewOf(other.m_folder));
+    m_folderIdentity = other.m_folderIdentity;
     SetModel(other.GetMapping(), other.m_uniqueId);
     m_isInitialized = other.m_isInitialized;
     m_isValidated = other.m_isValidated;
@@ -207,7 +207,7 @@ bool ProductData::FindModel(_ModelType type, const CXString& model) {
 bool ProductData::FindByName(const CXString& model) {
     if (model.IsEmpty()) return false;
     const OwnedCriticalResource lock(GetLock());
-    const auto found = FindEntry(TableNameOf(m_printer.get()), ViewOf(model), m_folder);
+    const auto found = FindEntry(TableNameOf(m_printer.get()), ViewOf(model), m_folderIdentity);
     MappingData mapping = found ? found->GetMapping() : MappingData(StringOf(ViewOf(model)));
     if (m_printer != nullptr) mapping.GetData(MappingData::usbProductIdKey, *m_printer);
     if (!found && mapping.GetAllData().IsBlank()) return false;
@@ -255,7 +255,8 @@ std::vector<CXString> ProductData::GetModels() {
     const OwnedCriticalResource lock(GetLock());
     std::vector<CXString> models;
     const Text table = TableNameOf(m_printer.get());
-    for (const KnownMappings::Entry& entry : GetKnownMappings().GetEntries(table, PrefixOf(m_folder)))
+    for (const KnownMappings::Entry& entry :
+         GetKnownMappings().GetEntries(table, productfiles::PrefixOf(m_folderIdentity)))
         models.push_back(StringOf(entry.GetModel()));
     return models;
 }
@@ -264,19 +265,22 @@ std::vector<CXString> ProductData::GetModels() {
 
 void ProductData::UpdateRegistryMappings(const CXString& folder) {
     std::optional<PrinterMappings> kept = MappingsOf(m_printer.get());
-    for (const std::filesystem::path& file : productfiles::FindMapFiles(productfiles::PathOf(folder)))
-        AddMappings(productfiles::NameOf(file), ReadMapFile(file, kept));
+    // The files are named below the folder's own path, which is that of no other.
+    const fs::path root = productfiles::IdentityOfFolder(productfiles::PathOf(folder));
+    for (const fs::path& file : productfiles::FindMapFiles(root).files)
+        AddMappings(file.native(), ReadMapFile(file, kept));
 }
 
 void ProductData::ParseMapFile(const CXString& path) {
     std::optional<PrinterMappings> kept = MappingsOf(m_printer.get());
-    AddMappings(path, ReadMapFile(productfiles::PathOf(path), kept));
+    const fs::path file = productfiles::PathOf(path);
+    AddMappings(productfiles::IdentityOfFile(file), ReadMapFile(file, kept));
 }
 
 /// Takes what a map file said into the tables of the process.
-void ProductData::AddMappings(const CXString& file, std::unique_ptr<ModelTable> table) {
+void ProductData::AddMappings(const fs::path::string_type& file, std::unique_ptr<ModelTable> table) {
     const OwnedCriticalResource lock(GetLock());
-    GetKnownMappings().Add(TableNameOf(m_printer.get()), Text(ViewOf(file)), std::move(table));
+    GetKnownMappings().Add(TableNameOf(m_printer.get()), file, std::move(table));
 }
 
 void ProductData::UpdateCachedMapData() {
@@ -289,7 +293,7 @@ void ProductData::UpdateCachedMapData() {
     } catch (const NorvaException&) {
         return;  // what was known is as good as it gets
     }
-    if (const auto current = FindEntry(name, ViewOf(m_mapping.GetModel()), m_folder))
+    if (const auto current = FindEntry(name, ViewOf(m_mapping.GetModel()), m_folderIdentity))
         m_mapping = current->GetMapping();
     m_lastKey.Empty();
 }

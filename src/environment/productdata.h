@@ -1,6 +1,7 @@
 // ProductData: which printer model is served, where its files lie, and its printer-language commands.
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <set>
 #include <vector>
@@ -165,6 +166,7 @@ public:
     /// Reads the properties of a printer's models again from its driver data; does nothing without one.
     void UpdateCachedMapData();
     /// Reads every file with ".map" in its name, in a folder and all below it, in the order of their names.
+    /// What cannot be read is passed over.
     /// @throws ExceptionPrinterFailure when the driver data cannot be written
     void UpdateRegistryMappings(const CXString& folder);
     /// Reads a map file; what it said before is forgotten.
@@ -186,8 +188,9 @@ public:
     static void UnpackJarCabFile(const CXString& cabFile, const CXString& folder);
     /// Unpacks every cabinet that stands in a folder or below it, in the order of their names: DTD.cab and
     /// DTDs.cab as UnpackDtdCabFile does, JAR.cab and JARs.cab as UnpackJarCabFile does, every other file
-    /// that ends in ".cab" as UnpackProductCabFile does, all without regard to case. Links are not followed,
-    /// nor are folders more than 32 deep. Ends at the first cabinet that is refused.
+    /// that ends in ".cab" as UnpackProductCabFile does, all without regard to case. Links are not followed.
+    /// Nothing is unpacked when a folder cannot be read or lies more than 64 deep. Ends at the first cabinet
+    /// that is refused.
     /// @param target  where the same folders are made for what is unpacked; empty for beside the cabinets
     /// @return the paths of the cabinets
     static std::vector<CXString> UnpackCabFilesInAllDirectoriesRecursively(const CXString& folder,
@@ -213,7 +216,9 @@ public:
     /// Links are deleted and not followed; what is a link itself in "Product Data" stays.
     /// @param dryRun  delete nothing
     /// @return the paths of the folders
-    /// @throws ExceptionPrinterFailure too when a printer keeps models and does not tell from which folder
+    /// @throws ExceptionPrinterFailure too when a printer keeps models and does not tell from which folder,
+    /// or when its folder cannot be found: the link that names it leads nowhere, the folder above it is gone
+    /// or may not be read. A folder that is missing from the one above it is not in use.
     /// @throws ExceptionOperatingSystemFailure when a folder cannot be listed or deleted; those before it are
     /// gone
     static std::vector<CXString> DeleteOrphanedProductDataFolders(const CXString& folder, bool dryRun);
@@ -221,7 +226,8 @@ public:
     static void EnumeratePerPrinterRegKeysForInstalledPrinters(std::vector<PerPrinterRegKey>& keys);
     /// Deletes those that are for no installed printer's current model and that no map file in the printer's
     /// own product data folder names. A printer without a current model may still choose any, so that all of
-    /// its own stay.
+    /// its own stay; so do those of a printer whose folder is not known, or not there, or has a folder or map
+    /// file that cannot be read.
     /// @param dryRun  delete nothing
     /// @return the values
     static std::vector<PerPrinterRegKey> DeleteOrphanedPerPrinterRegKeys(bool dryRun);
@@ -273,12 +279,13 @@ private:
     bool FindModel(_ModelType type, const CXString& model);
     bool FindByName(const CXString& model);
     bool FindById(const CXString& key, const CXString& id);
-    void AddMappings(const CXString& file, std::unique_ptr<ModelTable> table);
+    void AddMappings(const std::filesystem::path::string_type& file, std::unique_ptr<ModelTable> table);
     void ReadCommands();
 
     HANDLE m_printerHandle = nullptr;
     std::unique_ptr<Printer> m_printer;  ///< Null when transient.
     CXString m_folder;
+    std::filesystem::path::string_type m_folderIdentity;  ///< However the folder is named; empty for none.
     bool m_isInitialized = false;
     bool m_isValidated = false;
     MappingData m_mapping;

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <unordered_set>
@@ -15,6 +16,7 @@
 #include "environment/storedtext.h"
 #include "environment/textview.h"
 #include "platform/folder.h"
+#include "platform/path.h"
 #include "platform/text.h"
 #include "platform/widechar.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
@@ -93,9 +95,8 @@ bool IsInside(const fs::path& inner, const fs::path& outer) {
     }
 }
 
-bool IsUsed(const fs::path& folder, const std::set<CXString>& used) {
-    return std::any_of(used.begin(), used.end(), [&folder](const CXString& name) {
-        const fs::path path = productfiles::PathOf(name);
+bool IsUsed(const fs::path& folder, const std::vector<fs::path>& used) {
+    return std::any_of(used.begin(), used.end(), [&folder](const fs::path& path) {
         return IsInside(path, folder) || IsInside(folder, path);
     });
 }
@@ -134,6 +135,36 @@ std::set<CXString> ListUsedFolders(const std::vector<PrinterUse>& uses) {
     return folders;
 }
 
+/// Whether a folder that could not be looked at is known not to be there: its own folder has nothing of that
+/// name, not even a link that leads nowhere. A disk that is not mounted and a renamed folder above take that
+/// folder away too.
+bool IsKnownAbsent(const fs::path& path) {
+    std::error_code error;
+    return fs::symlink_status(path, error).type() == fs::file_type::not_found &&
+           fs::is_directory(path.parent_path(), error);
+}
+
+/// Where the folders in use are, as they are named and as links in their names lead. Throws when one of them
+/// cannot be found out.
+std::vector<fs::path> FindUsedFolders(const std::vector<PrinterUse>& uses) {
+    std::vector<fs::path> folders;
+    for (const PrinterUse& use : uses) {
+        if (use.folder.IsEmpty()) continue;
+        const fs::path path = productfiles::PathOf(use.folder);
+        folders.push_back(path);
+        fs::path resolved;
+        const std::error_code error = platform::ResolvePath(path, platform::LastLink::Follow, resolved);
+        if (!error) {
+            folders.push_back(resolved);
+        } else if (!IsKnownAbsent(path)) {
+            NV_THROW(ExceptionPrinterFailure, "ProductData::DeleteOrphanedProductDataFolders", __LINE__,
+                     NV_TEXT("%s: the printer's product data folder %s cannot be found: %s"), use.printer,
+                     use.folder, CXString(error.message().c_str()));
+        }
+    }
+    return folders;
+}
+
 /// Throws when one of the folders in use is not known.
 void RequireFoldersKnown(const std::vector<PrinterUse>& uses) {
     for (const PrinterUse& use : uses) {
@@ -147,11 +178,12 @@ void RequireFoldersKnown(const std::vector<PrinterUse>& uses) {
 /// The models that the map files of folders name now.
 class FolderModels {
 public:
-    bool Names(const CXString& folder, const CXString& model) {
-        if (folder.IsEmpty()) return false;
+    /// Also where not all that the folder's map files say could be read.
+    bool MayName(const CXString& folder, const CXString& model) {
+        if (folder.IsEmpty()) return true;
         const auto [found, isNew] = m_models.try_emplace(folder);
-        if (isNew) ReadFolder(folder, found->second);
-        return found->second.contains(Lower(ViewOf(model)));
+        if (isNew) found->second = ReadFolder(productfiles::PathOf(folder));
+        return !found->second || found->second->contains(Lower(ViewOf(model)));
     }
 
 private:
@@ -164,25 +196,33 @@ private:
         return lower;
     }
 
-    static void ReadFolder(const CXString& folder, Models& models) {
-        for (const fs::path& file : productfiles::FindMapFiles(productfiles::PathOf(folder))) {
-            const ByteBuffer bytes = productfiles::ReadFile(file).value_or(ByteBuffer());
+    static std::optional<Models> ReadFolder(const fs::path& folder) {
+        const productfiles::MapFiles found = productfiles::FindMapFiles(folder);
+        if (!found.IsComplete()) return std::nullopt;
+        Models models;
+        for (const fs::path& file : found.files) {
+            ByteBuffer bytes;
+            if (productfiles::ReadFile(file, bytes)) return std::nullopt;
             const ModelTable table(ViewOf(productfiles::TextOf(bytes)));
             for (std::size_t i = 0; i < table.GetCount(); ++i)
                 models.insert(Lower(table.GetModel(i)));
         }
+        return models;
     }
 
-    std::map<CXString, Models> m_models;
+    std::map<CXString, std::optional<Models>> m_models;  ///< None where they could not all be read.
 };
 
 }  // namespace
 
-/// Lets maintenance know that the folder is in use. Nothing is written when the driver data tells it already.
+/// Lets maintenance know that the folder is in use, by the one path that stays right in other sessions.
+/// Nothing is written when the driver data tells it already.
 void ProductData::KeepFolderName() {
     if (m_printer == nullptr) return;
     std::error_code error;
-    const CXString path = productfiles::NameOf(fs::absolute(productfiles::PathOf(m_folder), error));
+    CXString path = productfiles::NameOf(m_folderIdentity);
+    if (productfiles::PathOf(path) != fs::path(m_folderIdentity))  // whose bytes are no text
+        path = productfiles::NameOf(fs::absolute(productfiles::PathOf(m_folder), error));
     if (!error && storedtext::Read(*m_printer, folderValue) != path)
         storedtext::Write(*m_printer, folderValue, path);
 }
@@ -194,7 +234,7 @@ void ProductData::EnumerateProductDataFoldersUsedByInstalledDrivers(std::set<CXS
 std::vector<CXString> ProductData::DeleteOrphanedProductDataFolders(const CXString& folder, bool dryRun) {
     const std::vector<PrinterUse> uses = ReadUses();
     RequireFoldersKnown(uses);
-    const std::set<CXString> used = ListUsedFolders(uses);
+    const std::vector<fs::path> used = FindUsedFolders(uses);
 
     const CXString rootPath = productfiles::JoinPath(folder, productDataFolder);
     platform::Folder parent;
@@ -211,12 +251,17 @@ std::vector<CXString> ProductData::DeleteOrphanedProductDataFolders(const CXStri
     RequireDone(root.List(entries), rootPath);
     std::sort(entries.begin(), entries.end(),
               [](const auto& left, const auto& right) { return left.name < right.name; });
-    std::error_code error;
-    const fs::path absoluteRoot = fs::absolute(productfiles::PathOf(rootPath), error);
-    RequireDone(error, rootPath);
+    fs::path rootIdentity;
+    RequireDone(
+        platform::ResolvePath(productfiles::PathOf(rootPath), platform::LastLink::Follow, rootIdentity),
+        rootPath);
     for (const platform::FolderEntry& entry : entries) {
-        const bool isFolder = entry.kind == EntryKind::Folder;
-        if (!isFolder || IsUsed(absoluteRoot / productfiles::PathOf(StringOf(entry.name)), used)) continue;
+        // One whose name is no text cannot be looked at here, and stays.
+        fs::path found;
+        const fs::path named = rootIdentity / productfiles::PathOf(StringOf(entry.name));
+        if (entry.kind != EntryKind::Folder ||
+            platform::ResolvePath(named, platform::LastLink::Keep, found) || IsUsed(found, used))
+            continue;
         const CXString path = productfiles::JoinPath(rootPath, StringOf(entry.name));
         if (!dryRun) DeleteFolder(root, entry.name, path, 1);
         orphans.push_back(path);
@@ -243,7 +288,7 @@ std::vector<ProductData::PerPrinterRegKey> ProductData::DeleteOrphanedPerPrinter
         if (use.model.IsEmpty()) continue;
         for (const CXString& valueName : use.mappings) {
             const CXString model = valueName.Mid(CXString(MappingData::valueNamePrefix).GetLength());
-            if (!isCurrent(model) && !folders.Names(use.folder, model))
+            if (!isCurrent(model) && !folders.MayName(use.folder, model))
                 orphans.push_back({use.printer, valueName});
         }
     }

@@ -18,7 +18,7 @@ namespace {
 
 using platform::Text;
 
-constexpr int deepestFolder = 32;
+constexpr int deepestFolder = 64;
 constexpr TextView cabExtension = NV_TEXT(".cab");
 const WChar* const dtdFolder = NV_TEXT("DTDs");
 const WChar* const jarFolder = NV_TEXT("V5.0");
@@ -57,13 +57,18 @@ CXString Join(const CXString& folder, const CXString& relative) {
     return relative.IsEmpty() ? folder : productfiles::JoinPath(folder, relative);
 }
 
-/// Adds the cabinets of a folder and then those of the folders in it.
-void FindCabs(const platform::Folder& folder, const CXString& path, int depth, std::vector<FoundCab>& cabs) {
-    std::vector<platform::FolderEntry> entries;
-    if (const std::error_code error = folder.List(entries)) {
+void RequireDone(const std::error_code& error, const CXString& path) {
+    if (error) {
         NV_THROW(ExceptionOperatingSystemFailure, "ProductData::UnpackCabFilesInAllDirectoriesRecursively",
                  __LINE__, NV_TEXT("%s: %s"), path, CXString(error.message().c_str()));
     }
+}
+
+/// Adds the cabinets of a folder and then those of the folders in it.
+void FindCabs(const platform::Folder& folder, const CXString& path, int depth, std::vector<FoundCab>& cabs) {
+    if (depth > deepestFolder) RequireDone(std::make_error_code(std::errc::filename_too_long), path);
+    std::vector<platform::FolderEntry> entries;
+    RequireDone(folder.List(entries), path);
     std::sort(entries.begin(), entries.end(),
               [](const auto& left, const auto& right) { return Lower(left.name) < Lower(right.name); });
     for (const platform::FolderEntry& entry : entries) {
@@ -71,10 +76,11 @@ void FindCabs(const platform::Folder& folder, const CXString& path, int depth, s
             cabs.push_back({path, entry.name});
     }
     for (const platform::FolderEntry& entry : entries) {
+        if (entry.kind != platform::EntryKind::Folder) continue;
+        const CXString subpath = Join(path, StringOf(entry.name));
         platform::Folder subfolder;
-        if (entry.kind == platform::EntryKind::Folder && depth < deepestFolder &&
-            !subfolder.OpenIn(folder, entry.name))
-            FindCabs(subfolder, Join(path, StringOf(entry.name)), depth + 1, cabs);
+        RequireDone(subfolder.OpenIn(folder, entry.name), subpath);
+        FindCabs(subfolder, subpath, depth + 1, cabs);
     }
 }
 
@@ -95,10 +101,7 @@ void ProductData::UnpackJarCabFile(const CXString& cabFile, const CXString& fold
 std::vector<CXString> ProductData::UnpackCabFilesInAllDirectoriesRecursively(const CXString& folder,
                                                                              const CXString& target) {
     platform::Folder root;
-    if (const std::error_code error = root.Open(Text(ViewOf(folder)))) {
-        NV_THROW(ExceptionOperatingSystemFailure, "ProductData::UnpackCabFilesInAllDirectoriesRecursively",
-                 __LINE__, NV_TEXT("%s: %s"), folder, CXString(error.message().c_str()));
-    }
+    RequireDone(root.Open(Text(ViewOf(folder))), folder);
     // All are found before the first is unpacked: what comes out of a cabinet is not unpacked again.
     std::vector<FoundCab> cabs;
     FindCabs(root, {}, 1, cabs);

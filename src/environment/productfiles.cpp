@@ -2,11 +2,11 @@
 #include "environment/productfiles.h"
 
 #include <algorithm>
-#include <fstream>
 #include <string>
-#include <system_error>
+#include <utility>
 
 #include "platform/codepage.h"
+#include "platform/path.h"
 #include "platform/text.h"
 #include "utilities/utilitiesdll/devicename.h"
 #include "utilities/utilitiesdll/norvautilities.h"
@@ -17,7 +17,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int deepestFolder = 32;
 constexpr WChar separator = fs::path::preferred_separator;
 
 bool IsSeparator(WChar character) {
@@ -41,28 +40,13 @@ bool IsMapFileName(const fs::path& path) {
     return path.filename().native().find(mark) != fs::path::string_type::npos;
 }
 
-std::vector<fs::path> ListSorted(const fs::path& folder) {
-    std::vector<std::pair<fs::path::string_type, fs::path>> entries;
-    std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
-        entries.emplace_back(SortKey(entry->path()), entry->path());
-    std::sort(entries.begin(), entries.end());
-    std::vector<fs::path> paths;
-    paths.reserve(entries.size());
-    for (auto& [key, path] : entries)
-        paths.push_back(std::move(path));
-    return paths;
-}
-
-void AddMapFiles(const fs::path& folder, int depth, std::vector<fs::path>& files) {
-    for (const fs::path& path : ListSorted(folder)) {
-        std::error_code error;
-        if (fs::is_directory(fs::symlink_status(path, error))) {
-            if (depth < deepestFolder) AddMapFiles(path, depth + 1, files);
-        } else if (IsMapFileName(path) && fs::is_regular_file(path, error)) {
-            files.push_back(path);
-        }
-    }
+/// What is in a folder, the last one first.
+std::error_code ListBackwards(const fs::path& folder, std::vector<platform::PathEntry>& entries) {
+    const std::error_code error = platform::ListPath(folder, entries);
+    std::sort(entries.begin(), entries.end(), [](const auto& left, const auto& right) {
+        return std::pair(SortKey(right.name), right.name) < std::pair(SortKey(left.name), left.name);
+    });
+    return error;
 }
 
 /// Whether a platform could take a name in a path for something else than a file or folder of that name:
@@ -97,24 +81,63 @@ CXString NameOf(const fs::path& path) {
     return StringOfNative(path.native());
 }
 
-std::vector<fs::path> FindMapFiles(const fs::path& folder) {
-    std::vector<fs::path> files;
-    AddMapFiles(folder, 1, files);
-    return files;
+Identity IdentityOfFolder(const fs::path& folder) {
+    fs::path found;
+    if (!platform::ResolvePath(folder, platform::LastLink::Follow, found)) return found.native();
+    std::error_code error;
+    found = fs::absolute(folder, error).lexically_normal();
+    return (found.has_filename() ? found : found.parent_path()).make_preferred().native();
+}
+
+Identity IdentityOfFile(const fs::path& file) {
+    fs::path found;
+    if (!platform::ResolvePath(file, platform::LastLink::Keep, found)) return found.native();
+    return PrefixOf(IdentityOfFolder(file.has_parent_path() ? file.parent_path() : ".")) +
+           file.filename().native();
+}
+
+Identity PrefixOf(const Identity& folder) {
+    const bool isWhole = folder.empty() || folder.back() == fs::path::preferred_separator;
+    return isWhole ? folder : folder + fs::path::preferred_separator;
+}
+
+bool MapFiles::IsComplete() const {
+    return std::none_of(skipped.begin(), skipped.end(), [](const Skipped& each) { return each.reason; });
+}
+
+MapFiles FindMapFiles(const fs::path& folder) {
+    using platform::EntryKind;
+    MapFiles found;
+    std::vector<platform::PathEntry> pending = {{folder, EntryKind::Folder}};  // the next one last
+    while (!pending.empty()) {
+        const auto [path, kind] = std::move(pending.back());
+        pending.pop_back();
+        std::error_code error;
+        if (kind == EntryKind::Folder) {
+            std::vector<platform::PathEntry> entries;
+            if ((error = ListBackwards(path, entries))) found.skipped.push_back({path, error});
+            for (platform::PathEntry& entry : entries)
+                pending.push_back({path / entry.name, entry.kind});
+        } else if (kind == EntryKind::Other && fs::is_directory(path, error)) {
+            found.skipped.push_back({path, {}});
+        } else if (IsMapFileName(path)) {
+            found.files.push_back(path);
+        }
+    }
+    return found;
+}
+
+std::error_code ReadFile(const fs::path& file, ByteBuffer& bytes) {
+    std::vector<BYTE> content;
+    const std::error_code error = platform::ReadPath(file, largestFile, content);
+    bytes = ByteBuffer();
+    if (!error) bytes.insert(bytes.end(), content.begin(), content.end());
+    return error;
 }
 
 std::optional<ByteBuffer> ReadFile(const fs::path& file) {
-    std::error_code error;
-    if (!fs::is_regular_file(file, error)) return std::nullopt;
-    const std::uintmax_t size = fs::file_size(file, error);
-    if (error || size > largestFile) return std::nullopt;
-
-    std::ifstream in(file, std::ios::binary);
-    ByteBuffer bytes(static_cast<std::size_t>(size), 0);
-    in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
-    if (!in.is_open() || in.bad()) return std::nullopt;
-    bytes.resize(static_cast<std::size_t>(in.gcount()));
-    return bytes;
+    ByteBuffer bytes;
+    return ReadFile(file, bytes) ? std::nullopt : std::optional(std::move(bytes));
 }
 
 CXString TextOf(const ByteBuffer& bytes) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <system_error>
 #include <vector>
 
 #include "environment/textview.h"
@@ -20,13 +21,39 @@ NVUTIL_API std::filesystem::path PathOf(const CXString& name);
 /// The name of a path; each byte in it that is not UTF-8, off Windows, becomes U+FFFD.
 NVUTIL_API CXString NameOf(const std::filesystem::path& path);
 
-/// Every file with ".map" in its name, in a folder and all below it. Folders and files come in the order of
-/// their names without regard to case, as file systems of the product's platform list them. Links to folders
-/// are not followed, so that it ends.
-NVUTIL_API std::vector<std::filesystem::path> FindMapFiles(const std::filesystem::path& folder);
+/// How a folder or file is told from all others: its one path, however it is named, in the bytes of the
+/// system. One that cannot be looked at is known by its absolute path.
+using Identity = std::filesystem::path::string_type;
 
-/// Everything in a file.
-/// @return nothing when it is no ordinary file, cannot be read or is larger than `largestFile`
+NVUTIL_API Identity IdentityOfFolder(const std::filesystem::path& folder);
+/// That of a file as an entry of its folder: a link is another file than the one that it leads to.
+NVUTIL_API Identity IdentityOfFile(const std::filesystem::path& file);
+/// How the identities of what is in a folder begin; empty only for the empty identity.
+NVUTIL_API Identity PrefixOf(const Identity& folder);
+
+/// What could not be looked at.
+struct Skipped {
+    std::filesystem::path path;
+    std::error_code reason;  ///< None for a link to a folder, which is never followed.
+};
+
+struct MapFiles {
+    std::vector<std::filesystem::path> files;
+    std::vector<Skipped> skipped;
+
+    /// Whether all folders were read.
+    bool IsComplete() const;
+};
+
+/// Every file with ".map" in its name, in a folder and all below it, however deep. Folders and files come in
+/// the order of their names without regard to case, as file systems of the product's platform list them.
+/// Links to folders are not followed, so that it ends.
+NVUTIL_API MapFiles FindMapFiles(const std::filesystem::path& folder);
+
+/// Reads everything in a file.
+/// @return std::errc::file_too_large when it is larger than `largestFile`
+NVUTIL_API std::error_code ReadFile(const std::filesystem::path& file, ByteBuffer& bytes);
+/// The same, where nothing but absence matters.
 NVUTIL_API std::optional<ByteBuffer> ReadFile(const std::filesystem::path& file);
 
 /// Text in the system's ANSI code page, up to its first zero.

@@ -11,8 +11,9 @@
 /// value is found or set; nothing is listed or removed by a name with blanks around it. Lines end with CR LF,
 /// LF or CR. A line whose first character is ";" is a comment.
 ///
-/// Texts are bytes to these functions, whatever they encode. Each file is named by a wide text that is not
-/// null. A function that reads takes a file that cannot be read for an empty one.
+/// Texts are bytes to these functions, whatever they encode; a file that begins with a byte-order mark, of
+/// UTF-8 or UTF-16, is never touched. Each file is named by a wide text that is not null. A function that
+/// reads takes a file that cannot be read, or has such a mark, for an empty one.
 namespace platform::profile {
 
 // Reading. `capacity` is the room that the caller has for the result in bytes, terminators included: a longer

@@ -65,6 +65,24 @@ TEST(ProductData, AnswersForTheCurrentModel) {
     EXPECT_NE(cache, unknown.GenerateDmCacheFileName());
 }
 
+TEST(ProductData, KnowsItsFolderByAnyNameAndAtAnyDepth) {
+    const ProductFolder other;
+    other.Write("a.map", "Model:Other\n");
+    const ProductData before(nullptr, other.GetName(), ProductData::ModelTypeName, {});
+    const ProductFolder folder;
+    std::string deep;
+    for (int i = 0; i < 40; ++i)
+        deep += "d/";
+    folder.Write(deep + "a.map", "Model:Own\n");
+    for (const WChar* const end : {NV_TEXT(""), NV_TEXT("/"), NV_TEXT("/./d/..//")}) {
+        ProductData data(nullptr, folder.GetName() + end, ProductData::ModelTypeName, {});
+        ASSERT_EQ(data.GetModels().size(), 1u) << Narrow(end);
+        EXPECT_EQ(Narrow(data.GetModels().front()), "Own");
+    }
+    ProductData none(nullptr, folder.NameOf("none"), ProductData::ModelTypeName, {});
+    EXPECT_TRUE(none.GetModels().empty());
+}
+
 TEST(ProductData, ReadsCodesAndNumbersOfAnyText) {
     const ProductFolder folder;
     struct Case {
@@ -299,18 +317,21 @@ TEST(ProductDataOfAPrinter, IsKeptInItsDriverData) {
     printer.SetPrinterDataExW(
         Printer::driverDataKey, NV_TEXT("PDMap-A"), Printer::typeString,
         ByteBuffer(CXString(NV_TEXT("USB_PRODUCT_ID=id-2;RATEDSPEED=9;"))).appendNullChar());
-    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-C"), Printer::typeString,
+    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-AB"), Printer::typeString,
                               ByteBuffer(CXString(NV_TEXT("USB_PRODUCT_ID=id-2;"))).appendNullChar());
     printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-D"), Printer::typeBinary, {1, 2, 3});
+    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-ALL_MODELS"), Printer::typeString,
+                              ByteBuffer(CXString(NV_TEXT("FAMILYNAME=all;"))).appendNullChar());
     EXPECT_TRUE(data.ValidateUsbProductId(NV_TEXT("id-2")));
     EXPECT_EQ(Narrow(data.GetModelName()), "A");
     EXPECT_EQ(data.GetRatedSpeed(), 9);
-    CXString model = NV_TEXT("C");
+    CXString model = NV_TEXT("AB");
     EXPECT_TRUE(data.ValidateModelInfo(model, false));
+    EXPECT_EQ(Info(data, ProductData::InfoTypeFamilyName), "") << "stored data is no instruction";
     model = NV_TEXT("D");
     EXPECT_FALSE(ProductData().ValidateModelInfo(model, false)) << "the models of a printer are its own";
     data.UpdateRegistryWithProductDataValues();
-    EXPECT_EQ(Stored(test, NV_TEXT("xUPDCurrentModel")), "C");
+    EXPECT_EQ(Stored(test, NV_TEXT("xUPDCurrentModel")), "AB");
 
     EXPECT_THROW(ProductData(&model, {}, ProductData::ModelTypeName, {}), ExceptionInvalidPrinterHandle);
 }

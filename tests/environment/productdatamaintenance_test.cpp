@@ -107,8 +107,9 @@ TEST(ProductDataMaintenance, DeletesFoldersThatNoPrinterUses) {
 
     std::set<CXString> used;
     ProductData::EnumerateProductDataFoldersUsedByInstalledDrivers(used);
-    EXPECT_TRUE(used.contains(folder.NameOf("Product Data/used")));
-    EXPECT_TRUE(used.contains(folder.NameOf("Product Data/holds/used")));
+    for (const char* const name : {"/Product Data/used", "/Product Data/holds/used"})
+        EXPECT_TRUE(
+            used.contains(productfiles::NameOf(productfiles::IdentityOfFolder(folder.GetPath() + name))));
 
     const Names orphans = {"Product Data/a second", "Product Data/orphan"};
     EXPECT_EQ(Relative(folder, ProductData::DeleteOrphanedProductDataFolders(folder.GetName(), true)),

@@ -233,9 +233,8 @@ TEST_F(Profile, CutsWhatDoesNotFit) {
 }
 
 TEST_F(Profile, ReadsEveryKindOfLineEnd) {
-    for (const std::string_view text :
-         {"[a]\nj=1\n\n[b]\nk=2"sv, "[a]\r\nj=1\r\n\r\n[b]\r\nk=2"sv, "[a]\rj=1\r\r[b]\rk=2"sv,
-          "\n\r\n[a]\r\r\nj=1\n[b]\nk=2\r"sv, "\xEF\xBB\xBF[a]\nj=1\n[b]\nk=2\n"sv}) {
+    for (const std::string_view text : {"[a]\nj=1\n\n[b]\nk=2"sv, "[a]\r\nj=1\r\n\r\n[b]\r\nk=2"sv,
+                                        "[a]\rj=1\r\r[b]\rk=2"sv, "\n\r\n[a]\r\r\nj=1\n[b]\nk=2\r"sv}) {
         const File file = NewFile(text);
         EXPECT_EQ(ReadText(file, "a", "j", "D", enough), "1") << text;
         EXPECT_EQ(ReadText(file, "b", "k", "D", enough), "2") << text;
@@ -278,8 +277,6 @@ const WriteCase writeCases[] = {
     {"[a]\r\nk=1", "a", "j", "2", "[a]\r\nk=1\r\nj=2\r\n"},
     {"[a]", "a", "j", "2", "[a]\r\nj=2\r\n"},
     {"x", "a", "j", "2", "x\r\n[a]\r\nj=2\r\n"},
-    {"\xEF\xBB\xBF[a]\r\nk=1\r\n", "a", "k", "2", "\xEF\xBB\xBF[a]\r\nk=2\r\n"},
-    {"\xEF\xBB\xBF", "a", "k", "2", "\xEF\xBB\xBF[a]\r\nk=2\r\n"},
     // Removing
     {"[a]\r\nk=1\r\nj=2\r\n", "a", "K", nullptr, "[a]\r\nj=2\r\n"},
     {"[a]\r\nk=1\r\nk=2\r\n", "a", "k", nullptr, "[a]\r\nk=2\r\n"},
@@ -363,6 +360,21 @@ TEST_F(Profile, FailsWhereNothingCanBeWritten) {
     EXPECT_FALSE(WriteText(File(m_folder / "missing" / "a.ini"), "a", "k", "v"));
     EXPECT_FALSE(WriteText(File(m_folder.GetPath()), "a", "k", "v"));
     EXPECT_EQ(ReadText(File(m_folder.GetPath()), "a", "k", "D", enough), "D");
+}
+
+TEST_F(Profile, LeavesTextWithAByteOrderMarkAlone) {
+    for (const std::string_view text : {"\xEF\xBB\xBF[a]\r\nk=1\r\n"sv, "\xEF\xBB\xBF\r\n[a]\r\nk=1\r\n"sv,
+                                        "\xFF\xFE[\0a\0]\0\n\0k\0=\0001\0"sv, "\xFE\xFF\0[\0a\0]"sv}) {
+        const File file = NewFile(text);
+        EXPECT_EQ(ReadText(file, "a", "k", "D", enough) + ReadSection(file, "a", enough) +
+                      ReadSectionNames(file, enough),
+                  "D");
+        EXPECT_EQ(ReadNumber(file, "a", "k", 7), 7u);
+        EXPECT_FALSE(WriteText(file, "a", "k", "2") || WriteText(file, "b", "k", "\xC3\xA4") ||
+                     WriteText(file, "a", nullptr, nullptr) || WriteSection(file, "a", "k=2\0") ||
+                     WriteStruct(file, "a", "k", "2", 1));
+        EXPECT_EQ(file.GetContent(), text);
+    }
 }
 
 TEST_F(Profile, NeverTakesASimilarNameForTheFiles) {

@@ -1,9 +1,11 @@
 // Tests of `nvutil product`, `nvutil pdl` and `nvutil amp`.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "environment/productdata.h"
 #include "environment/productfolder.h"
 #include "tools/toolruns.h"
 
@@ -97,6 +99,9 @@ TEST(ProductCheck, SaysWhatAMaintainerWouldWantToKnow) {
     folder.Write("a.map", "Model:A\nX:1\n");
     folder.Write("b.map", "Model:B\nX:1\n");
     EXPECT_EQ(Nvutil({"product", "check", folder.GetPath()}).out, "2 files read: 0 findings\n");
+    std::filesystem::resize_file(folder.GetPath() + "/b.map", std::uintmax_t{ProductData::largestFile} + 1);
+    const std::string skipped = Nvutil({"product", "check", folder.GetPath()}).out;
+    EXPECT_NE(skipped.find("b.map: is larger than 64 MiB\n"), std::string::npos) << skipped;
 }
 
 }  // namespace

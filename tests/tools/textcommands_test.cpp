@@ -1,7 +1,10 @@
 // Tests of `nvutil ini` and `nvutil base64`.
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <filesystem>
 #include <string>
+#include <vector>
 
 #include "platform/profilefiles.h"
 #include "tools/toolruns.h"
@@ -66,6 +69,13 @@ TEST(IniCommands, RefuseWhatIsNotThere) {
     expectRefused(Nvutil({"ini", "sections", utf16Name}), "ExceptionInvalidArgument");
     expectRefused(Nvutil({"ini", "set", utf16Name, "a", "k", "v"}), "ExceptionInvalidArgument");
     EXPECT_EQ(utf16.GetContent(), "\xFF\xFE[");
+    const profiletest::File large(folder / "large.ini", "[a]\nk=1\n");
+    std::filesystem::resize_file(large.GetPath(), (std::uintmax_t{64} << 20) + 1);
+    for (const std::string verb : {"get", "keys", "sections"}) {
+        std::vector<std::string> arguments = {"ini", verb, large.GetPath().string(), "a", "k"};
+        arguments.resize(verb == "get" ? 5 : verb == "keys" ? 4 : 3);
+        expectRefused(Nvutil(arguments), "ExceptionInvalidArgument");
+    }
     expectRefused(Nvutil({"ini", "get", "", "a", "k"}), "ExceptionCreateFileForReading");
     EXPECT_EQ(Nvutil({"ini", "set", file, "a", "k"}).status, 2);
     EXPECT_EQ(Nvutil({"ini", "set", file, "a"}).status, 2);

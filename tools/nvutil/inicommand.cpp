@@ -1,6 +1,7 @@
 // nvutil ini: reads and changes INI files of UTF-8 text.
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -39,11 +40,11 @@ bool CanBeRead(const fs::path& path) {
     std::error_code ignored;
     if (!fs::is_regular_file(path, ignored)) return false;
     std::ifstream file(path, std::ios::binary);
-    char mark[2] = {};
-    file.read(mark, sizeof mark);
-    const std::string_view begin(mark, sizeof mark);
-    if (begin == "\xFF\xFE" || begin == "\xFE\xFF")
-        NV_THROW(ExceptionInvalidArgument, "ReadIniFile", __LINE__, NV_TEXT("is in UTF-16"));
+    char begin[3] = {};
+    file.read(begin, sizeof begin);
+    const std::string_view mark(begin, sizeof begin);
+    if (mark == "\xEF\xBB\xBF" || mark.starts_with("\xFF\xFE") || mark.starts_with("\xFE\xFF"))
+        NV_THROW(ExceptionInvalidArgument, "ReadIniFile", __LINE__, NV_TEXT("begins with a byte-order mark"));
     return file.is_open() && !file.bad();
 }
 
@@ -60,19 +61,30 @@ CXString NameOf(ToolRun& run, const Arguments& arguments, bool mustBeThere) {
     return FromUtf8({reinterpret_cast<const char*>(name.data()), name.size()});
 }
 
-CXString NameOfExisting(ToolRun& run, const Arguments& arguments) {
-    constexpr bool mustBeThere = true;
-    return NameOf(run, arguments, mustBeThere);
+/// A file to read from, and room for whatever it may say.
+struct Source {
+    CXString name;
+    DWORD room;  ///< In code units, of which no byte becomes more than one.
+};
+
+Source SourceOf(ToolRun& run, const Arguments& arguments) {
+    constexpr std::uintmax_t largestFile = 64 * 1024 * 1024;
+    constexpr DWORD roomForTerminators = 16;
+    const CXString name = NameOf(run, arguments, true);
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(PathOf(arguments), error);
+    if (error || size > largestFile)
+        NV_THROW(ExceptionInvalidArgument, "ReadIniFile", __LINE__, NV_TEXT("is larger than 64 MiB"));
+    return {name, static_cast<DWORD>(size) + roomForTerminators};
 }
 
-/// Calls a function with ever larger buffers until nothing is cut.
-CXString ReadAll(const std::function<DWORD(WChar* out, DWORD size)>& read) {
-    constexpr DWORD most = 0x20000000;
-    for (DWORD size = 4096;; size *= 2) {
-        std::vector<WChar> buffer(size);
-        const DWORD length = read(buffer.data(), size);
-        if (length + 2 < size || size == most) return {buffer.data(), static_cast<int>(length)};
-    }
+/// What a function puts into a buffer, provided that it is not cut.
+CXString ReadWhole(const Source& source, const std::function<DWORD(WChar* out, DWORD size)>& read) {
+    std::vector<WChar> buffer(source.room);
+    const DWORD length = read(buffer.data(), source.room);
+    if (length + 2 >= source.room)
+        NV_THROW(ExceptionReadFile, "ReadIniFile", __LINE__, NV_TEXT("cannot be read whole"));
+    return {buffer.data(), static_cast<int>(length)};
 }
 
 /// Each text of a list, of which none is empty.
@@ -84,12 +96,12 @@ std::vector<CXString> TextsOf(const CXString& list) {
 }
 
 void Get(ToolRun& run, const Arguments& arguments) {
-    const CXString file = NameOfExisting(run, arguments);
+    const Source file = SourceOf(run, arguments);
     const CXString section = FromUtf8(arguments.section);
     const CXString key = FromUtf8(arguments.key);
     const WChar* const none = NV_TEXT("\n.");  // no value holds a line break
-    const CXString value = ReadAll([&](WChar* out, DWORD size) {
-        return UTF8Ini::GetPrivateProfileStringW(section, key, none, out, size, file);
+    const CXString value = ReadWhole(file, [&](WChar* out, DWORD size) {
+        return UTF8Ini::GetPrivateProfileStringW(section, key, none, out, size, file.name);
     });
     if (value == none) {
         NV_THROW(ExceptionUnknownKeyRequest, "ReadIniFile", __LINE__, NV_TEXT("has no key \"%s\" in \"%s\""),
@@ -110,10 +122,11 @@ void Set(ToolRun& run, const Arguments& arguments) {
 }
 
 void ListKeys(ToolRun& run, const Arguments& arguments) {
-    const CXString file = NameOfExisting(run, arguments);
+    const Source file = SourceOf(run, arguments);
     const CXString section = FromUtf8(arguments.section);
-    const CXString lines = ReadAll(
-        [&](WChar* out, DWORD size) { return UTF8Ini::GetPrivateProfileSectionW(section, out, size, file); });
+    const CXString lines = ReadWhole(file, [&](WChar* out, DWORD size) {
+        return UTF8Ini::GetPrivateProfileSectionW(section, out, size, file.name);
+    });
     for (const CXString& line : TextsOf(lines)) {
         const int equals = line.Find(WChar{'='});
         if (equals >= 0) run.out << ToUtf8(line.Left(equals)) << '\n';
@@ -121,9 +134,10 @@ void ListKeys(ToolRun& run, const Arguments& arguments) {
 }
 
 void ListSections(ToolRun& run, const Arguments& arguments) {
-    const CXString file = NameOfExisting(run, arguments);
-    const CXString names = ReadAll(
-        [&](WChar* out, DWORD size) { return UTF8Ini::GetPrivateProfileSectionNamesW(out, size, file); });
+    const Source file = SourceOf(run, arguments);
+    const CXString names = ReadWhole(file, [&](WChar* out, DWORD size) {
+        return UTF8Ini::GetPrivateProfileSectionNamesW(out, size, file.name);
+    });
     for (const CXString& name : TextsOf(names))
         run.out << ToUtf8(name) << '\n';
 }

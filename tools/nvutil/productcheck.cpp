@@ -76,6 +76,16 @@ private:
     std::vector<std::size_t> m_ends;
 };
 
+/// Why a file or folder was passed over.
+std::string ReasonOf(const std::error_code& error) {
+    if (!error) return "is a link to a folder, which is not followed";
+    if (error == std::errc::file_too_large) return "is larger than 64 MiB";
+    if (error == std::errc::permission_denied) return "must not be read";
+    if (error == std::errc::no_such_file_or_directory) return "is not there";
+    if (error == std::errc::filename_too_long) return "has too long a path";
+    return "cannot be read: " + error.message();
+}
+
 class Findings {
 public:
     void Add(const Place& place, const std::string& text) {
@@ -107,10 +117,11 @@ public:
     void Check(const std::filesystem::path& path) {
         const CXString name = productfiles::NameOf(path);
         m_findings.CountFile();
-        const auto bytes = productfiles::ReadFile(path);
-        if (!bytes) return m_findings.Add({name, 0}, "cannot be read or is larger than 64 MiB");
-        const CXString text = productfiles::TextOf(*bytes);
-        if (std::find(bytes->begin(), bytes->end(), BYTE{0}) != bytes->end())
+        ByteBuffer bytes;
+        if (const std::error_code error = productfiles::ReadFile(path, bytes))
+            return m_findings.Add({name, 0}, ReasonOf(error));
+        const CXString text = productfiles::TextOf(bytes);
+        if (std::find(bytes.begin(), bytes.end(), BYTE{0}) != bytes.end())
             m_findings.Add({name, 0}, "holds a zero byte, which ends it");
         MapRecordReader reader(ViewOf(text));
         bool hasModel = false;
@@ -347,9 +358,10 @@ public:
 private:
     void ReadCommands(const CXString& path) {
         m_findings.CountFile();
-        const auto bytes = productfiles::ReadFile(productfiles::PathOf(path));
-        if (!bytes) return m_findings.Add({path, 0}, "cannot be read or is larger than 64 MiB");
-        const PdlCommandFile file(productfiles::TextOf(*bytes));
+        ByteBuffer bytes;
+        if (const std::error_code error = productfiles::ReadFile(productfiles::PathOf(path), bytes))
+            return m_findings.Add({path, 0}, ReasonOf(error));
+        const PdlCommandFile file(productfiles::TextOf(bytes));
         CommandFileCheck(path, file, m_findings).Check();
     }
 
@@ -363,8 +375,11 @@ private:
 ProductFindings CheckProductData(const CXString& folder, ProductData& data) {
     Findings findings;
     MapFileCheck maps(findings);
-    for (const std::filesystem::path& file : productfiles::FindMapFiles(productfiles::PathOf(folder)))
+    const productfiles::MapFiles found = productfiles::FindMapFiles(productfiles::PathOf(folder));
+    for (const std::filesystem::path& file : found.files)
         maps.Check(file);
+    for (const productfiles::Skipped& skipped : found.skipped)
+        findings.Add({productfiles::NameOf(skipped.path), 0}, ReasonOf(skipped.reason));
 
     KeyCheck keys(maps, findings);
     PathCheck paths(maps, findings);

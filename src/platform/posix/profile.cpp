@@ -19,24 +19,29 @@ using namespace profiletext;
 constexpr std::size_t textTerminators = 1;
 constexpr std::size_t listTerminators = 2;
 
-/// Files are named in UTF-8 here, whatever the ANSI code page.
+/// Files are named in UTF-8 here, whatever the ANSI code page. A name that UTF-8 cannot tell exactly must not
+/// become that of another file, so it becomes the empty one, which no file has.
 std::string PathOf(const WChar* file) {
-    const auto length = static_cast<int>(std::char_traits<WChar>::length(file));
+    const std::basic_string_view<WChar> name = file;
+    const auto length = static_cast<int>(name.size());
     std::string path(static_cast<std::size_t>(NarrowFromWide(CodePage::Utf8, file, length, nullptr, 0)),
                      '\0');
-    NarrowFromWide(CodePage::Utf8, file, length, path.data(), static_cast<int>(path.size()));
-    return path;
+    const auto size = static_cast<int>(path.size());
+    NarrowFromWide(CodePage::Utf8, file, length, path.data(), size);
+    std::basic_string<WChar> back(name.size(), WChar{0});
+    const int backLength = WideFromNarrow(CodePage::Utf8, path.data(), size, back.data(), length);
+    return backLength == length && back == name ? path : std::string();
 }
 
 FileContent Read(const WChar* file) {
     std::optional<FileContent> content = ReadProfileFile(PathOf(file));
-    return content && !IsUtf16(content->GetView()) ? std::move(*content) : FileContent();
+    return content && !HasByteOrderMark(content->GetView()) ? std::move(*content) : FileContent();
 }
 
 template <class Change>
 bool ChangeText(const WChar* file, Change change) {
     return ChangeProfileFile(PathOf(file), [&change](std::string& text) {
-        if (IsUtf16(text)) return false;
+        if (HasByteOrderMark(text)) return false;
         change(text);
         return true;
     });

@@ -7,8 +7,6 @@ namespace platform::profiletext {
 
 namespace {
 
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-
 // The platform counts the old mark of a text's end among the blanks.
 bool IsBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r') || c == '\x1A';
@@ -44,8 +42,7 @@ std::string_view Content(std::string_view line) {
 /// Walks over the lines of a text.
 class Lines {
 public:
-    explicit Lines(std::string_view text)
-        : m_text(text), m_next(text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0) {}
+    explicit Lines(std::string_view text) : m_text(text) {}
 
     /// Steps to the next line; false when there is none.
     bool Step() {
@@ -79,7 +76,7 @@ private:
     std::string_view m_text;
     std::size_t m_begin = 0;
     std::size_t m_end = 0;
-    std::size_t m_next;
+    std::size_t m_next = 0;
     std::size_t m_lineFeed = unknown;
     std::size_t m_carriageReturn = unknown;
 };
@@ -148,8 +145,7 @@ std::string LineEndOf(std::string_view text) {
 
 /// Inserts whole lines where a line begins, or at the end of a text whose last line may lack its end.
 void InsertLines(std::string& text, std::size_t position, std::string lines, const std::string& lineEnd) {
-    const std::size_t first = Lines(text).GetNext();
-    const bool isInLine = position > first && text[position - 1] != '\n' && text[position - 1] != '\r';
+    const bool isInLine = position > 0 && text[position - 1] != '\n' && text[position - 1] != '\r';
     if (isInLine) lines.insert(0, lineEnd);
     text.insert(position, lines);
 }
@@ -162,8 +158,8 @@ void AppendSection(std::string& text, std::string_view section, const std::strin
 
 }  // namespace
 
-bool IsUtf16(std::string_view text) {
-    return text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
+bool HasByteOrderMark(std::string_view text) {
+    return text.starts_with("\xEF\xBB\xBF") || text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
 }
 
 std::optional<std::string_view> FindValue(std::string_view text, std::string_view section,

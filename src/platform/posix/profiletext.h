@@ -12,8 +12,8 @@
 /// removed. Both are the platform's habits.
 namespace platform::profiletext {
 
-/// Whether a text begins with the mark of UTF-16, in which nothing can be found.
-bool IsUtf16(std::string_view text);
+/// Whether a text begins with the mark of UTF-8 or UTF-16, so that it is not touched.
+bool HasByteOrderMark(std::string_view text);
 
 /// The value of a key with its quotes, as a part of the text.
 std::optional<std::string_view> FindValue(std::string_view text, std::string_view section,

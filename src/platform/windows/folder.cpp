@@ -6,13 +6,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/windows/literalpath.h"
+
 namespace platform {
 
 namespace {
-
-// With this prefix the system takes a path as it stands: no device names, no cut dots, no limit of 260.
-constexpr wchar_t literalPrefix[] = L"\\\\?\\";
-constexpr wchar_t networkPrefix[] = L"\\\\?\\UNC\\";
 
 HANDLE HandleOf(std::intptr_t handle) {
     return reinterpret_cast<HANDLE>(handle);  // NOLINT(performance-no-int-to-ptr)
@@ -28,16 +26,6 @@ std::error_code LastError() {
 
 std::error_code ErrorUnless(BOOL succeeded) {
     return succeeded != 0 ? std::error_code() : LastError();
-}
-
-/// The full path in its literal form; empty when the system cannot tell it.
-Text LiteralPath(const Text& path) {
-    if (path.starts_with(literalPrefix)) return path;
-    const DWORD capacity = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
-    Text full(capacity, L'\0');
-    full.resize(capacity == 0 ? 0 : GetFullPathNameW(path.c_str(), capacity, full.data(), nullptr));
-    if (full.empty() || full.starts_with(literalPrefix)) return full;
-    return full.starts_with(L"\\\\") ? networkPrefix + full.substr(2) : literalPrefix + full;
 }
 
 Text PathIn(const Text& folder, const Text& name) {

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <climits>
+#include <string>
+#include <string_view>
 
 namespace platform::profile {
 
@@ -14,11 +16,36 @@ namespace {
 
 constexpr const char* nameOfNoFile = "?";
 
+/// The path that the 8-bit functions mean: a name without a folder lies in the Windows folder.
+std::wstring PathOf(const std::wstring& file) {
+    if (file.find_first_of(L"\\/:") != std::wstring::npos) return file;
+    std::wstring folder(MAX_PATH, L'\0');
+    folder.resize(std::min<UINT>(GetWindowsDirectoryW(folder.data(), MAX_PATH), MAX_PATH));
+    return folder + L'\\' + file;
+}
+
+/// Whether a file begins with a byte-order mark. The versions of the functions differ in what they make of
+/// one: a part of the first line, or a sign that all they are given is to be encoded once more.
+bool HasByteOrderMark(const WChar* file) {
+    const HANDLE handle = CreateFileW(PathOf(file).c_str(), GENERIC_READ,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return false;
+    char begin[3];
+    DWORD size = 0;
+    if (GetFileType(handle) == FILE_TYPE_DISK) ReadFile(handle, begin, sizeof begin, &size, nullptr);
+    CloseHandle(handle);
+    const std::string_view text(begin, size);
+    return text == "\xEF\xBB\xBF" || text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
+}
+
 /// A file's name as the 8-bit functions take it. One that the code page cannot tell exactly must not become
-/// that of another file, so it becomes one that no file can have.
+/// that of another file, and one that must not be touched is not to be found, so these become one that no
+/// file can have.
 std::string NarrowName(const WChar* file) {
-    const bool isUtf8 = GetACP() == CP_UTF8;  // which tells every name, and takes neither flag nor question
-    const DWORD flags = isUtf8 ? 0 : WC_NO_BEST_FIT_CHARS;
+    if (HasByteOrderMark(file)) return nameOfNoFile;
+    const bool isUtf8 = GetACP() == CP_UTF8;  // which takes no question, and has a flag of its own
+    const DWORD flags = isUtf8 ? WC_ERR_INVALID_CHARS : WC_NO_BEST_FIT_CHARS;
     BOOL isReplaced = FALSE;
     BOOL* const replaced = isUtf8 ? nullptr : &isReplaced;
     const int size = WideCharToMultiByte(CP_ACP, flags, file, -1, nullptr, 0, nullptr, replaced);

@@ -12,8 +12,11 @@
 ///
 /// A file name without a folder means the Windows folder on Windows, as it does to the platform's functions,
 /// and the working folder elsewhere: give the folder. On Windows a file must have a name in the ANSI code
-/// page. Elsewhere files are replaced in one step, while a lock keeps other writers waiting, and a text in
-/// UTF-16 is not touched.
+/// page, elsewhere one in UTF-8; any other is the name of no file. Off Windows files are replaced in one
+/// step, while a lock keeps other writers waiting.
+///
+/// A file that begins with a byte-order mark, of UTF-8 or UTF-16, is refused: it reads as if it were empty,
+/// and every change of it fails and leaves it as it is.
 class NVUTIL_API UTF8Ini {
 public:
     /// The number that a value begins with, modulo 2^32: an optional sign, then decimal digits, or

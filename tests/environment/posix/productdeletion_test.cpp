@@ -9,6 +9,7 @@
 #include "environment/productdata.h"
 #include "environment/productfolder.h"
 #include "support/platform/testprinter.h"
+#include "utilities/debuggingandexceptions/exceptions.h"
 
 namespace {
 
@@ -38,12 +39,31 @@ TEST(ProductLinks, AreDeletedButNotFollowed) {
 
 TEST(ProductLinks, LeadToFoldersInUse) {
     const ProductFolder folder;
-    folder.Write("Product Data/used/a.map", "Model:A\nX:1\n");
-    fs::create_directory_symlink("Product Data/used", fs::path(folder.GetPath()) / "alias");
+    folder.Write("Product Data/used/deep/a.map", "Model:A\nX:1\n");
+    folder.Write("Product Data/\xFF/a.map", "Model:A\nX:1\n");
+    const fs::path alias = fs::path(folder.GetPath()) / "alias";
     const TestPrinter testPrinter;
-    const Printer printer(testPrinter.GetName());
-    const ProductData data(printer.GetHandle(), folder.NameOf("alias"), ProductData::ModelTypeName, {});
-    EXPECT_TRUE(ProductData::DeleteOrphanedProductDataFolders(folder.GetName(), false).empty());
+    Printer printer(testPrinter.GetName());
+    const auto deleteOrphans = [&folder] {
+        return ProductData::DeleteOrphanedProductDataFolders(folder.GetName(), true).size();
+    };
+    // What no text can name is in use or stays all the same.
+    for (const std::string target : {"Product Data/used", "Product Data/used/deep", "Product Data/\xFF"}) {
+        const std::size_t orphans = target.ends_with("\xFF") ? 1 : 0;
+        fs::create_directory_symlink(target, alias);
+        ProductData data(printer.GetHandle(), folder.NameOf("alias"), ProductData::ModelTypeName, {});
+        EXPECT_EQ(data.GetModels().size(), 1u) << target;
+        EXPECT_EQ(deleteOrphans(), orphans) << target;
+        // As a printer has it that was told of its folder long ago.
+        const CXString former = folder.NameOf("alias");
+        printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("ProductDataMappings"), Printer::typeString,
+                                  ByteBuffer(former).appendNullChar());
+        EXPECT_EQ(deleteOrphans(), orphans) << target;
+        fs::remove(alias);
+    }
+    EXPECT_EQ(deleteOrphans(), 1u) << "the printer's folder is gone";
+    fs::create_directory_symlink("missing", alias);
+    EXPECT_THROW(deleteOrphans(), ExceptionPrinterFailure) << "who knows where it led";
 }
 
 TEST(ProductValues, AreDeletedForModelsThatNoPrinterUses) {
@@ -54,6 +74,19 @@ TEST(ProductValues, AreDeletedForModelsThatNoPrinterUses) {
     const ProductData data(printer.GetHandle(), folder.GetName(), ProductData::ModelTypeName, NV_TEXT("B"));
     EXPECT_TRUE(ProductData::DeleteOrphanedPerPrinterRegKeys(false).empty());
     folder.Write("all.map", "X:1\n");
+    const fs::path path = folder.GetPath();
+    const auto countOrphans = [] { return ProductData::DeleteOrphanedPerPrinterRegKeys(true).size(); };
+    // What cannot be read might name every model.
+    fs::rename(path, path.string() + "-away");
+    EXPECT_EQ(countOrphans(), 0u);
+    fs::rename(path.string() + "-away", path);
+    fs::create_symlink("missing", path / "b.map");
+    EXPECT_EQ(countOrphans(), 0u);
+    fs::remove(path / "b.map");
+    folder.Write("large.map", "");
+    fs::resize_file(path / "large.map", std::uintmax_t{ProductData::largestFile} + 1);
+    EXPECT_EQ(countOrphans(), 0u);
+    fs::remove(path / "large.map");
     EXPECT_EQ(ProductData::DeleteOrphanedPerPrinterRegKeys(false).size(), 2u);
     EXPECT_TRUE(ProductData::DeleteOrphanedPerPrinterRegKeys(false).empty());
     const std::vector<CXString> left = printer.EnumeratePrinterDataExW(Printer::driverDataKey);
