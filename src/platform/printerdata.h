@@ -62,7 +62,8 @@ struct PrinterUpdate;
 
 /// Waits until no other process or thread updates the printer, up to `printerPatience`.
 PrinterStatus BeginPrinterUpdate(HANDLE handle, PrinterUpdate*& update);
-/// Ends an update and keeps what was written.
+/// Ends an update and keeps what was written. On failure nothing of it is kept where updates can be taken
+/// back.
 PrinterStatus CommitPrinterUpdate(PrinterUpdate* update);
 /// Ends an update and takes back what was written, where the platform can do so.
 void AbandonPrinterUpdate(PrinterUpdate* update);

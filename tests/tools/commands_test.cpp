@@ -388,7 +388,9 @@ TEST_F(Commands, WrongUsageHasAStatusOfItsOwn) {
                                                          {"state", "diff", "a"},
                                                          {"buffer", "pack", "a", "b"},
                                                          {"exceptions", "x"},
-                                                         {"state", "show", "--jsn", "x"}};
+                                                         {"state", "show", "--jsn", "x"},
+                                                         {"settings", "list", "--printer", "\xFF"},
+                                                         {"settings", "list", "--printer", "\xED\xA0\x80"}};
     for (const auto& arguments : wrong) {
         const ToolResult result = Nvutil(arguments);
         EXPECT_EQ(result.status, 2) << testing::PrintToString(arguments);

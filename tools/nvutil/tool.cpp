@@ -45,6 +45,16 @@ void Parse(CLI::App& app, std::span<const std::string> arguments) {
     app.parse(std::move(reversed));
 }
 
+/// Whether every argument is text in UTF-8: names of different bytes that are none would become one name.
+bool AreText(std::span<const std::string> arguments, ToolRun& run) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (ToUtf8(FromUtf8(arguments[i])) == arguments[i]) continue;
+        run.error << "nvutil: argument " << i + 1 << " is not valid UTF-8\n";
+        return false;
+    }
+    return true;
+}
+
 /// What was printed may have been kept back until now, and a full disk must not pass for success.
 void FinishOutput(ToolRun& run) {
     run.out.flush();
@@ -68,6 +78,7 @@ void ReportRefusal(ToolRun& run, const std::exception& exception) {
 int RunTool(std::span<const std::string> arguments, std::istream& in, std::ostream& out,
             std::ostream& error) {
     ToolRun run{in, out, error};
+    if (!AreText(arguments, run)) return exitstatus::usage;
     CLI::App app(description, "nvutil");
     app.allow_windows_style_options(false);  // a "/" begins a file's name, on every platform
     app.require_subcommand(1);

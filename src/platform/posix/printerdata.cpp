@@ -1,6 +1,7 @@
 // Printers and their driver data, kept in a database of the user.
 #include "platform/printerdata.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -11,6 +12,7 @@
 #include <utility>
 
 #include "platform/fork.h"
+#include "platform/posix/printerlock.h"
 #include "platform/posix/printerstore.h"
 
 namespace platform {
@@ -19,7 +21,22 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr DWORD busy = 170;
+/// An update that was begun: what it has changed so far is kept here, and written as a whole at its end.
+struct PendingUpdate {
+    PendingUpdate(const fs::path& file, const Text& printer) : lock(file, printer) {}
+
+    PrinterLock lock;
+    std::vector<PrinterChange> changes;  ///< One at most for each value.
+};
+
+WChar FoldCase(WChar unit) {
+    return unit >= 'A' && unit <= 'Z' ? static_cast<WChar>(unit - 'A' + 'a') : unit;
+}
+
+/// Whether the database takes two names for one.
+bool AreSameName(const Text& left, const Text& right) {
+    return std::ranges::equal(left, right, {}, FoldCase, FoldCase);
+}
 
 /// What a handle stands for: a printer's name, and a connection that is made when it is first needed.
 struct OpenPrinter {
@@ -27,6 +44,7 @@ struct OpenPrinter {
     fs::path file;
     std::timed_mutex lock;  ///< Held by every operation while it lasts.
     std::unique_ptr<PrinterStore> store;
+    std::unique_ptr<PendingUpdate> update;
 };
 
 /// All open printers of the process. Handles are looked up here, so that a stale one is merely refused.
@@ -67,6 +85,7 @@ public:
         m_printers.erase(found);
         const std::lock_guard printerLock(printer->lock);
         printer->store.reset();
+        printer->update.reset();
     }
 
 private:
@@ -83,9 +102,8 @@ private:
         for (const auto& [handle, printer] : m_printers) {
             const bool isIdle = printer->lock.try_lock_for(patience);
             if (isIdle) m_locked.push_back(printer.get());
-            const bool isClosable = isIdle && (printer->store == nullptr || !printer->store->IsInUpdate());
-            if (isClosable) printer->store.reset();
-            m_isForkedInUse = m_isForkedInUse || !isClosable;
+            if (isIdle) printer->store.reset();
+            m_isForkedInUse = m_isForkedInUse || !isIdle || printer->update != nullptr;
         }
     }
     void GoOnInParent() {
@@ -97,7 +115,10 @@ private:
     void GoOnInChild() {
         m_isCutOff = m_isCutOff || m_isForkedInUse;
         // The printers stay where they are: nothing of the parent's connections may be touched, not even to
-        // close them.
+        // close them. Updates are the parent's alone.
+        for (OpenPrinter* const printer : m_locked) {
+            if (printer->update != nullptr) printer->update->lock.LeaveToParent();
+        }
         GoOnInParent();
     }
     [[noreturn]] static void FailCutOff() {
@@ -122,26 +143,72 @@ public:
     }
 
     const Text& GetName() const { return m_printer->name; }
-    /// Whether there is a database to read from; nothing is made for a reader.
-    bool HasStore() const {
+    /// The store to read from; null when there is none, since nothing is made for a reader.
+    PrinterStore* FindStore() {
+        if (m_printer->store != nullptr && !m_printer->store->HasLayout()) DropStore();
         std::error_code unreadable;  // such a file is there, and opening it tells why it is of no use
-        return m_printer->store != nullptr ||
-               fs::status(m_printer->file, unreadable).type() != fs::file_type::not_found;
+        const bool isThere = m_printer->store != nullptr ||
+                             fs::status(m_printer->file, unreadable).type() != fs::file_type::not_found;
+        return isThere ? &GetStore() : nullptr;
     }
+    /// Gives the connection up after a failure; the next operation makes another one.
+    void DropStore() { m_printer->store.reset(); }
+
+    /// What the update has made of a value; null when there is no update, or it has not touched the value.
+    const PrinterChange* FindChange(const Text& key, const Text& name) const {
+        if (m_printer->update == nullptr) return nullptr;
+        const auto& changes = m_printer->update->changes;
+        const auto found = std::ranges::find_if(changes, [&](const PrinterChange& change) {
+            return AreSameName(change.key, key) && AreSameName(change.name, name);
+        });
+        return found != changes.end() ? &*found : nullptr;
+    }
+    /// When a value was written; nothing when there is none.
+    std::optional<std::int64_t> FindTime(const Text& key, const Text& name) {
+        if (const PrinterChange* change = FindChange(key, name))
+            return change->value ? std::optional(change->written) : std::nullopt;
+        PrinterStore* const store = FindStore();
+        return store != nullptr ? store->ReadTime({GetName(), key, name}) : std::nullopt;
+    }
+    std::vector<PrinterChange> GetChanges() const {
+        return m_printer->update != nullptr ? m_printer->update->changes : std::vector<PrinterChange>();
+    }
+    /// Makes a change, in the update when there is one.
+    void Change(PrinterChange change) {
+        using std::chrono::system_clock;
+        change.written = system_clock::to_time_t(system_clock::now());
+        if (m_printer->update == nullptr) {
+            PrinterStore::MakeFile(m_printer->file);
+            const PrinterLock lock(m_printer->file, GetName());
+            GetStore().Apply(GetName(), {std::move(change)});
+            return;
+        }
+        auto& changes = m_printer->update->changes;
+        if (const PrinterChange* former = FindChange(change.key, change.name))
+            changes[static_cast<std::size_t>(former - changes.data())] = std::move(change);
+        else
+            changes.push_back(std::move(change));
+    }
+
+    void BeginUpdate() {
+        if (m_printer->update != nullptr)
+            throw PrinterStoreError{{printerBusy, NV_TEXT("is being updated by this handle")}};
+        PrinterStore::MakeFile(m_printer->file);
+        m_printer->update = std::make_unique<PendingUpdate>(m_printer->file, GetName());
+    }
+    void AbandonUpdate() { m_printer->update.reset(); }
+    void CommitUpdate() {
+        const std::unique_ptr<PendingUpdate> ending = std::move(m_printer->update);
+        if (ending == nullptr) throw PrinterStoreError{{invalidPrinterHandle, {}}};
+        if (!ending->changes.empty()) GetStore().Apply(GetName(), ending->changes);
+    }
+
+private:
     PrinterStore& GetStore() {
         if (m_printer->store == nullptr) m_printer->store = std::make_unique<PrinterStore>(m_printer->file);
         return *m_printer->store;
     }
-    /// Sees to it that the next operation finds what others write meanwhile.
-    void DropSnapshot() {
-        if (m_printer->store != nullptr && m_printer->store->IsSnapshot()) DropStore();
-    }
-    /// Gives the connection up after a failure; the next operation makes another one.
-    void DropStore() {
-        if (m_printer->store != nullptr && !m_printer->store->IsInUpdate()) m_printer->store.reset();
-    }
 
-private:
     std::shared_ptr<OpenPrinter> m_printer;
     std::unique_lock<std::timed_mutex> m_lock;
 };
@@ -152,9 +219,7 @@ PrinterStatus WithPrinter(HANDLE handle, Operation operation) {
     try {
         PrinterInUse printer(handle);
         try {
-            PrinterStatus status = operation(printer);
-            printer.DropSnapshot();
-            return status;
+            return operation(printer);
         } catch (const PrinterStoreError&) {
             printer.DropStore();
             throw;
@@ -205,7 +270,8 @@ PrinterStatus OpenPrinterByName(const Text& name, bool mayBeNew, HANDLE& handle)
     }
     if (mayBeNew) return {};
     PrinterStatus status = WithPrinter(handle, [&](PrinterInUse& printer) -> PrinterStatus {
-        if (printer.HasStore() && printer.GetStore().HasPrinter(name)) return {};
+        PrinterStore* const store = printer.FindStore();
+        if (store != nullptr && store->HasPrinter(name)) return {};
         return {unknownPrinter, {}};
     });
     if (!status.IsSuccess()) ClosePrinterHandle(std::exchange(handle, nullptr));
@@ -226,8 +292,13 @@ PrinterStatus GetPrinterName(HANDLE handle, Text& name) {
 PrinterStatus ReadPrinterValue(HANDLE handle, const Text& key, const Text& name, PrinterValue& value) {
     return WithPrinter(handle, [&](PrinterInUse& printer) -> PrinterStatus {
         RequireNames(key, name);
-        const bool isThere =
-            printer.HasStore() && printer.GetStore().Read({printer.GetName(), key, name}, value);
+        if (const PrinterChange* change = printer.FindChange(key, name)) {
+            if (!change->value) return absent();
+            value = *change->value;
+            return {};
+        }
+        PrinterStore* const store = printer.FindStore();
+        const bool isThere = store != nullptr && store->Read({printer.GetName(), key, name}, value);
         return isThere ? PrinterStatus{} : absent();
     });
 }
@@ -235,7 +306,7 @@ PrinterStatus ReadPrinterValue(HANDLE handle, const Text& key, const Text& name,
 PrinterStatus WritePrinterValue(HANDLE handle, const Text& key, const Text& name, const PrinterValue& value) {
     return WithPrinter(handle, [&](PrinterInUse& printer) {
         RequireNames(key, name);
-        printer.GetStore().Write({printer.GetName(), key, name}, value);
+        printer.Change({key, name, value});
         return PrinterStatus{};
     });
 }
@@ -243,15 +314,22 @@ PrinterStatus WritePrinterValue(HANDLE handle, const Text& key, const Text& name
 PrinterStatus DeletePrinterValue(HANDLE handle, const Text& key, const Text& name) {
     return WithPrinter(handle, [&](PrinterInUse& printer) {
         RequireNames(key, name);
-        const bool wasThere = printer.HasStore() && printer.GetStore().Delete({printer.GetName(), key, name});
-        return wasThere ? PrinterStatus{} : absent();
+        if (!printer.FindTime(key, name)) return absent();
+        printer.Change({key, name, std::nullopt});
+        return PrinterStatus{};
     });
 }
 
 PrinterStatus ListPrinterValues(HANDLE handle, const Text& key, std::vector<Text>& names) {
     return WithPrinter(handle, [&](PrinterInUse& printer) {
         RequireNames(key, key);
-        if (printer.HasStore()) names = printer.GetStore().ListValues(printer.GetName(), key);
+        PrinterStore* const store = printer.FindStore();
+        if (store != nullptr) names = store->ListValues(printer.GetName(), key);
+        for (const PrinterChange& change : printer.GetChanges()) {
+            if (!AreSameName(change.key, key)) continue;
+            std::erase_if(names, [&](const Text& name) { return AreSameName(name, change.name); });
+            if (change.value) names.push_back(change.name);
+        }
         return PrinterStatus{};
     });
 }
@@ -260,7 +338,7 @@ PrinterStatus ReadPrinterValueTime(HANDLE handle, const Text& key, const Text& n
                                    std::optional<std::int64_t>& seconds) {
     return WithPrinter(handle, [&](PrinterInUse& printer) {
         RequireNames(key, name);
-        if (printer.HasStore()) seconds = printer.GetStore().ReadTime({printer.GetName(), key, name});
+        seconds = printer.FindTime(key, name);
         return seconds ? PrinterStatus{} : absent();
     });
 }
@@ -270,7 +348,7 @@ PrinterStatus ListPrinters(std::vector<Text>& names) {
     PrinterStatus status = OpenPrinterByName(NV_TEXT("*"), true, handle);
     if (!status.IsSuccess()) return status;
     status = WithPrinter(handle, [&](PrinterInUse& printer) {
-        if (printer.HasStore()) names = printer.GetStore().ListPrinters();
+        if (PrinterStore* const store = printer.FindStore()) names = store->ListPrinters();
         return PrinterStatus{};
     });
     ClosePrinterHandle(handle);
@@ -279,10 +357,9 @@ PrinterStatus ListPrinters(std::vector<Text>& names) {
 
 PrinterStatus BeginPrinterUpdate(HANDLE handle, PrinterUpdate*& update) {
     auto begun = std::make_unique<PrinterUpdate>(PrinterUpdate{handle});
-    PrinterStatus status = WithPrinter(handle, [&](PrinterInUse& printer) -> PrinterStatus {
-        if (printer.GetStore().IsInUpdate()) return {busy, NV_TEXT("is being updated by this handle")};
-        printer.GetStore().BeginUpdate();
-        return {};
+    PrinterStatus status = WithPrinter(handle, [](PrinterInUse& printer) {
+        printer.BeginUpdate();
+        return PrinterStatus{};
     });
     if (status.IsSuccess()) update = begun.release();
     return status;
@@ -290,21 +367,16 @@ PrinterStatus BeginPrinterUpdate(HANDLE handle, PrinterUpdate*& update) {
 
 PrinterStatus CommitPrinterUpdate(PrinterUpdate* update) {
     const std::unique_ptr<PrinterUpdate> ending(update);
-    return WithPrinter(ending->handle, [&](PrinterInUse& printer) {
-        try {
-            printer.GetStore().CommitUpdate();
-        } catch (const PrinterStoreError&) {
-            printer.GetStore().AbandonUpdate();
-            throw;
-        }
+    return WithPrinter(ending->handle, [](PrinterInUse& printer) {
+        printer.CommitUpdate();
         return PrinterStatus{};
     });
 }
 
 void AbandonPrinterUpdate(PrinterUpdate* update) {
     const std::unique_ptr<PrinterUpdate> ending(update);
-    WithPrinter(ending->handle, [&](PrinterInUse& printer) {
-        printer.GetStore().AbandonUpdate();
+    WithPrinter(ending->handle, [](PrinterInUse& printer) {
+        printer.AbandonUpdate();
         return PrinterStatus{};
     });
 }

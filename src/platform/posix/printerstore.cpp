@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <mutex>
@@ -104,10 +105,6 @@ fs::path FolderOf(const char* variable) {
     return folder.is_absolute() ? folder : fs::path();
 }
 
-[[noreturn]] void FailWithFile(const fs::path& file, DWORD code, const std::string& problem) {
-    throw PrinterStoreError{{code, Wide(file.string() + ": " + problem)}};
-}
-
 /// Makes the folders above a file, readable for their owner alone. What fails shows on opening the file.
 void MakeFolders(const fs::path& folder) {
     fs::path made;
@@ -118,30 +115,6 @@ void MakeFolders(const fs::path& folder) {
     }
 }
 
-/// Makes the file when there is none, so that it is readable for its owner alone. One that exists is not
-/// opened here: closing it would drop the locks of other connections in this process.
-void MakeFile(const fs::path& file) {
-    MakeFolders(file.parent_path());
-    const int made = ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (made >= 0) ::close(made);
-}
-
-/// Whether a file stands where no other can be made beside it.
-bool CanOnlyBeRead(const fs::path& file) {
-    std::error_code unreachable;
-    return fs::is_regular_file(file, unreachable) &&
-           ::faccessat(AT_FDCWD, file.parent_path().c_str(), W_OK, AT_EACCESS) != 0;
-}
-
-std::string UriOf(const fs::path& file) {
-    std::string uri = "file:";
-    for (const char c : file.string()) {
-        const bool hasMeaning = c == '%' || c == '?' || c == '#';
-        uri += hasMeaning ? (c == '%' ? "%25" : c == '?' ? "%3F" : "%23") : std::string(1, c);
-    }
-    return uri;
-}
-
 // While one thread makes the file, no other may have it open yet.
 std::mutex& OpeningLock() {
     static std::mutex& lock = *new std::mutex;
@@ -149,6 +122,26 @@ std::mutex& OpeningLock() {
 }
 
 }  // namespace
+
+void FailWithPrinterFile(const fs::path& file, DWORD code, const std::string& problem) {
+    throw PrinterStoreError{{code, Wide(file.string() + ": " + problem)}};
+}
+
+DWORD CodeOfErrno(int error) {
+    switch (error) {
+        case EACCES:
+        case EPERM:
+            return CodeOf(SQLITE_PERM);
+        case EROFS:
+            return CodeOf(SQLITE_READONLY);
+        case ENOSPC:
+        case EDQUOT:
+        case EFBIG:
+            return CodeOf(SQLITE_FULL);
+        default:
+            return CodeOf(SQLITE_CANTOPEN);
+    }
+}
 
 /// One use of a kept statement: bound, run, and made ready for the next use at the end.
 class PrinterStore::Statement {
@@ -224,15 +217,25 @@ fs::path PrinterStore::FindFile() {
     if (chosen != nullptr && *chosen != '\0') {
         std::error_code error;
         fs::path file = fs::absolute(chosen, error);
-        if (error) FailWithFile(chosen, pathNotFound, error.message());
+        if (error) FailWithPrinterFile(chosen, pathNotFound, error.message());
         return file;
     }
     fs::path folder = FolderOf("XDG_STATE_HOME");
     if (folder.empty() && !FolderOf("HOME").empty()) folder = FolderOf("HOME") / ".local" / "state";
     if (folder.empty())
-        FailWithFile("printers.sqlite", pathNotFound,
-                     "none of NVUTIL_PRINTER_STORE, XDG_STATE_HOME and HOME says where it is");
+        FailWithPrinterFile("printers.sqlite", pathNotFound,
+                            "none of NVUTIL_PRINTER_STORE, XDG_STATE_HOME and HOME says where it is");
     return folder / "nvutil" / "printers.sqlite";
+}
+
+// One that exists is not opened here: closing it would drop the locks of other connections in this process.
+void PrinterStore::MakeFile(const fs::path& file) {
+    MakeFolders(file.parent_path());
+    const std::lock_guard lock(OpeningLock());
+    const int made = ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (made < 0 && errno != EEXIST)
+        FailWithPrinterFile(file, CodeOfErrno(errno), std::generic_category().message(errno));
+    if (made >= 0) ::close(made);
 }
 
 PrinterStore::PrinterStore(const fs::path& file) : m_file(file) {
@@ -241,13 +244,10 @@ PrinterStore::PrinterStore(const fs::path& file) : m_file(file) {
     for (;;) {
         try {
             Open();
-            Prepare();
+            m_hasLayout = !IsEmpty();
+            if (m_hasLayout) RequireOwnLayout();
             return;
         } catch (const PrinterStoreError& error) {
-            if (CanOnlyBeRead(m_file)) {
-                OpenSnapshot();
-                return;
-            }
             // Others may be making the store, or recovering it, in ways that SQLite does not wait for.
             if (!IsAnotherAtWork(error.status.code) || Clock::now() >= end) throw;
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -259,27 +259,10 @@ PrinterStore::~PrinterStore() = default;
 
 void PrinterStore::Open() {
     const std::lock_guard lock(OpeningLock());
-    MakeFile(m_file);
-    Connect(m_file, SQLITE_OPEN_READWRITE);
-}
-
-/// Opens what nobody is writing to, without the files beside it that SQLite shares with writers.
-void PrinterStore::OpenSnapshot() {
-    for (const char* const suffix : {"-wal", "-journal"}) {
-        std::error_code absent;
-        const std::uintmax_t size = fs::file_size(m_file.string() + suffix, absent);
-        if (!absent && size != 0)
-            Fail(CodeOf(SQLITE_READONLY),
-                 NV_TEXT("has unfinished changes, and its folder cannot be written"));
-    }
-    m_isSnapshot = true;
-    Connect(UriOf(m_file) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
-    RequireOwnLayout();
-}
-
-void PrinterStore::Connect(const std::string& name, int flags) {
     sqlite3* connection = nullptr;
-    const int result = sqlite3_open_v2(name.c_str(), &connection, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    // A file that the process may only read is opened for reading.
+    const int result =
+        sqlite3_open_v2(m_file.c_str(), &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     m_statements = {};
     m_connection.reset(connection);
     Require(result);
@@ -299,12 +282,16 @@ void PrinterStore::Protect() {
     Execute("PRAGMA cell_size_check = ON");
 }
 
-/// Makes the layout in an empty file, refuses one that is not ours, and chooses how writes reach the disk.
-void PrinterStore::Prepare() {
+/// Makes the layout in an empty file, and chooses how writes reach the disk: through a journal that is gone
+/// when they have, so that there is nothing to do for readers.
+void PrinterStore::PrepareToWrite() {
+    if (m_isWritable) return;
+    Execute("PRAGMA journal_mode = DELETE");
+    Execute("PRAGMA synchronous = EXTRA");
     if (IsEmpty()) Create();
     RequireOwnLayout();
-    Execute("PRAGMA journal_mode = WAL");
-    Execute("PRAGMA synchronous = FULL");
+    m_hasLayout = true;
+    m_isWritable = true;
 }
 
 bool PrinterStore::IsEmpty() {
@@ -312,19 +299,25 @@ bool PrinterStore::IsEmpty() {
            ReadNumber("SELECT count(*) FROM sqlite_schema") == 0;
 }
 
-void PrinterStore::Create() {
-    BeginUpdate();
+void PrinterStore::InTransaction(const std::function<void()>& work) {
+    Execute("BEGIN IMMEDIATE");
     try {
-        if (IsEmpty()) {  // nobody else was faster
-            Execute(tableSql);
-            Execute(("PRAGMA application_id = " + std::to_string(applicationId)).c_str());
-            Execute(("PRAGMA user_version = " + std::to_string(layoutVersion)).c_str());
-        }
-        CommitUpdate();
+        work();
+        Execute("COMMIT");
     } catch (...) {
-        AbandonUpdate();
+        // Nothing is done where the failure has ended the transaction already.
+        sqlite3_exec(m_connection.get(), "ROLLBACK", nullptr, nullptr, nullptr);
         throw;
     }
+}
+
+void PrinterStore::Create() {
+    InTransaction([this] {
+        if (!IsEmpty()) return;  // somebody else was faster
+        Execute(tableSql);
+        Execute(("PRAGMA application_id = " + std::to_string(applicationId)).c_str());
+        Execute(("PRAGMA user_version = " + std::to_string(layoutVersion)).c_str());
+    });
 }
 
 void PrinterStore::RequireOwnLayout() {
@@ -344,18 +337,21 @@ void PrinterStore::RequireOwnLayout() {
 }
 
 bool PrinterStore::HasPrinter(const Text& printer) {
-    return Statement(*this, Sql::HasPrinter).Bind(printer).Step();
+    return m_hasLayout && Statement(*this, Sql::HasPrinter).Bind(printer).Step();
 }
 
 std::vector<Text> PrinterStore::ListPrinters() {
+    if (!m_hasLayout) return {};
     return Statement(*this, Sql::ListPrinters).GetTexts();
 }
 
 std::vector<Text> PrinterStore::ListValues(const Text& printer, const Text& key) {
+    if (!m_hasLayout) return {};
     return Statement(*this, Sql::ListValues).Bind(printer).Bind(key).GetTexts();
 }
 
 bool PrinterStore::Read(const PrinterValuePlace& place, PrinterValue& value) {
+    if (!m_hasLayout) return false;
     Statement statement(*this, Sql::Read);
     if (!statement.Bind(place).Step()) return false;
     value = {static_cast<DWORD>(statement.GetNumber(0)), statement.GetBytes(1)};
@@ -365,37 +361,29 @@ bool PrinterStore::Read(const PrinterValuePlace& place, PrinterValue& value) {
 }
 
 std::optional<std::int64_t> PrinterStore::ReadTime(const PrinterValuePlace& place) {
+    if (!m_hasLayout) return std::nullopt;
     Statement statement(*this, Sql::ReadTime);
     if (!statement.Bind(place).Step()) return std::nullopt;
     return statement.GetNumber(0);
 }
 
-void PrinterStore::Write(const PrinterValuePlace& place, const PrinterValue& value) {
-    using std::chrono::system_clock;
-    const std::int64_t now = system_clock::to_time_t(system_clock::now());
-    Statement(*this, Sql::Write).Bind(place).Bind(std::int64_t{value.type}).Bind(value.data).Bind(now).Step();
-}
-
-bool PrinterStore::Delete(const PrinterValuePlace& place) {
-    Statement(*this, Sql::Delete).Bind(place).Step();
-    return sqlite3_changes(m_connection.get()) != 0;
-}
-
-void PrinterStore::BeginUpdate() {
-    Execute("BEGIN IMMEDIATE");
-}
-
-void PrinterStore::CommitUpdate() {
-    Execute("COMMIT");
-}
-
-void PrinterStore::AbandonUpdate() noexcept {
-    // A failure may have ended the transaction already.
-    sqlite3_exec(m_connection.get(), "ROLLBACK", nullptr, nullptr, nullptr);
-}
-
-bool PrinterStore::IsInUpdate() const {
-    return sqlite3_get_autocommit(m_connection.get()) == 0;
+void PrinterStore::Apply(const Text& printer, const std::vector<PrinterChange>& changes) {
+    PrepareToWrite();
+    InTransaction([&] {
+        for (const PrinterChange& change : changes) {
+            const PrinterValuePlace place{printer, change.key, change.name};
+            if (change.value) {
+                Statement(*this, Sql::Write)
+                    .Bind(place)
+                    .Bind(std::int64_t{change.value->type})
+                    .Bind(change.value->data)
+                    .Bind(change.written)
+                    .Step();
+            } else {
+                Statement(*this, Sql::Delete).Bind(place).Step();
+            }
+        }
+    });
 }
 
 void PrinterStore::Execute(const char* sql) {
@@ -434,11 +422,11 @@ void PrinterStore::Fail(int result) {
     const int primary = result & primaryResultMask;
     if (systemError != 0 && (primary == SQLITE_CANTOPEN || primary == SQLITE_IOERR))
         problem += ", " + std::generic_category().message(systemError);
-    FailWithFile(m_file, CodeOf(result), problem);
+    FailWithPrinterFile(m_file, CodeOf(result), problem);
 }
 
 void PrinterStore::Fail(DWORD code, const Text& problem) {
-    FailWithFile(m_file, code, Utf8(problem));
+    FailWithPrinterFile(m_file, code, Utf8(problem));
 }
 
 }  // namespace platform

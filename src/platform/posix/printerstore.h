@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,6 +23,14 @@ struct PrinterStoreError {
     PrinterStatus status;
 };
 
+/// Throws a failure whose detail names the file.
+[[noreturn]] void FailWithPrinterFile(const std::filesystem::path& file, DWORD code,
+                                      const std::string& problem);
+/// The platform-wide code of a system error.
+DWORD CodeOfErrno(int error);
+/// The code of what others keep busy.
+inline constexpr DWORD printerBusy = 170;
+
 /// Where a value stands. Each part is well-formed UTF-16 and not empty.
 struct PrinterValuePlace {
     const Text& printer;
@@ -29,39 +38,43 @@ struct PrinterValuePlace {
     const Text& name;
 };
 
+/// What an update has changed: a value, or nothing where one was deleted.
+struct PrinterChange {
+    Text key;
+    Text name;
+    std::optional<PrinterValue> value;
+    std::int64_t written = 0;  ///< In seconds since 1970.
+};
+
 /// A connection, used by one thread at a time and only in the process that made it.
 ///
-/// Writes are transactions of their own outside of an update. Whatever fails throws PrinterStoreError.
+/// Reading writes nothing, neither to the file nor beside it, unless a writer died and left the file as it
+/// must not stay. Each call that changes something is one transaction, on the disk when it returns. Whatever
+/// fails throws PrinterStoreError.
 class PrinterStore {
 public:
     /// The file that the environment chooses.
     static std::filesystem::path FindFile();
 
-    /// Opens the database, which is made with its folder when it does not exist. Where nothing can be written
-    /// beside it, it is opened as it is, for reading only.
+    /// Makes an empty file, with its folders, when there is none.
+    static void MakeFile(const std::filesystem::path& file);
+
+    /// Opens a file that is there. One that nothing was written to yet holds no printers.
     explicit PrinterStore(const std::filesystem::path& file);
     PrinterStore(const PrinterStore&) = delete;
     PrinterStore& operator=(const PrinterStore&) = delete;
     ~PrinterStore();
 
+    /// Whether something had been written when the file was opened, or has been through this connection.
+    bool HasLayout() const { return m_hasLayout; }
     bool HasPrinter(const Text& printer);
     std::vector<Text> ListPrinters();
     std::vector<Text> ListValues(const Text& printer, const Text& key);
     /// @return false when the value is absent
     bool Read(const PrinterValuePlace& place, PrinterValue& value);
     std::optional<std::int64_t> ReadTime(const PrinterValuePlace& place);
-    void Write(const PrinterValuePlace& place, const PrinterValue& value);
-    /// @return false when the value was absent
-    bool Delete(const PrinterValuePlace& place);
-
-    /// Keeps every other connection from writing until the update ends.
-    void BeginUpdate();
-    void CommitUpdate();
-    void AbandonUpdate() noexcept;
-    bool IsInUpdate() const;
-
-    /// Whether the file is read without locks, so that it is to be opened anew for what others write.
-    bool IsSnapshot() const { return m_isSnapshot; }
+    /// Makes all the changes of a printer, or none.
+    void Apply(const Text& printer, const std::vector<PrinterChange>& changes);
 
 private:
     enum class Sql : std::size_t {
@@ -84,11 +97,10 @@ private:
     using OwnedStatement = std::unique_ptr<sqlite3_stmt, Finalize>;
 
     void Open();
-    void OpenSnapshot();
-    void Connect(const std::string& name, int flags);
     void Protect();
-    void Prepare();
+    void PrepareToWrite();
     bool IsEmpty();
+    void InTransaction(const std::function<void()>& work);
     void Create();
     void RequireOwnLayout();
     void Execute(const char* sql);
@@ -100,7 +112,8 @@ private:
     [[noreturn]] void Fail(DWORD code, const Text& problem);
 
     std::filesystem::path m_file;
-    bool m_isSnapshot = false;
+    bool m_hasLayout = false;   ///< Whether something was written to it at least once.
+    bool m_isWritable = false;  ///< Whether PrepareToWrite has been called.
     std::unique_ptr<sqlite3, Close> m_connection;
     std::array<OwnedStatement, static_cast<std::size_t>(Sql::count)> m_statements;
 };

@@ -98,8 +98,33 @@ TEST_F(PrinterStore, TakesBackAnUpdateThatIsNotCommitted) {
         const PrinterDataUpdate update(printer);
         printer.SetPrinterDataExW(key, name, Printer::typeBinary, {2});
         EXPECT_EQ(Read(), ByteBuffer{1}) << "others see the former value meanwhile";
+        DWORD type = 0;
+        ByteBuffer data;
+        EXPECT_TRUE(printer.GetPrinterDataW(NV_TEXT("VALUE"), type, data));
+        EXPECT_EQ(data, ByteBuffer{2});
+        printer.SetPrinterDataExW(key, NV_TEXT("New"), Printer::typeBinary, {3});
+        EXPECT_TRUE(printer.DeletePrinterDataExW(key, name));
+        EXPECT_FALSE(printer.DeletePrinterDataExW(key, name));
+        EXPECT_FALSE(printer.GetPrinterDataW(name, type, data));
+        EXPECT_EQ(printer.EnumeratePrinterDataExW(key), std::vector<CXString>{NV_TEXT("New")});
     }
     EXPECT_EQ(Read(), ByteBuffer{1});
+}
+
+TEST_F(PrinterStore, HoldsUpOnlyThoseWhoChangeThePrinterThatIsUpdated) {
+    Write({1});
+    Printer printer(printerName);
+    auto update = std::make_unique<PrinterDataUpdate>(printer);
+    Printer(NV_TEXT("Other"), Printer::Opening::MayBeNew)
+        .SetPrinterDataExW(key, name, Printer::typeBinary, {5});  // does not wait
+    std::thread writer(
+        [] { Printer(NV_TEXT("OFFICE")).SetPrinterDataExW(key, name, Printer::typeBinary, {9}); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_EQ(Read(), ByteBuffer{1});
+    printer.SetPrinterDataExW(key, name, Printer::typeBinary, {2});
+    update->Commit();
+    writer.join();
+    EXPECT_EQ(Read(), ByteBuffer{9});
 }
 
 TEST_F(PrinterStore, IsMadeByManyProcessesAtOnce) {
@@ -238,6 +263,7 @@ TEST_F(PrinterStore, ThatIsReadOnlyCanStillBeRead) {
         return Child([&] {
                    if (!GiveUpPrivileges()) return false;
                    ExpectFailure([] { Write({2}); });
+                   const FileSizeLimit fullDisk(0);
                    return !HasFailure() && Read() == ByteBuffer{1};
                })
             .Succeeds();
@@ -245,7 +271,9 @@ TEST_F(PrinterStore, ThatIsReadOnlyCanStillBeRead) {
     EXPECT_TRUE(readAsAnother());
     EXPECT_TRUE(ReadStore() == store);
     fs::permissions(folder, fs::perms(0755));
-    std::ofstream(m_file + "-wal") << "changes";
+    EXPECT_TRUE(readAsAnother());
+    Write({1});  // nothing that another left is in the way
+    std::ofstream(m_file + "-journal") << "changes";
     fs::permissions(folder, fs::perms(0555));
     EXPECT_FALSE(readAsAnother()) << "what is not in the file yet must not be missed";
     fs::permissions(folder, fs::perms(0755));

@@ -6,7 +6,7 @@
 
 namespace console {
 
-/// The arguments behind the program's name, in UTF-8.
+/// The arguments behind the program's name, in UTF-8 where they are text.
 std::vector<std::string> GetArguments(int argc, char** argv);
 
 /// Keeps standard input and output from translating line ends, and lets terminals show UTF-8.
