@@ -36,10 +36,10 @@ inline std::string HashOf(std::string_view bytes) {
 struct InputsOptions {
     std::uint64_t seed = 1;
     std::size_t count = 0;
-    std::string seeds;    ///< a folder with the folders "cabinet", "state", "xml" and "ini"
-    std::string scratch;  ///< a folder to write to
+    std::string seeds;     ///< a folder with the folders "cabinet", "state", "xml" and "ini"
+    std::string scratch;   ///< a folder to write to
     std::size_t only = 0;  ///< the one input to run, or 0
-    std::string save;     ///< where that input is written to
+    std::string save;      ///< where that input is written to
 };
 
 void WriteText(std::uint64_t seed, std::ostream& out);

@@ -20,7 +20,8 @@ std::string BytesOf(const void* data, std::size_t size) {
 }
 
 std::string BytesOf(const CXString& text) {
-    return BytesOf(static_cast<const WChar*>(text), static_cast<std::size_t>(text.GetLength()) * sizeof(WChar));
+    return BytesOf(static_cast<const WChar*>(text),
+                   static_cast<std::size_t>(text.GetLength()) * sizeof(WChar));
 }
 
 void WriteUnit(unsigned unit, std::ostream& out) {
@@ -76,6 +77,7 @@ void WriteFormat(Random& random, std::ostream& out) {
     static const char narrow[] = "narrow text";
     static const WChar wide[] = {'w', 'i', 'd', 'e', 0xE4, 0x20AC, 0};
     std::string format = "<%";
+    out << std::flush;  // so that the line before the one that crashes is known
     for (std::size_t flags = random.Below(3); flags > 0; --flags)
         format += Choose(random, {"-", "+", " ", "0", "#"});
     if (random.Below(2) == 0) format += std::to_string(1 + random.Below(40));
