@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Runs the tools of both builds over the same inputs and compares what they print, write and end with.
+# Runs the tools of both builds over the same inputs and compares what they print, write and end with; then the
+# comparison programs beside them, over text and over inputs damaged from a seed (NVUTIL_SEED, NVUTIL_INPUTS).
 #
 # usage: differential.sh NATIVE_TOOL OTHER_TOOL_COMMAND...
 #
@@ -296,5 +297,66 @@ for document in "$root"/fuzz/corpus/xmlparse/*; do
 done
 compare help --help
 
-printf '%d passed, %d failed\n' "$passed" "$failed"
+# --- The library ----------------------------------------------------------------------------------------
+
+# compareLines NAME: the lines of NAME.out in both folders, each a case. Lines are matched by their place.
+compareLines() {
+    local name=$1 lines differing
+    lines=$(wc -l <"native/$name.out")
+    diff <(sed 's/\r$//' "native/$name.out") <(sed 's/\r$//' "other/$name.out") >"$name.differences" || true
+    differing=$(grep -c '^<' "$name.differences" || true)
+    if [[ -s $name.differences && $differing -eq 0 ]]; then differing=1; fi
+    printf '%s: %d lines, %d differ\n' "$name" "$lines" "$differing"
+    # The whole list is long when one cause touches many: NVUTIL_SHOW asks for more of it.
+    grep '^[<>]' "$name.differences" | sort -k2,2n -s | head -n "${NVUTIL_SHOW:-60}" || true
+    if ! cmp -s "native/$name.status" "other/$name.status"; then
+        printf 'FAILED: %s ended differently; the last line names the input\n' "$name"
+        tail -n 1 "native/$name.out" "other/$name.out"
+        failed=$((failed + 1))
+    fi
+    passed=$((passed + lines - differing))
+    failed=$((failed + differing))
+}
+
+# runComparison NAME ARGUMENT...: the program in each build; the file that it writes is the last argument.
+runComparison() {
+    local name=$1 build status
+    shift
+    local nativeProgram=("$(dirname "${native[0]}")/nvutil_comparison")
+    local otherProgram=("${other[@]}")
+    local extension=
+    [[ ${other[-1]} == *.exe ]] && extension=.exe
+    otherProgram[-1]=$(dirname "${other[-1]}")/nvutil_comparison$extension
+    for build in native other; do
+        local -n program=${build}Program
+        status=0
+        timeout 300 "${program[@]}" "${@//@/$build}" "$build/$name.out" >/dev/null 2>"$build/$name.errors" || status=$?
+        echo "$status" >"$build/$name.status"
+    done
+    [[ -s native/$name.out && $(cat "native/$name.status") == 0 ]] || {
+        printf 'FAILED: %s does not run\n' "$name"
+        tail -n 3 "native/$name.errors" "native/$name.out"
+        failed=$((failed + 1))
+    }
+    compareLines "$name"
+}
+
+seed=${NVUTIL_SEED:-1}
+count=${NVUTIL_INPUTS:-2800}
+mkdir -p seeds/{cabinet,buffer,state,xml,ini}
+cp "$root"/fuzz/corpus/cabinetunpack/* seeds/cabinet
+cp inputs/packed-by-* inputs/whole.buffer seeds/buffer
+cp inputs/whole.state inputs/odd-by-native.state inputs/empty-by-native.state seeds/state
+for number in 3 4 5; do
+    cp "inputs/$number.xml" seeds/xml
+done
+cp "$root"/fuzz/corpus/xmlparse/* seeds/xml
+cp inputs/device.ini seeds/ini
+cp "$root"/fuzz/corpus/ini/* seeds/ini
+
+printf 'seed %s, %s inputs (NVUTIL_SEED and NVUTIL_INPUTS set others)\n' "$seed" "$count"
+runComparison text text "$seed"
+runComparison inputs inputs "$seed" "$count" seeds "@/scratch"
+
+printf 'differential: %d passed, %d failed\n' "$passed" "$failed"
 [[ $failed -eq 0 ]]
