@@ -292,8 +292,11 @@ for number in "${!xmlDocuments[@]}"; do
     compare "xml-show-$number" xml show "inputs/$number.xml"
     compare "xml-validate-$number" xml validate "inputs/$number.xml"
 done
+# Where Wine's engine does not do what the platform's documents (docs/xml.md): defaults of an internal DTD, and
+# prefixes.
+differsUnderWine() { grep -qaE 'ATTLIST|[a-z]:[a-z]' "$1"; }
 for document in "$root"/fuzz/corpus/xmlparse/*; do
-    compare "xml-corpus-$(basename "$document")" xml show "$document"
+    differsUnderWine "$document" || compare "xml-corpus-$(basename "$document")" xml show "$document"
 done
 compare help --help
 
@@ -347,12 +350,13 @@ mkdir -p seeds/{cabinet,buffer,state,xml,ini}
 cp "$root"/fuzz/corpus/cabinetunpack/* seeds/cabinet
 cp inputs/packed-by-* inputs/whole.buffer seeds/buffer
 cp inputs/whole.state inputs/odd-by-native.state inputs/empty-by-native.state seeds/state
-for number in 3 4 5; do
-    cp "inputs/$number.xml" seeds/xml
+for document in inputs/[345].xml "$root"/fuzz/corpus/xmlparse/*; do
+    differsUnderWine "$document" || cp "$document" seeds/xml
 done
-cp "$root"/fuzz/corpus/xmlparse/* seeds/xml
 cp inputs/device.ini seeds/ini
-cp "$root"/fuzz/corpus/ini/* seeds/ini
+for file in "$root"/fuzz/corpus/ini/*; do  # one with a byte-order mark is never touched, which has its own tests
+    [[ $(basename "$file") == marked ]] || cp "$file" seeds/ini
+done
 
 printf 'seed %s, %s inputs (NVUTIL_SEED and NVUTIL_INPUTS set others)\n' "$seed" "$count"
 runComparison text text "$seed"

@@ -28,8 +28,7 @@ public:
     WChar Read(std::string_view sequence);
 
 private:
-    CharacterSet m_set;
-    void* m_handle = nullptr;
+    void* m_handle;  ///< iconv's, or the number of the code page.
 };
 
 }  // namespace platform

@@ -1,10 +1,15 @@
-// Text as this build treats it: every code unit, code pages both ways, and formats made from a seed.
+// Text as this build treats it: every code unit, code pages both ways, formats, messages and numbers from a
+// seed.
 #include <algorithm>
 #include <cstring>
 #include <vector>
 
 #include "differential/comparison.h"
+#include "utilities/debuggingandexceptions/exceptions.h"
+#include "utilities/utilitiesdll/bytebuffer.h"
 #include "utilities/utilitiesdll/cxstring.h"
+#include "utilities/utilitiesdll/dimension.h"
+#include "utilities/utilitiesdll/number.h"
 
 namespace comparison {
 namespace {
@@ -31,9 +36,15 @@ void WriteUnit(unsigned unit, std::ostream& out) {
     CXString lower(text);
     lower.MakeLower();
     const std::vector<char> narrow = CXString(text).GetAsMultiByte();
+    CXString trimmed(text);
+    trimmed.TrimLeft();
+    unsigned char digit = 0;
+    const bool isDigit =
+        ByteBuffer::ConvertSingleHexCharToValue(static_cast<unsigned short>(unit), digit, false);
     out << "unit " << BytesOf(text, sizeof(WChar)) << ' ' << BytesOf(upper) << ' ' << BytesOf(lower) << ' '
-        << (CXString(text).CompareNoCase(upper) == 0) << (CXString(text).CompareNoCase(lower) == 0) << ' '
-        << BytesOf(narrow.data(), narrow.size()) << '\n';
+        << (CXString(text).CompareNoCase(upper) == 0) << (CXString(text).CompareNoCase(lower) == 0)
+        << trimmed.IsEmpty() << isDigit << ' ' << int{digit} << ' ' << BytesOf(narrow.data(), narrow.size())
+        << '\n';
 }
 
 /// Two bytes at once, so that lead bytes of multi-byte code pages meet every successor.
@@ -106,6 +117,61 @@ void WriteFormat(Random& random, std::ostream& out) {
     out << "format " << format << ' ' << BytesOf(text) << '\n';
 }
 
+CXString FormatMessageOf(const std::string& format, int number, const WChar* text) {
+    const std::basic_string<WChar> wide(format.begin(), format.end());
+    CXString message;
+    message.FormatMessageW(wide.c_str(), number, text);
+    return message;
+}
+
+/// A message with a number and a text, each with conversions as callers write them, and odd escapes between.
+void WriteMessage(Random& random, std::ostream& out) {
+    static const WChar text[] = {'t', 'e', 'x', 't', 0xE4, 0x20AC, 0};
+    const std::string width = random.Below(2) == 0 ? std::to_string(1 + random.Below(30)) : "";
+    const std::string precision = random.Below(2) == 0 ? "." + std::to_string(random.Below(20)) : "";
+    std::string format;
+    for (std::size_t pieces = 1 + random.Below(5); pieces > 0; --pieces) {
+        switch (random.Below(4)) {
+            case 0:
+                format += "%1!" + Choose(random, {"", "-", "0", "+"}) + width + precision +
+                          Choose(random, {"d", "u", "x", "08X", "i"}) + "!";
+                break;
+            case 1:
+                format += Choose(random, {"%2", "%2!s!", "%2!10s!", "%2!-9.3s!", "%2!ls!"});
+                break;
+            case 2:
+                format += Choose(random, {"%%", "%n", "%.", "%!", "% ", "%b", "%r", "%t"});
+                break;
+            default:
+                format += Choose(random, {"a", " b ", "\n", "\r\n", "-", "c"});
+        }
+    }
+    const auto number = static_cast<int>(random.Bits());
+    out << "message " << BytesOf(format.data(), format.size()) << ' ' << number << std::flush;
+    try {
+        out << ' ' << BytesOf(FormatMessageOf(format, number, text)) << '\n';
+    } catch (const NorvaException& refusal) {
+        out << " refused " << BytesOf(refusal.GetExceptionTypeByNumericCode()) << '\n';
+    }
+}
+
+/// A number as text, what that text is read as, and the number as a length.
+void WriteNumber(Random& random, std::ostream& out) {
+    constexpr double threshold = 0.499999;
+    const double value = (static_cast<double>(random.Bits() >> random.Below(64)) - 1e6) /
+                         static_cast<double>(1 << random.Below(20));
+    const int decimals = static_cast<int>(random.Below(8));
+    const bool first = random.Below(2) == 0;
+    const bool second = random.Below(2) == 0;
+    const CXString text = Number(value).GetStringValue(decimals, threshold, first, second);
+    Number read;
+    const bool isRead = read.SetStringValue(text);
+    const Dimension length(value, static_cast<Dimension::UnitsEnum>(random.Below(13)));
+    out << "number " << BytesOf(&value, sizeof value) << ' ' << BytesOf(text) << ' ' << isRead << ' '
+        << BytesOf(read.GetStringValue(6, threshold, false, false)) << ' '
+        << BytesOf(length.GetStringValue(Dimension::Inches, decimals, threshold, first)) << '\n';
+}
+
 }  // namespace
 
 void WriteText(std::uint64_t seed, std::ostream& out) {
@@ -117,6 +183,10 @@ void WriteText(std::uint64_t seed, std::ostream& out) {
     constexpr int formats = 2000;
     for (int i = 0; i < formats; ++i)
         WriteFormat(random, out);
+    for (int i = 0; i < formats; ++i)
+        WriteMessage(random, out);
+    for (int i = 0; i < formats; ++i)
+        WriteNumber(random, out);
 }
 
 }  // namespace comparison

@@ -8,7 +8,7 @@
 namespace platform {
 
 CharacterSetReader::CharacterSetReader(const CharacterSet& set)
-    : m_set(set), m_handle(iconv_open("UTF-16LE", set.name)) {}
+    : m_handle(iconv_open("UTF-16LE", set.name)) {}
 
 CharacterSetReader::~CharacterSetReader() {
     if (IsKnown()) iconv_close(m_handle);

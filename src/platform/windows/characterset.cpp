@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <string>
 
 namespace platform {
@@ -22,20 +23,26 @@ std::string InCodePage(unsigned codePage, std::string_view sequence) {
     return own;
 }
 
+unsigned CodePageOf(void* handle) {
+    return static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(handle));
+}
+
 }  // namespace
 
-CharacterSetReader::CharacterSetReader(const CharacterSet& set) : m_set(set) {}
+CharacterSetReader::CharacterSetReader(const CharacterSet& set)
+    : m_handle(reinterpret_cast<void*>(std::uintptr_t{set.codePage})) {}
 
 CharacterSetReader::~CharacterSetReader() = default;
 
 bool CharacterSetReader::IsKnown() const {
-    return IsValidCodePage(m_set.codePage) != FALSE;
+    return IsValidCodePage(CodePageOf(m_handle)) != FALSE;
 }
 
 WChar CharacterSetReader::Read(std::string_view sequence) {
-    const std::string own = InCodePage(m_set.codePage, sequence);
+    const unsigned codePage = CodePageOf(m_handle);
+    const std::string own = InCodePage(codePage, sequence);
     WChar units[4] = {};
-    const int count = MultiByteToWideChar(m_set.codePage, MB_ERR_INVALID_CHARS, own.data(),
+    const int count = MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, own.data(),
                                           static_cast<int>(own.size()), units, 4);
     return count == 1 ? units[0] : WChar{0};
 }

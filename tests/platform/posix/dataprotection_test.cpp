@@ -104,6 +104,7 @@ bool WriteKnownKeyFile(const std::string& name) {
 
 /// Whether the writable memory of this process holds a key, of which half is enough.
 bool HoldsKey(const ByteBuffer& maskedKey) {
+    constexpr unsigned long largestRegion = 1UL << 28;  // only a sanitizer has larger ones
     std::ifstream maps("/proc/self/maps");
     std::ifstream memory("/proc/self/mem", std::ios::binary);
     for (std::string line; std::getline(maps, line);) {
@@ -111,6 +112,7 @@ bool HoldsKey(const ByteBuffer& maskedKey) {
         unsigned long end = 0;
         char rights[5] = {};
         if (std::sscanf(line.c_str(), "%lx-%lx %4s", &begin, &end, rights) != 3 || rights[1] != 'w') continue;
+        if (end - begin > largestRegion) continue;
         std::vector<char> bytes(end - begin);
         memory.clear();
         memory.seekg(static_cast<std::streamoff>(begin));
