@@ -154,9 +154,9 @@ TEST(AttributeBytes, KeepsBothPartsWhateverItIsGiven) {
     list.SetAttributeBytes(Feature(3), AttributeBytesOptionValue(AttributeBytesValueId(4)));
     AttributeBytes& record = list.GetAttributeBytesRef(Feature(3));
     const std::string before = StateOf(list);
-    const AttributeBytes taken(std::move(record));
+    const AttributeBytes taken(static_cast<AttributeBytes&&>(record));
     AttributeBytes assigned(Feature(1), Integer(1));
-    assigned = std::move(record);
+    assigned = static_cast<AttributeBytes&&>(record);
     EXPECT_TRUE(taken == record);
     EXPECT_TRUE(assigned == record);
 

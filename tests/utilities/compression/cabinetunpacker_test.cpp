@@ -262,7 +262,7 @@ TEST_F(CabinetUnpacking, ReadsNamesInTheirCodePage) {
                                {"\xE2\x82\xAC", ""},
                                {"\xE2\x82\xAC/\xF0\x9F\x96\xA8", "abc"}}));
     try {
-        CabinetUnpacker(Buffer(Stored({"COM\xC2\xB2"}, utf8).Build()));
+        const CabinetUnpacker refusedOne(Buffer(Stored({"COM\xC2\xB2"}, utf8).Build()));
         ADD_FAILURE();
     } catch (const ExceptionCompression& refused) {
         EXPECT_EQ(refused.GetExceptionMesage(),
