@@ -12,6 +12,7 @@
 #include "environment/pdlcommandfile.h"
 #include "environment/productfiles.h"
 #include "environment/storedtext.h"
+#include "platform/fork.h"
 #include "utilities/debuggingandexceptions/norvaexception.h"
 
 namespace fs = std::filesystem;
@@ -30,6 +31,8 @@ KnownMappings& GetKnownMappings() {
     static KnownMappings& known = *new KnownMappings;
     return known;
 }
+
+[[maybe_unused]] const bool isMadeBeforeForks = platform::MakeBeforeForks([] { GetKnownMappings(); });
 
 /// The name that a printer's mappings stand under.
 Text TableNameOf(const Printer* printer) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include "platform/fork.h"
 
 namespace platform {
 
@@ -204,6 +205,8 @@ const BlockCodes& FixedCodes() {
     }();
     return codes;
 }
+
+[[maybe_unused]] const bool isMadeBeforeForks = MakeBeforeForks([] { FixedCodes(); });
 
 class DeflateWalker {
 public:

@@ -4,8 +4,8 @@
 namespace platform {
 
 /// The parts of the library that hold locks, in the order in which a thread that needs several takes them.
-enum class ForkedPart { ProductData, Printers, Cabinets, ThreadStorage };
-inline constexpr int forkedPartCount = 4;
+enum class ForkedPart { ProductData, Printers, Cabinets, ThreadStorage, Converters };
+inline constexpr int forkedPartCount = 5;
 
 /// What a part does around a fork, in the thread that forks.
 struct ForkHandlers {
@@ -16,5 +16,10 @@ struct ForkHandlers {
 
 /// Has a part's handlers called around every fork from now on.
 void TakePartInForks(ForkedPart part, const ForkHandlers& handlers);
+
+/// Has something that is made once, on its first use, made before every fork from now on: a child would wait
+/// for ever for a thread of its parent that was making it. To be called while the library is loaded.
+/// @return true, for the initialiser of a static object
+bool MakeBeforeForks(void (*make)());
 
 }  // namespace platform

@@ -5,13 +5,15 @@
 
 #include <array>
 
+#include "platform/posix/converter.h"
+
 namespace platform {
 
 CharacterSetReader::CharacterSetReader(const CharacterSet& set)
-    : m_handle(iconv_open("UTF-16LE", set.name)) {}
+    : m_handle(OpenConverter("UTF-16LE", set.name)) {}
 
 CharacterSetReader::~CharacterSetReader() {
-    if (IsKnown()) iconv_close(m_handle);
+    if (IsKnown()) CloseConverter(m_handle);
 }
 
 bool CharacterSetReader::IsKnown() const {

@@ -1,17 +1,20 @@
 // Conversion between UTF-16 and 8-bit text: UTF-8 and code page 1252 by own tables, others through iconv.
 #include "platform/codepage.h"
+#include "platform/posix/converter.h"
 #include "platform/posix/environment.h"
 
 #include <iconv.h>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <bit>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -363,9 +366,9 @@ int WideFromPage1252(const char* text, int length, WChar* out, int capacity) {
 // An open conversion; not valid when iconv does not know one of the encodings.
 class Conversion {
 public:
-    Conversion(const char* to, const char* from) : m_handle(iconv_open(to, from)) {}
+    Conversion(const char* to, const char* from) : m_handle(OpenConverter(to, from)) {}
     ~Conversion() {
-        if (IsValid()) iconv_close(m_handle);
+        if (IsValid()) CloseConverter(m_handle);
     }
     Conversion(const Conversion&) = delete;
     Conversion& operator=(const Conversion&) = delete;
@@ -403,18 +406,24 @@ private:
 
 constexpr const char* utf16 = "UTF-16LE";
 
-// iconv's name of the ANSI code page when the environment chooses another than 1252; else empty.
+// iconv's name of the ANSI code page that the environment chooses; empty for 1252.
+std::string ChooseAnsiCodePage() {
+    const char* const chosen = TrustedVariable("NVUTIL_ANSI_CODEPAGE");
+    if (chosen == nullptr || std::string_view(chosen) == "1252") return {};
+    const std::string encoding = std::string_view(chosen) == "65001" ? "UTF-8" : std::string("CP") + chosen;
+    const bool isKnown =
+        Conversion(utf16, encoding.c_str()).IsValid() && Conversion(encoding.c_str(), utf16).IsValid();
+    return isKnown ? encoding : std::string();
+}
+
+// The choice, made once and never destroyed. Threads that come first make it each, and one of them prevails:
+// so nobody ever waits, as a child of fork would for ever.
 const std::string& OtherAnsiCodePage() {
-    static const std::string& name = *new std::string([] {  // never destroyed
-        const char* chosen = TrustedVariable("NVUTIL_ANSI_CODEPAGE");
-        if (chosen == nullptr || std::string_view(chosen) == "1252") return std::string();
-        const std::string encoding =
-            std::string_view(chosen) == "65001" ? "UTF-8" : std::string("CP") + chosen;
-        const bool isKnown =
-            Conversion(utf16, encoding.c_str()).IsValid() && Conversion(encoding.c_str(), utf16).IsValid();
-        return isKnown ? encoding : std::string();
-    }());
-    return name;
+    static constinit std::atomic<const std::string*> settled{nullptr};
+    const std::string* name = settled;
+    if (name != nullptr) return *name;
+    auto own = std::make_unique<const std::string>(ChooseAnsiCodePage());
+    return settled.compare_exchange_strong(name, own.get()) ? *own.release() : *name;
 }
 
 void AnsiFromWide(CountingWriter<char>& out, const WChar* text, const WChar* end) {

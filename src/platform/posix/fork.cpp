@@ -5,6 +5,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstdlib>
 
 namespace platform {
 
@@ -16,7 +17,13 @@ constinit std::array<std::atomic<const ForkHandlers*>, forkedPartCount> register
 // Those that were prepared, while the process forks; used by the forking thread alone.
 constinit AllHandlers prepared{};
 
+// What is made before forks; written while the library is loaded.
+constinit std::array<void (*)(), 16> firstUses{};
+constinit std::size_t firstUseCount = 0;
+
 void Prepare() {
+    for (std::size_t i = 0; i < firstUseCount; ++i)
+        firstUses[i]();
     for (std::size_t i = 0; i < prepared.size(); ++i) {
         prepared[i] = registered[i];
         if (prepared[i] != nullptr) prepared[i]->prepare();
@@ -31,6 +38,12 @@ void GoOn(void (*ForkHandlers::*goOn)()) {
 }
 
 }  // namespace
+
+bool MakeBeforeForks(void (*make)()) {
+    if (firstUseCount == firstUses.size()) std::abort();  // a row for each must be there
+    firstUses[firstUseCount++] = make;
+    return true;
+}
 
 void TakePartInForks(ForkedPart part, const ForkHandlers& handlers) {
     [[maybe_unused]] static const int isRegistered = pthread_atfork(

@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include "platform/fork.h"
 
 namespace platform {
 
@@ -192,10 +193,18 @@ void CreateKeyFile(const KeyFolder& folder) {
     if (fsync(folder.Get()) != 0) FailWithErrno(folder.PathOf(keyName));
 }
 
+// Once: each start takes a lock of the library's, which a child of fork could find taken.
+bool IsEncryptionStarted() {
+    static const bool isStarted = sodium_init() >= 0;
+    return isStarted;
+}
+
+[[maybe_unused]] const bool isMadeBeforeForks = MakeBeforeForks([] { IsEncryptionStarted(); });
+
 }  // namespace
 
 SecretBytes ReadMasterKey(bool mayCreate) {
-    if (sodium_init() < 0) throw ProtectionFailure("the encryption library does not start");
+    if (!IsEncryptionStarted()) throw ProtectionFailure("the encryption library does not start");
     const KeyPlace place = FindKeyPlace();
     if (mayCreate) MakeFolders(place);
     const KeyFolder folder(place.folder);

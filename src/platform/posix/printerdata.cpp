@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <system_error>
 #include <utility>
 
@@ -134,6 +135,8 @@ private:
     std::map<HANDLE, std::shared_ptr<OpenPrinter>> m_printers;
 };
 
+[[maybe_unused]] const bool isMadeBeforeForks = MakeBeforeForks([] { OpenPrinters::Get(); });
+
 /// An open printer that the current scope may use alone.
 class PrinterInUse {
 public:
@@ -170,24 +173,30 @@ public:
         PrinterStore* const store = FindStore();
         return store != nullptr ? store->ReadTime({GetName(), key, name}) : std::nullopt;
     }
-    std::vector<PrinterChange> GetChanges() const {
-        return m_printer->update != nullptr ? m_printer->update->changes : std::vector<PrinterChange>();
+    /// What the update has changed so far; nothing when there is none.
+    std::span<const PrinterChange> GetChanges() const {
+        return m_printer->update != nullptr ? std::span<const PrinterChange>(m_printer->update->changes)
+                                            : std::span<const PrinterChange>();
     }
     /// Makes a change, in the update when there is one.
-    void Change(PrinterChange change) {
+    /// @return false when there was nothing to delete
+    bool Change(PrinterChange change) {
         using std::chrono::system_clock;
         change.written = system_clock::to_time_t(system_clock::now());
         if (m_printer->update == nullptr) {
             PrinterStore::MakeFile(m_printer->file);
             const PrinterLock lock(m_printer->file, GetName());
-            GetStore().Apply(GetName(), {std::move(change)});
-            return;
+            const bool isNeeded = change.value || FindTime(change.key, change.name);
+            if (isNeeded) GetStore().Apply(GetName(), {std::move(change)});
+            return isNeeded;
         }
+        if (!change.value && !FindTime(change.key, change.name)) return false;
         auto& changes = m_printer->update->changes;
         if (const PrinterChange* former = FindChange(change.key, change.name))
             changes[static_cast<std::size_t>(former - changes.data())] = std::move(change);
         else
             changes.push_back(std::move(change));
+        return true;
     }
 
     void BeginUpdate() {
@@ -314,9 +323,8 @@ PrinterStatus WritePrinterValue(HANDLE handle, const Text& key, const Text& name
 PrinterStatus DeletePrinterValue(HANDLE handle, const Text& key, const Text& name) {
     return WithPrinter(handle, [&](PrinterInUse& printer) {
         RequireNames(key, name);
-        if (!printer.FindTime(key, name)) return absent();
-        printer.Change({key, name, std::nullopt});
-        return PrinterStatus{};
+        const bool wasThere = printer.FindStore() != nullptr || !printer.GetChanges().empty();
+        return wasThere && printer.Change({key, name, std::nullopt}) ? PrinterStatus{} : absent();
     });
 }
 

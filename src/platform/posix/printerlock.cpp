@@ -44,7 +44,9 @@ bool SetLock(int descriptor, short kind, off_t byte) {
 
 PrinterLock::PrinterLock(const std::filesystem::path& store, const Text& printer) : m_byte(ByteOf(printer)) {
     constexpr std::chrono::milliseconds pause{2};
-    const std::filesystem::path file = store.native() + "-lock";
+    std::error_code unresolved;  // by whatever name the store is reached, it has one lock file
+    const std::filesystem::path resolved = std::filesystem::canonical(store, unresolved);
+    const std::filesystem::path file = (unresolved ? store : resolved).native() + "-lock";
     m_descriptor = open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (m_descriptor < 0)
         FailWithPrinterFile(file, CodeOfErrno(errno), std::generic_category().message(errno));

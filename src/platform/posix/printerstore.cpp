@@ -116,10 +116,7 @@ void MakeFolders(const fs::path& folder) {
 }
 
 // While one thread makes the file, no other may have it open yet.
-std::mutex& OpeningLock() {
-    static std::mutex& lock = *new std::mutex;
-    return lock;
-}
+constinit std::mutex openingLock;
 
 }  // namespace
 
@@ -231,7 +228,7 @@ fs::path PrinterStore::FindFile() {
 // One that exists is not opened here: closing it would drop the locks of other connections in this process.
 void PrinterStore::MakeFile(const fs::path& file) {
     MakeFolders(file.parent_path());
-    const std::lock_guard lock(OpeningLock());
+    const std::lock_guard lock(openingLock);
     const int made = ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (made < 0 && errno != EEXIST)
         FailWithPrinterFile(file, CodeOfErrno(errno), std::generic_category().message(errno));
@@ -258,7 +255,7 @@ PrinterStore::PrinterStore(const fs::path& file) : m_file(file) {
 PrinterStore::~PrinterStore() = default;
 
 void PrinterStore::Open() {
-    const std::lock_guard lock(OpeningLock());
+    const std::lock_guard lock(openingLock);
     sqlite3* connection = nullptr;
     // A file that the process may only read is opened for reading.
     const int result =

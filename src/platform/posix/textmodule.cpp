@@ -8,6 +8,8 @@
 #include <cstring>
 #include <string>
 
+#include "platform/fork.h"
+
 namespace platform {
 
 namespace {
@@ -38,10 +40,17 @@ TextFunction FindTextFunction() {
     return reinterpret_cast<TextFunction>(dlsym(module, "nvtxt_b_text"));
 }
 
+TextFunction GetTextFunction() {
+    static const TextFunction function = FindTextFunction();
+    return function;
+}
+
+[[maybe_unused]] const bool isMadeBeforeForks = MakeBeforeForks([] { GetTextFunction(); });
+
 }  // namespace
 
 bool LoadTextFromModule(unsigned id, Text& text) {
-    static const TextFunction textOf = FindTextFunction();
+    const TextFunction textOf = GetTextFunction();
     const WChar* found = textOf != nullptr ? textOf(id) : nullptr;
     if (found == nullptr) return false;
     text = found;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include "platform/fork.h"
 
 namespace platform {
 
@@ -37,8 +38,15 @@ WChar ToLower(WChar character) {
     return character >= u'A' && character <= u'Z' ? static_cast<WChar>(character - u'A' + u'a') : character;
 }
 
-WChar FoldCase(WChar character) {
+locale_t AllScripts() {
     static const locale_t allScripts = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return allScripts;
+}
+
+[[maybe_unused]] static const bool isMadeBeforeForks = MakeBeforeForks([] { AllScripts(); });
+
+WChar FoldCase(WChar character) {
+    const locale_t allScripts = AllScripts();
     if (allScripts == nullptr) return ToUpper(character);  // an old system without that locale
     const std::wint_t upper = towupper_l(character, allScripts);
     return upper <= 0xFFFF ? static_cast<WChar>(upper) : character;

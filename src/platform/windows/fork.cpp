@@ -5,4 +5,8 @@ namespace platform {
 
 void TakePartInForks(ForkedPart /*part*/, const ForkHandlers& /*handlers*/) {}
 
+bool MakeBeforeForks(void (* /*make*/)()) {
+    return true;
+}
+
 }  // namespace platform

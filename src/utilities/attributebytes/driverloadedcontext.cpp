@@ -1,6 +1,7 @@
 // DriverLoadedContext: in which host process the library runs.
 #include "utilities/attributebytes/driverloadedcontext.h"
 
+#include "platform/fork.h"
 #include "platform/process.h"
 
 namespace {
@@ -31,6 +32,9 @@ const DriverLoadedContext& DriverLoadedContext::GetCurrent() {
     static const DriverLoadedContext current{CXString(platform::HostModuleName().c_str())};
     return current;
 }
+
+[[maybe_unused]] static const bool isMadeBeforeForks =
+    platform::MakeBeforeForks([] { DriverLoadedContext::GetCurrent(); });
 
 DriverLoadedContext::DriverLoadedContext(const CXString& moduleName)
     : m_contextType(ContextTypeOfModule(moduleName)) {}

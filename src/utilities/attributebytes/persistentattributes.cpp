@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/fork.h"
 #include "utilities/attributebytes/attributebytes.h"
 #include "utilities/compression/cabcompressedbuffer.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
@@ -136,6 +137,12 @@ const AttributeBytesNameSpacesId& PersistentAttributes::GetMsDeviceCapabilitiesN
     static const auto& id = *new AttributeBytesNameSpacesId(3);
     return id;
 }
+
+[[maybe_unused]] static const bool isMadeBeforeForks = platform::MakeBeforeForks([] {
+    PersistentAttributes::GetDataModelDocPropNameSpaceId();
+    PersistentAttributes::GetDataModelDevicePropNameSpaceId();
+    PersistentAttributes::GetMsDeviceCapabilitiesNameSpaceId();
+});
 
 bool PersistentAttributes::IsCurrentVersionHeader(const Header& header) {
     return header.headerSize == headerSize && header.formatVersion == currentFormatVersion;

@@ -1,6 +1,7 @@
 // MicrosoftCabinetLibrary: loading the module and resolving its functions in table order.
 #include "utilities/compression/microsoftcabinetlibrary.h"
 
+#include "platform/fork.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
 namespace cabinet = platform::cabinet;
@@ -59,6 +60,13 @@ const MicrosoftCabinetLibrary& MicrosoftCabinetLibrary::GetShared() {
     static const auto* const shared = new MicrosoftCabinetLibrary;
     return *shared;
 }
+
+[[maybe_unused]] static const bool isMadeBeforeForks = platform::MakeBeforeForks([] {
+    try {
+        MicrosoftCabinetLibrary::GetShared();
+    } catch (const NorvaException&) {  // NOLINT(bugprone-empty-catch): whoever needs it is told
+    }
+});
 
 cabinet::FciCreateFunction MicrosoftCabinetLibrary::GetFciCreatePfn() const {
     return reinterpret_cast<cabinet::FciCreateFunction>(m_functions[fciCreate].address);

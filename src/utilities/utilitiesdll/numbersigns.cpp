@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/fork.h"
 #include "platform/widechar.h"
 #include "utilities/utilitiesdll/textresourceloader.h"
 #include "utilities/utilitiesdll/textresources.h"
@@ -118,6 +119,9 @@ const NumberSigns& NumberSigns::OfResources() {
                                    TextResourceLoader::GetText(textresources::thousandsSeparator));
     return signs;
 }
+
+[[maybe_unused]] static const bool isMadeBeforeForks =
+    platform::MakeBeforeForks([] { NumberSigns::OfResources(); });
 
 CXString NumberSigns::Write(double magnitude, bool isNegative, int decimals, bool stripTrailingZeros,
                             bool groupThousands) const {

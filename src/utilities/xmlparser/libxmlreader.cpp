@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/fork.h"
 #include "utilities/xmlparser/xmlfailure.h"
 
 namespace {
@@ -82,9 +83,15 @@ bool KeepsSpace(const xmlParserCtxt& parser) {
     return parser.space != nullptr && *parser.space == 1;
 }
 
+bool IsEngineStarted() {
+    static const bool isStarted = (xmlInitParser(), true);  // once, whichever threads come first
+    return isStarted;
+}
+
+[[maybe_unused]] const bool isMadeBeforeForks = platform::MakeBeforeForks([] { IsEngineStarted(); });
+
 xmlParserCtxt* NewContext() {
-    static const bool isInitialised = (xmlInitParser(), true);  // once, whichever threads come first
-    return isInitialised ? xmlNewParserCtxt() : nullptr;
+    return IsEngineStarted() ? xmlNewParserCtxt() : nullptr;
 }
 
 Reader::Reader(const CheckedDocument& document, bool validate)
