@@ -113,11 +113,12 @@ bool ExpandInsert(Text& out, const WChar*& cursor, InsertArguments& arguments) {
         out.append(text != nullptr ? text : NV_TEXT("(null)"));
         return true;
     }
-    const TextView rest(cursor + 1);
-    const std::size_t end = rest.find(NV_TEXT('!'));
-    if (end == TextView::npos) return false;
-    cursor += end + 2;
-    return ConvertInsert(out, number, rest.substr(0, end), arguments);
+    const WChar* const conversion = ++cursor;
+    while (*cursor != NV_TEXT('!')) {
+        if (*cursor++ == 0) return false;
+    }
+    const TextView text(conversion, static_cast<std::size_t>(cursor++ - conversion));
+    return ConvertInsert(out, number, text, arguments);
 }
 
 // Expands what follows a percent sign and is not an insert.

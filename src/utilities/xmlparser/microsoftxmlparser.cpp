@@ -117,7 +117,9 @@ class CheckedDtd {
 public:
     explicit CheckedDtd(const CheckedDocument& document) {
         if (!document.hasExternalDtd || !document.dtd.IsConverted()) return;
+        m_isNeeded = true;
         const fs::path original(static_cast<const wchar_t*>(document.dtdPath));
+        const std::string text = Redeclared(document.dtd.Get(), utf8);
         GUID unique;
         wchar_t name[40] = {};
         if (FAILED(CoCreateGuid(&unique)) || StringFromGUID2(unique, name, 40) == 0) return;
@@ -126,7 +128,7 @@ public:
         if (error || !fs::create_directory(folder, error)) return;
         m_folder = folder;
         std::ofstream out(folder / original.filename(), std::ios::binary);
-        out << Redeclared(document.dtd.Get(), utf8);
+        out << text;
         m_isWritten = static_cast<bool>(out.flush());
     }
     ~CheckedDtd() {
@@ -136,11 +138,14 @@ public:
     CheckedDtd(const CheckedDtd&) = delete;
     CheckedDtd& operator=(const CheckedDtd&) = delete;
 
+    /// Whether the engine has to be given a copy.
+    bool IsNeeded() const { return m_isNeeded; }
     bool IsWritten() const { return m_isWritten; }
     CXString GetFolder() const { return m_folder.c_str(); }
 
 private:
     fs::path m_folder;
+    bool m_isNeeded = false;
     bool m_isWritten = false;
 };
 
@@ -180,6 +185,14 @@ bool MicrosoftXmlParser::Load(const CheckedDocument& document) {
     const ComPointer<IStream> stream = CreateStream(memory.Get(), false);
     if (!stream) xmlfailure::ThrowOutOfMemoryWhileReading();
     const CheckedDtd dtd(document);
+    if (dtd.IsNeeded() && !dtd.IsWritten()) {  // the engine must not read the original by itself
+        XmlParseError error;
+        error.errorCode = XmlParseError::accessRefused;
+        error.url = document.dtdPath;
+        error.reason = NV_TEXT("The DTD cannot be given to the engine in UTF-8.");
+        m_document.refuse(MakeParseError(error));
+        return false;
+    }
     const CurrentDirectory directory(!validate         ? CXString()
                                      : dtd.IsWritten() ? dtd.GetFolder()
                                                        : FolderOf(systemId));
