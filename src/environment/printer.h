@@ -88,10 +88,11 @@ private:
 /// Keeps everybody else from updating a printer as long as it lives, so that what is read from it can be
 /// changed and written back without losing what others write meanwhile. It holds for those who ask for an
 /// update too, in all processes of the machine; plain writes through other objects wait for it off Windows
-/// only, and plain reads nowhere. Other printers are not held up.
+/// only. Plain reads wait nowhere, but for the moment in which a change reaches the disk off Windows. Other
+/// printers are not held up.
 ///
 /// What is written through the printer's object meanwhile is seen through it at once. On Windows others see
-/// it at once too; elsewhere Commit writes all of it in one transaction.
+/// it at once too; elsewhere it is kept in memory, and Commit writes all of it in one transaction.
 ///
 /// One at a time in a thread, and not for long: others wait.
 class NVUTIL_API PrinterDataUpdate {

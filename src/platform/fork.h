@@ -4,8 +4,8 @@
 namespace platform {
 
 /// The parts of the library that hold locks, in the order in which a thread that needs several takes them.
-enum class ForkedPart { ProductData, Printers, Cabinets, ThreadStorage, Converters };
-inline constexpr int forkedPartCount = 5;
+enum class ForkedPart { ProductData, Printers, PrinterLocks, Cabinets, ThreadStorage, Converters };
+inline constexpr int forkedPartCount = 6;
 
 /// What a part does around a fork, in the thread that forks.
 struct ForkHandlers {

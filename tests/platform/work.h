@@ -7,11 +7,13 @@
 #include "utilities/compression/cabcompressedbuffer.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
+#include "utilities/utilitiesdll/dataencrypter.h"
 #include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
 
 inline void Work() {
     CabCompressedBuffer compressed;
     compressed.Store(ByteBuffer(2000, BYTE{'x'}));
+    DataEncrypter::DecryptBytes(DataEncrypter::EncryptBytes(ByteBuffer(20, BYTE{'s'})));
     std::set<CXString> models;
     ProductData::EnumerateInstalledDriverModels(models);
     try {

@@ -37,17 +37,22 @@ void GoOn(void (*ForkHandlers::*goOn)()) {
     }
 }
 
+void HearOfForks() {
+    [[maybe_unused]] static const int isRegistered = pthread_atfork(
+        &Prepare, [] { GoOn(&ForkHandlers::goOnInParent); }, [] { GoOn(&ForkHandlers::goOnInChild); });
+}
+
 }  // namespace
 
 bool MakeBeforeForks(void (*make)()) {
+    HearOfForks();
     if (firstUseCount == firstUses.size()) std::abort();  // a row for each must be there
     firstUses[firstUseCount++] = make;
     return true;
 }
 
 void TakePartInForks(ForkedPart part, const ForkHandlers& handlers) {
-    [[maybe_unused]] static const int isRegistered = pthread_atfork(
-        &Prepare, [] { GoOn(&ForkHandlers::goOnInParent); }, [] { GoOn(&ForkHandlers::goOnInChild); });
+    HearOfForks();
     registered[static_cast<std::size_t>(part)] = &handlers;
 }
 

@@ -1,14 +1,12 @@
 // Printers and their driver data, kept in a database of the user.
 #include "platform/printerdata.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <span>
 #include <system_error>
 #include <utility>
 
@@ -27,16 +25,11 @@ struct PendingUpdate {
     PendingUpdate(const fs::path& file, const Text& printer) : lock(file, printer) {}
 
     PrinterLock lock;
-    std::vector<PrinterChange> changes;  ///< One at most for each value.
+    PrinterChanges changes;
 };
 
-WChar FoldCase(WChar unit) {
-    return unit >= 'A' && unit <= 'Z' ? static_cast<WChar>(unit - 'A' + 'a') : unit;
-}
-
-/// Whether the database takes two names for one.
-bool AreSameName(const Text& left, const Text& right) {
-    return std::ranges::equal(left, right, {}, FoldCase, FoldCase);
+PrinterChanges::key_type Fold(const Text& key, const Text& name) {
+    return {FoldPrinterName(key), FoldPrinterName(name)};
 }
 
 /// What a handle stands for: a printer's name, and a connection that is made when it is first needed.
@@ -46,6 +39,7 @@ struct OpenPrinter {
     std::timed_mutex lock;  ///< Held by every operation while it lasts.
     std::unique_ptr<PrinterStore> store;
     std::unique_ptr<PendingUpdate> update;
+    bool isClosed = false;
 };
 
 /// All open printers of the process. Handles are looked up here, so that a stale one is merely refused.
@@ -77,16 +71,18 @@ public:
         const auto found = m_printers.find(handle);
         return found != m_printers.end() ? found->second : nullptr;
     }
+    // A printer is known here for as long as it has a connection, which a fork must find.
     void Remove(HANDLE handle) {
+        const std::shared_ptr<OpenPrinter> printer = TryFind(handle);
+        if (printer == nullptr) return;
+        {
+            const std::lock_guard lock(printer->lock);
+            printer->isClosed = true;
+            printer->store.reset();
+            printer->update.reset();
+        }
         const std::lock_guard lock(m_lock);
-        if (m_isCutOff) return;
-        const auto found = m_printers.find(handle);
-        if (found == m_printers.end()) return;
-        const std::shared_ptr<OpenPrinter> printer = std::move(found->second);
-        m_printers.erase(found);
-        const std::lock_guard printerLock(printer->lock);
-        printer->store.reset();
-        printer->update.reset();
+        m_printers.erase(handle);
     }
 
 private:
@@ -96,12 +92,19 @@ private:
         TakePartInForks(ForkedPart::Printers, handlers);
     }
 
+    /// Null too in a child that may not use printers.
+    std::shared_ptr<OpenPrinter> TryFind(HANDLE handle) {
+        const std::lock_guard lock(m_lock);
+        const auto found = m_printers.find(handle);
+        return found != m_printers.end() && !m_isCutOff ? found->second : nullptr;
+    }
+
     void PrepareFork() {
-        // Whoever waits for an update of the forking thread would be waited for in vain.
-        constexpr std::chrono::milliseconds patience{500};
         m_lock.lock();
+        // Whoever waits for an update of the forking thread would be waited for in vain.
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
         for (const auto& [handle, printer] : m_printers) {
-            const bool isIdle = printer->lock.try_lock_for(patience);
+            const bool isIdle = printer->lock.try_lock_until(end);
             if (isIdle) m_locked.push_back(printer.get());
             if (isIdle) printer->store.reset();
             m_isForkedInUse = m_isForkedInUse || !isIdle || printer->update != nullptr;
@@ -114,12 +117,9 @@ private:
         m_lock.unlock();
     }
     void GoOnInChild() {
-        m_isCutOff = m_isCutOff || m_isForkedInUse;
         // The printers stay where they are: nothing of the parent's connections may be touched, not even to
-        // close them. Updates are the parent's alone.
-        for (OpenPrinter* const printer : m_locked) {
-            if (printer->update != nullptr) printer->update->lock.LeaveToParent();
-        }
+        // close them.
+        m_isCutOff = m_isCutOff || m_isForkedInUse;
         GoOnInParent();
     }
     [[noreturn]] static void FailCutOff() {
@@ -143,11 +143,13 @@ public:
     explicit PrinterInUse(HANDLE handle) : m_printer(OpenPrinters::Get().Find(handle)) {
         if (m_printer == nullptr) throw PrinterStoreError{{invalidPrinterHandle, {}}};
         m_lock = std::unique_lock(m_printer->lock);
+        if (m_printer->isClosed) throw PrinterStoreError{{invalidPrinterHandle, {}}};
     }
 
     const Text& GetName() const { return m_printer->name; }
     /// The store to read from; null when there is none, since nothing is made for a reader.
     PrinterStore* FindStore() {
+        DropStaleStore();
         if (m_printer->store != nullptr && !m_printer->store->HasLayout()) DropStore();
         std::error_code unreadable;  // such a file is there, and opening it tells why it is of no use
         const bool isThere = m_printer->store != nullptr ||
@@ -160,11 +162,8 @@ public:
     /// What the update has made of a value; null when there is no update, or it has not touched the value.
     const PrinterChange* FindChange(const Text& key, const Text& name) const {
         if (m_printer->update == nullptr) return nullptr;
-        const auto& changes = m_printer->update->changes;
-        const auto found = std::ranges::find_if(changes, [&](const PrinterChange& change) {
-            return AreSameName(change.key, key) && AreSameName(change.name, name);
-        });
-        return found != changes.end() ? &*found : nullptr;
+        const auto found = m_printer->update->changes.find(Fold(key, name));
+        return found != m_printer->update->changes.end() ? &found->second : nullptr;
     }
     /// When a value was written; nothing when there is none.
     std::optional<std::int64_t> FindTime(const Text& key, const Text& name) {
@@ -173,29 +172,34 @@ public:
         PrinterStore* const store = FindStore();
         return store != nullptr ? store->ReadTime({GetName(), key, name}) : std::nullopt;
     }
-    /// What the update has changed so far; nothing when there is none.
-    std::span<const PrinterChange> GetChanges() const {
-        return m_printer->update != nullptr ? std::span<const PrinterChange>(m_printer->update->changes)
-                                            : std::span<const PrinterChange>();
+    /// Makes of the stored names of a key's values those that the update leaves.
+    void ChangeNames(const Text& key, std::vector<Text>& names) const {
+        if (m_printer->update == nullptr) return;
+        const PrinterChanges& changes = m_printer->update->changes;
+        const Text foldedKey = FoldPrinterName(key);
+        std::erase_if(names, [&](const Text& name) {
+            return changes.contains({foldedKey, FoldPrinterName(name)});
+        });
+        for (auto at = changes.lower_bound({foldedKey, {}});
+             at != changes.end() && at->first.first == foldedKey; ++at) {
+            if (at->second.value) names.push_back(at->second.name);
+        }
     }
     /// Makes a change, in the update when there is one.
     /// @return false when there was nothing to delete
     bool Change(PrinterChange change) {
         using std::chrono::system_clock;
         change.written = system_clock::to_time_t(system_clock::now());
-        if (m_printer->update == nullptr) {
-            PrinterStore::MakeFile(m_printer->file);
-            const PrinterLock lock(m_printer->file, GetName());
-            const bool isNeeded = change.value || FindTime(change.key, change.name);
-            if (isNeeded) GetStore().Apply(GetName(), {std::move(change)});
-            return isNeeded;
+        if (!IsNeeded(change)) return false;  // and nothing is made for it
+        const PrinterChanges::key_type place = Fold(change.key, change.name);
+        if (m_printer->update != nullptr) {
+            m_printer->update->changes.insert_or_assign(place, std::move(change));
+            return true;
         }
-        if (!change.value && !FindTime(change.key, change.name)) return false;
-        auto& changes = m_printer->update->changes;
-        if (const PrinterChange* former = FindChange(change.key, change.name))
-            changes[static_cast<std::size_t>(former - changes.data())] = std::move(change);
-        else
-            changes.push_back(std::move(change));
+        PrinterStore::MakeFile(m_printer->file);
+        const PrinterLock lock(m_printer->file, GetName());
+        if (!IsNeeded(change)) return false;  // somebody else was faster
+        GetStore().Apply(GetName(), {{place, std::move(change)}});
         return true;
     }
 
@@ -213,7 +217,14 @@ public:
     }
 
 private:
+    bool IsNeeded(const PrinterChange& change) {
+        return change.value || FindTime(change.key, change.name).has_value();
+    }
+    void DropStaleStore() {
+        if (m_printer->store != nullptr && !m_printer->store->IsCurrent()) DropStore();
+    }
     PrinterStore& GetStore() {
+        DropStaleStore();
         if (m_printer->store == nullptr) m_printer->store = std::make_unique<PrinterStore>(m_printer->file);
         return *m_printer->store;
     }
@@ -238,26 +249,8 @@ PrinterStatus WithPrinter(HANDLE handle, Operation operation) {
     }
 }
 
-bool IsHighSurrogate(WChar unit) {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-
-bool IsLowSurrogate(WChar unit) {
-    return unit >= 0xDC00 && unit < 0xE000;
-}
-
-/// Whether a text can be kept as UTF-8 and found again.
-bool IsName(const Text& text) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == 0 || IsLowSurrogate(text[i])) return false;
-        if (!IsHighSurrogate(text[i])) continue;
-        if (++i == text.size() || !IsLowSurrogate(text[i])) return false;
-    }
-    return !text.empty();
-}
-
 void RequireNames(const Text& key, const Text& name) {
-    if (!IsName(key) || !IsName(name)) throw PrinterStoreError{{invalidPrinterParameter, {}}};
+    if (!IsPrinterName(key) || !IsPrinterName(name)) throw PrinterStoreError{{invalidPrinterParameter, {}}};
 }
 
 constexpr PrinterStatus absent() {
@@ -271,7 +264,7 @@ struct PrinterUpdate {
 };
 
 PrinterStatus OpenPrinterByName(const Text& name, bool mayBeNew, HANDLE& handle) {
-    if (!IsName(name)) return {unknownPrinter, {}};
+    if (!IsPrinterName(name)) return {unknownPrinter, {}};
     try {
         handle = OpenPrinters::Get().Add(name);
     } catch (const PrinterStoreError& error) {
@@ -323,8 +316,7 @@ PrinterStatus WritePrinterValue(HANDLE handle, const Text& key, const Text& name
 PrinterStatus DeletePrinterValue(HANDLE handle, const Text& key, const Text& name) {
     return WithPrinter(handle, [&](PrinterInUse& printer) {
         RequireNames(key, name);
-        const bool wasThere = printer.FindStore() != nullptr || !printer.GetChanges().empty();
-        return wasThere && printer.Change({key, name, std::nullopt}) ? PrinterStatus{} : absent();
+        return printer.Change({key, name, std::nullopt}) ? PrinterStatus{} : absent();
     });
 }
 
@@ -333,11 +325,7 @@ PrinterStatus ListPrinterValues(HANDLE handle, const Text& key, std::vector<Text
         RequireNames(key, key);
         PrinterStore* const store = printer.FindStore();
         if (store != nullptr) names = store->ListValues(printer.GetName(), key);
-        for (const PrinterChange& change : printer.GetChanges()) {
-            if (!AreSameName(change.key, key)) continue;
-            std::erase_if(names, [&](const Text& name) { return AreSameName(name, change.name); });
-            if (change.value) names.push_back(change.name);
-        }
+        printer.ChangeNames(key, names);
         return PrinterStatus{};
     });
 }

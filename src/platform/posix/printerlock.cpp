@@ -8,9 +8,12 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
+#include <mutex>
+#include <set>
 #include <system_error>
 #include <thread>
 
+#include "platform/fork.h"
 #include "platform/posix/printerstore.h"
 
 namespace platform {
@@ -40,6 +43,40 @@ bool SetLock(int descriptor, short kind, off_t byte) {
     return fcntl(descriptor, F_OFD_SETLK, &lock) == 0;
 }
 
+/// The locks that have their file open, and what guards that record.
+struct OpenLocks {
+    std::mutex lock;
+    std::set<PrinterLock*> locks;
+
+    static OpenLocks& Get() {
+        static OpenLocks& open = *new OpenLocks;  // printers may be closed while the process ends
+        return open;
+    }
+};
+
+constexpr ForkHandlers handlers{[] { OpenLocks::Get().lock.lock(); }, [] { OpenLocks::Get().lock.unlock(); },
+                                [] {
+                                    PrinterLock::LeaveAllToParent();
+                                    OpenLocks::Get().lock.unlock();
+                                }};
+[[maybe_unused]] const bool takesPartInForks = (TakePartInForks(ForkedPart::PrinterLocks, handlers), true);
+
+/// Opens the lock's file; makes one for all who may write to the store.
+int OpenFor(const std::filesystem::path& store, const std::filesystem::path& file) {
+    constexpr int mode = O_RDWR | O_NOFOLLOW | O_CLOEXEC;
+    const int found = open(file.c_str(), mode);
+    if (found >= 0 || errno != ENOENT) return found;
+    const int made = open(file.c_str(), mode | O_CREAT, S_IRUSR | S_IWUSR);
+    struct stat status {};
+    if (made >= 0 && stat(store.c_str(), &status) == 0) {
+        // Whoever may not give it away keeps it, with the group if that is possible.
+        const bool isGiven =
+            fchown(made, status.st_uid, status.st_gid) == 0 || fchown(made, -1U, status.st_gid) == 0;
+        fchmod(made, status.st_mode & (isGiven ? 0666 : 0606));
+    }
+    return made;
+}
+
 }  // namespace
 
 PrinterLock::PrinterLock(const std::filesystem::path& store, const Text& printer) : m_byte(ByteOf(printer)) {
@@ -47,32 +84,58 @@ PrinterLock::PrinterLock(const std::filesystem::path& store, const Text& printer
     std::error_code unresolved;  // by whatever name the store is reached, it has one lock file
     const std::filesystem::path resolved = std::filesystem::canonical(store, unresolved);
     const std::filesystem::path file = (unresolved ? store : resolved).native() + "-lock";
-    m_descriptor = open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (m_descriptor < 0)
-        FailWithPrinterFile(file, CodeOfErrno(errno), std::generic_category().message(errno));
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(printerPatience);
-    while (!SetLock(m_descriptor, F_WRLCK, m_byte)) {
+    for (;;) {
+        Open(store, file);
+        const bool isLocked = SetLock(m_descriptor, F_WRLCK, m_byte);
         const int error = errno;
+        if (isLocked && IsOfFile(file)) return;
+        Close();
+        if (isLocked) continue;  // somebody deleted the file, and the next to come would make another
         const bool isHeld = error == EAGAIN || error == EACCES;
-        if (isHeld && std::chrono::steady_clock::now() < end) {
-            std::this_thread::sleep_for(pause);
-            continue;
+        if (!isHeld || std::chrono::steady_clock::now() >= end) {
+            FailWithPrinterFile(
+                file, isHeld ? printerBusy : CodeOfErrno(error),
+                isHeld ? "the printer is being updated" : std::generic_category().message(error));
         }
-        LeaveToParent();
-        FailWithPrinterFile(file, isHeld ? printerBusy : CodeOfErrno(error),
-                            isHeld ? "the printer is being updated" : std::generic_category().message(error));
+        std::this_thread::sleep_for(pause);
     }
 }
 
-// Closing would not be enough where a child of fork has the file open too.
 PrinterLock::~PrinterLock() {
-    if (m_descriptor >= 0) SetLock(m_descriptor, F_UNLCK, m_byte);
-    LeaveToParent();
+    Close();
 }
 
-void PrinterLock::LeaveToParent() noexcept {
-    if (m_descriptor >= 0) close(m_descriptor);
-    m_descriptor = -1;
+void PrinterLock::Open(const std::filesystem::path& store, const std::filesystem::path& file) {
+    OpenLocks& open = OpenLocks::Get();
+    const std::lock_guard lock(open.lock);
+    m_descriptor = OpenFor(store, file);
+    if (m_descriptor < 0)
+        FailWithPrinterFile(file, CodeOfErrno(errno), std::generic_category().message(errno));
+    open.locks.insert(this);
+}
+
+// Nothing was opened in this process by a lock that its parent made.
+void PrinterLock::Close() noexcept {
+    OpenLocks& open = OpenLocks::Get();
+    const std::lock_guard lock(open.lock);
+    if (open.locks.erase(this) == 0) return;
+    SetLock(m_descriptor, F_UNLCK, m_byte);  // closing is not enough where a child has the file open too
+    close(m_descriptor);
+}
+
+bool PrinterLock::IsOfFile(const std::filesystem::path& file) const {
+    struct stat own {};
+    struct stat named {};
+    return fstat(m_descriptor, &own) == 0 && lstat(file.c_str(), &named) == 0 && own.st_dev == named.st_dev &&
+           own.st_ino == named.st_ino;
+}
+
+void PrinterLock::LeaveAllToParent() noexcept {
+    std::set<PrinterLock*>& locks = OpenLocks::Get().locks;
+    for (const PrinterLock* const lock : locks)
+        close(lock->m_descriptor);
+    locks.clear();
 }
 
 }  // namespace platform

@@ -15,17 +15,22 @@ namespace platform {
 /// each other. Names that differ only in the case of ASCII letters have the same.
 class PrinterLock {
 public:
-    /// Waits up to `printerPatience`.
+    /// Waits up to `printerPatience`. The file is made when it is missing, with the store's owner and mode.
     /// @throws PrinterStoreError when somebody else holds the lock for longer, or the file cannot be made
     PrinterLock(const std::filesystem::path& store, const Text& printer);
     PrinterLock(const PrinterLock&) = delete;
     PrinterLock& operator=(const PrinterLock&) = delete;
     ~PrinterLock();
 
-    /// In a child of fork: gives up the child's part in a lock that stays its parent's.
-    void LeaveToParent() noexcept;
+    /// In a child of fork: gives up its part in the locks of its parent, which would else be held until both
+    /// have ended.
+    static void LeaveAllToParent() noexcept;
 
 private:
+    void Open(const std::filesystem::path& store, const std::filesystem::path& file);
+    void Close() noexcept;
+    bool IsOfFile(const std::filesystem::path& file) const;
+
     off_t m_byte;
     int m_descriptor = -1;
 };

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "platform/codepage.h"
 #include "platform/posix/environment.h"
@@ -94,6 +95,14 @@ DWORD CodeOf(int result) {
     return codeOfOtherResults;
 }
 
+bool IsHighSurrogate(WChar unit) {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+
+bool IsLowSurrogate(WChar unit) {
+    return unit >= 0xDC00 && unit < 0xE000;
+}
+
 bool IsAnotherAtWork(DWORD code) {
     return code == CodeOf(SQLITE_BUSY);
 }
@@ -140,6 +149,23 @@ DWORD CodeOfErrno(int error) {
     }
 }
 
+bool IsPrinterName(const Text& text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == 0 || IsLowSurrogate(text[i])) return false;
+        if (!IsHighSurrogate(text[i])) continue;
+        if (++i == text.size() || !IsLowSurrogate(text[i])) return false;
+    }
+    return !text.empty();
+}
+
+Text FoldPrinterName(const Text& name) {
+    Text folded = name;
+    for (WChar& unit : folded) {
+        if (unit >= 'A' && unit <= 'Z') unit = static_cast<WChar>(unit - 'A' + 'a');
+    }
+    return folded;
+}
+
 /// One use of a kept statement: bound, run, and made ready for the next use at the end.
 class PrinterStore::Statement {
 public:
@@ -184,15 +210,16 @@ public:
         const int size = sqlite3_column_bytes(m_statement, column);
         return data != nullptr ? std::vector<BYTE>(data, data + size) : std::vector<BYTE>();
     }
-    Text GetText(int column) {
-        const std::vector<BYTE> bytes = GetBytes(column);
-        return Wide({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-    }
-    std::vector<Text> GetTexts() {
-        std::vector<Text> texts;
-        while (Step())
-            texts.push_back(GetText(0));
-        return texts;
+    /// The names in the rows' first column. What no printer or value of ours can be called is left out.
+    std::vector<Text> GetNames() {
+        std::vector<Text> names;
+        while (Step()) {
+            const std::vector<BYTE> data = GetBytes(0);
+            const std::string_view bytes(reinterpret_cast<const char*>(data.data()), data.size());
+            Text name = Wide(bytes);
+            if (IsPrinterName(name) && Utf8(name) == bytes) names.push_back(std::move(name));
+        }
+        return names;
     }
 
 private:
@@ -275,20 +302,28 @@ void PrinterStore::Protect() {
                   static_cast<int>(largestPrinterValue) + roomBesideTheValue);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
     Require(sqlite3_busy_timeout(connection, static_cast<int>(printerPatience)));
     Execute("PRAGMA cell_size_check = ON");
 }
 
-/// Makes the layout in an empty file, and chooses how writes reach the disk: through a journal that is gone
-/// when they have, so that there is nothing to do for readers.
-void PrinterStore::PrepareToWrite() {
-    if (m_isWritable) return;
-    Execute("PRAGMA journal_mode = DELETE");
+/// Chooses how writes reach the disk: through a journal that is gone when they have, so that there is nothing
+/// to do for readers.
+void PrinterStore::ChooseJournal() {
+    if (m_isJournalChosen) return;
+    // A store that was given another journal keeps it for as long as somebody else uses it. That is safe too.
+    const int result =
+        sqlite3_exec(m_connection.get(), "PRAGMA journal_mode = DELETE", nullptr, nullptr, nullptr);
+    if ((result & primaryResultMask) != SQLITE_BUSY) Require(result);
     Execute("PRAGMA synchronous = EXTRA");
-    if (IsEmpty()) Create();
-    RequireOwnLayout();
-    m_hasLayout = true;
-    m_isWritable = true;
+    m_isJournalChosen = true;
+}
+
+bool PrinterStore::IsCurrent() {
+    int hasMoved = 0;
+    Require(sqlite3_file_control(m_connection.get(), "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved));
+    return hasMoved == 0;
 }
 
 bool PrinterStore::IsEmpty() {
@@ -309,12 +344,9 @@ void PrinterStore::InTransaction(const std::function<void()>& work) {
 }
 
 void PrinterStore::Create() {
-    InTransaction([this] {
-        if (!IsEmpty()) return;  // somebody else was faster
-        Execute(tableSql);
-        Execute(("PRAGMA application_id = " + std::to_string(applicationId)).c_str());
-        Execute(("PRAGMA user_version = " + std::to_string(layoutVersion)).c_str());
-    });
+    Execute(tableSql);
+    Execute(("PRAGMA application_id = " + std::to_string(applicationId)).c_str());
+    Execute(("PRAGMA user_version = " + std::to_string(layoutVersion)).c_str());
 }
 
 void PrinterStore::RequireOwnLayout() {
@@ -324,8 +356,12 @@ void PrinterStore::RequireOwnLayout() {
     if (version > layoutVersion)
         Fail(invalidData, NV_TEXT("has a newer schema than this version of the library knows: ") +
                               Wide(std::to_string(version)));
+    const OwnedStatement encoding = Compile("PRAGMA encoding", false);
+    const bool isUtf8 =
+        sqlite3_step(encoding.get()) == SQLITE_ROW &&
+        std::string_view(reinterpret_cast<const char*>(sqlite3_column_text(encoding.get(), 0))) == "UTF-8";
     OwnedStatement schema = Compile("SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL LIMIT 2", false);
-    bool isOurs = sqlite3_step(schema.get()) == SQLITE_ROW;
+    bool isOurs = isUtf8 && sqlite3_step(schema.get()) == SQLITE_ROW;
     isOurs =
         isOurs && sqlite3_column_bytes(schema.get(), 0) == static_cast<int>(sizeof tableSql - 1) &&
         std::string_view(reinterpret_cast<const char*>(sqlite3_column_text(schema.get(), 0))) == tableSql;
@@ -339,19 +375,21 @@ bool PrinterStore::HasPrinter(const Text& printer) {
 
 std::vector<Text> PrinterStore::ListPrinters() {
     if (!m_hasLayout) return {};
-    return Statement(*this, Sql::ListPrinters).GetTexts();
+    return Statement(*this, Sql::ListPrinters).GetNames();
 }
 
 std::vector<Text> PrinterStore::ListValues(const Text& printer, const Text& key) {
     if (!m_hasLayout) return {};
-    return Statement(*this, Sql::ListValues).Bind(printer).Bind(key).GetTexts();
+    return Statement(*this, Sql::ListValues).Bind(printer).Bind(key).GetNames();
 }
 
 bool PrinterStore::Read(const PrinterValuePlace& place, PrinterValue& value) {
     if (!m_hasLayout) return false;
     Statement statement(*this, Sql::Read);
     if (!statement.Bind(place).Step()) return false;
-    value = {static_cast<DWORD>(statement.GetNumber(0)), statement.GetBytes(1)};
+    const std::int64_t type = statement.GetNumber(0);
+    if (type != static_cast<DWORD>(type)) Fail(invalidData, NV_TEXT("holds a value of an unknown type"));
+    value = {static_cast<DWORD>(type), statement.GetBytes(1)};
     if (value.data.size() > largestPrinterValue)
         Fail(invalidData, NV_TEXT("holds a value that is too large"));
     return true;
@@ -364,10 +402,12 @@ std::optional<std::int64_t> PrinterStore::ReadTime(const PrinterValuePlace& plac
     return statement.GetNumber(0);
 }
 
-void PrinterStore::Apply(const Text& printer, const std::vector<PrinterChange>& changes) {
-    PrepareToWrite();
+void PrinterStore::Apply(const Text& printer, const PrinterChanges& changes) {
+    ChooseJournal();
     InTransaction([&] {
-        for (const PrinterChange& change : changes) {
+        if (IsEmpty()) Create();
+        RequireOwnLayout();
+        for (const auto& [folded, change] : changes) {
             const PrinterValuePlace place{printer, change.key, change.name};
             if (change.value) {
                 Statement(*this, Sql::Write)
@@ -381,6 +421,7 @@ void PrinterStore::Apply(const Text& printer, const std::vector<PrinterChange>& 
             }
         }
     });
+    m_hasLayout = true;
 }
 
 void PrinterStore::Execute(const char* sql) {

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/printerdata.h"
@@ -31,7 +33,13 @@ DWORD CodeOfErrno(int error);
 /// The code of what others keep busy.
 inline constexpr DWORD printerBusy = 170;
 
-/// Where a value stands. Each part is well-formed UTF-16 and not empty.
+/// Whether a text can be kept as UTF-8 and found again: well-formed, not empty and without a zero.
+bool IsPrinterName(const Text& text);
+
+/// The same text for all names that the store takes for one.
+Text FoldPrinterName(const Text& name);
+
+/// Where a value stands. Each part is a name as IsPrinterName wants it.
 struct PrinterValuePlace {
     const Text& printer;
     const Text& key;
@@ -45,6 +53,9 @@ struct PrinterChange {
     std::optional<PrinterValue> value;
     std::int64_t written = 0;  ///< In seconds since 1970.
 };
+
+/// The changes of one printer, by the folded key and name.
+using PrinterChanges = std::map<std::pair<Text, Text>, PrinterChange>;
 
 /// A connection, used by one thread at a time and only in the process that made it.
 ///
@@ -67,6 +78,8 @@ public:
 
     /// Whether something had been written when the file was opened, or has been through this connection.
     bool HasLayout() const { return m_hasLayout; }
+    /// Whether the file is still the one that was opened: it may have been deleted or replaced.
+    bool IsCurrent();
     bool HasPrinter(const Text& printer);
     std::vector<Text> ListPrinters();
     std::vector<Text> ListValues(const Text& printer, const Text& key);
@@ -74,7 +87,7 @@ public:
     bool Read(const PrinterValuePlace& place, PrinterValue& value);
     std::optional<std::int64_t> ReadTime(const PrinterValuePlace& place);
     /// Makes all the changes of a printer, or none.
-    void Apply(const Text& printer, const std::vector<PrinterChange>& changes);
+    void Apply(const Text& printer, const PrinterChanges& changes);
 
 private:
     enum class Sql : std::size_t {
@@ -98,7 +111,7 @@ private:
 
     void Open();
     void Protect();
-    void PrepareToWrite();
+    void ChooseJournal();
     bool IsEmpty();
     void InTransaction(const std::function<void()>& work);
     void Create();
@@ -112,8 +125,8 @@ private:
     [[noreturn]] void Fail(DWORD code, const Text& problem);
 
     std::filesystem::path m_file;
-    bool m_hasLayout = false;   ///< Whether something was written to it at least once.
-    bool m_isWritable = false;  ///< Whether PrepareToWrite has been called.
+    bool m_hasLayout = false;        ///< Whether something was written to it at least once.
+    bool m_isJournalChosen = false;  ///< Whether ChooseJournal has been called.
     std::unique_ptr<sqlite3, Close> m_connection;
     std::array<OwnedStatement, static_cast<std::size_t>(Sql::count)> m_statements;
 };

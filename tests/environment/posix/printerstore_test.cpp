@@ -160,6 +160,53 @@ TEST_F(PrinterStore, BelongsToItsUserAlone) {
     EXPECT_EQ(ModeOf(m_file), 0600u);
     EXPECT_EQ(ModeOf(fs::path(m_file).parent_path()), 0700u);
     EXPECT_EQ(ModeOf(m_folder), 0700u);
+
+    // A store that its owner shares is locked by all who share it.
+    ASSERT_TRUE(fs::remove(m_file + "-lock"));
+    fs::permissions(m_file, fs::perms(0662));
+    Write({1});
+    EXPECT_EQ(ModeOf(m_file + "-lock"), 0662u);
+}
+
+TEST_F(PrinterStore, IsTheFileThatHasItsName) {
+    Write({1});
+    Printer printer(printerName);
+    DWORD type = 0;
+    ByteBuffer data;
+    EXPECT_TRUE(printer.GetPrinterDataW(name, type, data));
+    fs::rename(m_file, m_file + ".old");
+    EXPECT_FALSE(printer.GetPrinterDataW(name, type, data));
+    Write({2});
+    EXPECT_TRUE(printer.GetPrinterDataW(name, type, data));
+    EXPECT_EQ(data, ByteBuffer{2});
+    fs::rename(m_file + ".old", m_file);
+    printer.SetPrinterDataExW(key, NV_TEXT("Other"), Printer::typeBinary, {3});
+    EXPECT_EQ(Read(), ByteBuffer{1});
+    EXPECT_EQ(printer.EnumeratePrinterDataExW(key).size(), 2u);
+}
+
+TEST_F(PrinterStore, IsFreeWhenTheUpdaterDiesAndItsChildLives) {
+    Write({1});
+    const fs::path begun = m_folder / "begun";
+    Child updater([&] {
+        Printer printer(printerName);
+        const PrinterDataUpdate update(printer);
+        std::ofstream{begun};
+        Child heir([&] {
+            std::ofstream{begun.string() + "-child"};
+            while (fs::exists(begun))
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            return true;
+        });
+        return heir.Succeeds();
+    });
+    while (!fs::exists(begun.string() + "-child"))
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(updater.Kill());
+    const auto start = std::chrono::steady_clock::now();
+    Write({2});
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    fs::remove(begun);
 }
 
 TEST_F(PrinterStore, StandsInTheUsersStateFolder) {
@@ -198,6 +245,7 @@ const Damage damages[] = {
     {"a schema that is not known", [](std::string& store) { store[63] = 0; }},
     {"another table",
      [](std::string& store) { store.replace(store.find("TEXT NOT NULL"), 13, "TEXT NOT  NUL"); }},
+    {"texts in UTF-16", [](std::string& store) { store[59] = 2; }},
     {"cut in its first page", [](std::string& store) { store.resize(300); }},
     {"pages of garbage",
      [](std::string& store) { std::fill(store.begin() + 4096, store.end(), static_cast<char>(0xFF)); }},
@@ -263,6 +311,7 @@ TEST_F(PrinterStore, ThatIsReadOnlyCanStillBeRead) {
         return Child([&] {
                    if (!GiveUpPrivileges()) return false;
                    ExpectFailure([] { Write({2}); });
+                   if (Printer(printerName).DeletePrinterDataExW(key, NV_TEXT("None"))) return false;
                    const FileSizeLimit fullDisk(0);
                    return !HasFailure() && Read() == ByteBuffer{1};
                })

@@ -11,6 +11,9 @@ public:
     /// The address of an exported function; null when there is none, or no library.
     void (*Find(const char* name) const)();
 
+    /// Whether the process has the library at all, through whatever object.
+    static bool IsInProcess(const char* path);
+
 private:
     void* m_library;
 };

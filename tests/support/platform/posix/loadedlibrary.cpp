@@ -9,6 +9,12 @@ LoadedLibrary::~LoadedLibrary() {
     if (m_library != nullptr) dlclose(m_library);
 }
 
+bool LoadedLibrary::IsInProcess(const char* path) {
+    void* const library = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
+    if (library != nullptr) dlclose(library);
+    return library != nullptr;
+}
+
 void (*LoadedLibrary::Find(const char* name) const)() {
     return m_library != nullptr ? reinterpret_cast<void (*)()>(dlsym(m_library, name)) : nullptr;
 }

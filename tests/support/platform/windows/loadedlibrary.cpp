@@ -9,6 +9,10 @@ LoadedLibrary::~LoadedLibrary() {
     if (m_library != nullptr) FreeLibrary(static_cast<HMODULE>(m_library));
 }
 
+bool LoadedLibrary::IsInProcess(const char* path) {
+    return GetModuleHandleA(path) != nullptr;
+}
+
 void (*LoadedLibrary::Find(const char* name) const)() {
     if (m_library == nullptr) return nullptr;
     return reinterpret_cast<void (*)()>(GetProcAddress(static_cast<HMODULE>(m_library), name));
