@@ -3,10 +3,7 @@ install(TARGETS nvutil_B
     RUNTIME DESTINATION bin
     LIBRARY DESTINATION lib
     ARCHIVE DESTINATION lib)
-install(DIRECTORY src/ DESTINATION include/${PROJECT_NAME}
-    FILES_MATCHING PATTERN "*.h"
-    PATTERN platform/windows EXCLUDE
-    PATTERN platform/posix EXCLUDE)
+install(DIRECTORY include/ DESTINATION include/${PROJECT_NAME})
 
 if(NVUTIL_TOOL)
     # The tool finds the library in the archive, wherever that is unpacked.

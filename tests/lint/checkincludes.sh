@@ -5,28 +5,31 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
 # The floors from the ground up. A file stands on the first that matches it and includes nothing from above.
 floors='
-1 ^src/platform/
-2 ^src/utilities/utilitiesdll/(cxstring|formattext|ownedcriticalresource|sharedptr|smallobject|textresource(s|loader))[.]
-3 ^src/utilities/(debuggingandexceptions/|utilitiesdll/utilitiesdllperthreadstorage[.])
-4 ^src/utilities/utilitiesdll/
-5 ^src/utilities/(compression|xmlparser)/
-6 ^src/utilities/attributebytes/
-7 ^src/environment/
-8 ^src/nvutil[.]h$
+1 ^(include|src)/platform/
+2 ^(include|src)/utilities/utilitiesdll/(cxstring|formattext|ownedcriticalresource|sharedptr|smallobject|textresource(s|loader))[.]
+3 ^(include|src)/utilities/(debuggingandexceptions/|utilitiesdll/utilitiesdllperthreadstorage[.])
+4 ^(include|src)/utilities/utilitiesdll/
+5 ^(include|src)/utilities/(compression|xmlparser)/
+6 ^(include|src)/utilities/attributebytes/
+7 ^(include|src)/environment/
+8 ^include/nvutil[.]h$
 9 ^tools/
 '
 
 # Where an operating system may be seen, and the one kind of header with ".h" that is welcome elsewhere.
-seam='^(src/platform|src/utilities/xmlparser|tools/nvutil/platform|tests/platform/(posix|windows)|tests/support/platform|tests/utilities/xmlparser/windows)/'
+seam='^((include|src)/(platform|utilities/xmlparser)|tools/nvutil/platform|tests/platform/(posix|windows)|tests/support/platform|tests/utilities/xmlparser/windows)/'
 portableHeaders='<(gtest|gmock)/'
 
 listFiles() { git ls-files --cached --others --exclude-standard -- "$@"; }
 
 # Prints the includes of the project's own headers as "INCLUDER INCLUDED".
 listIncludes() {
-    listFiles 'src/*.h' 'src/*.cpp' 'tools/*.h' 'tools/*.cpp' |
+    listFiles 'include/*.h' 'src/*.h' 'src/*.cpp' 'tools/*.h' 'tools/*.cpp' |
         xargs grep -HoE '^[[:space:]]*#[[:space:]]*include[[:space:]]*"[^"]+"' |
-        sed -E 's|^([^:]+):.*"([^"]+)"$|\1 src/\2|'
+        sed -E 's|^([^:]+):.*"([^"]+)"$|\1 \2|' |
+        while read -r includer included; do
+            [[ -f include/$included ]] && echo "$includer include/$included" || echo "$includer src/$included"
+        done
 }
 
 # A source file without a header of its own name holds members that need an upper floor, and may look up.
@@ -48,7 +51,12 @@ checkFloors() {
         $1 ~ /[.]cpp$/ && !(BaseName($1) in hasHeader) { next }
         Floor($1) < Floor($2) { print $1 ": includes " $2 " from an upper floor"; failed = 1 }
         END { exit failed }
-    ' <(listFiles 'src/*.h') <(listIncludes)
+    ' <(listFiles 'include/*.h' 'src/*.h') <(listIncludes)
+}
+
+# The interface is complete without what is behind it.
+checkFrontDoor() {
+    listIncludes | awk '$1 ~ /^include\// && $2 !~ /^include\// { print $1 ": includes " $2; failed = 1 } END { exit failed }'
 }
 
 # A ring of headers has no order, and tsort names its members.
@@ -57,7 +65,7 @@ checkRings() { listIncludes | sed '/[.]cpp /d' | tsort >/dev/null; }
 checkSeam() {
     local directive='^[[:space:]]*#[[:space:]]*' failed=0 files=()
     local systems='\b(_?WIN32|_?WIN64|_MSC_VER|__MINGW(32|64)__|__linux(__)?|__unix(__)?|__APPLE__)\b'
-    mapfile -t files < <(listFiles src tools tests | grep -E '\.(h|cpp)$' | grep -vE "$seam")
+    mapfile -t files < <(listFiles include src tools tests | grep -E '\.(h|cpp)$' | grep -vE "$seam")
     grep -HnE "${directive}include[[:space:]]*<[^>]+\.h>" "${files[@]}" | grep -vE "$portableHeaders" && failed=1
     grep -HnE "${directive}.*$systems" "${files[@]}" && failed=1
     return $failed
@@ -65,6 +73,7 @@ checkSeam() {
 
 status=0
 checkFloors || status=1
+checkFrontDoor || { status=1; echo "the interface includes what is not part of it"; }
 checkRings || { status=1; echo "headers include each other in a ring"; }
 checkSeam || { status=1; echo "an operating system is seen outside the platform seams"; }
 exit $status
