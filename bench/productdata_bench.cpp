@@ -166,7 +166,7 @@ void FindCommand(benchmark::State& run) {
 BENCHMARK(FindCommand)->Arg(0)->Arg(1);
 
 void WalkToCommand(benchmark::State& run) {
-    const PdlCommandFile file{CXString(CommandFile().c_str())};
+    const nvutil::PdlCommandFile file{CXString(CommandFile().c_str())};
     const auto wanted = [](const PdlInstruction& each) {
         return each.feature == u"Feature number 249" && each.option == u"Option number 9" &&
                each.type == ProductData::PdlTypePcl6 && each.qualifier.empty();
@@ -182,7 +182,7 @@ void ReadCommandFile(benchmark::State& run) {
     const std::string text = CommandFile();
     const CXString wide(text.c_str());
     for (auto _ : run)
-        benchmark::DoNotOptimize(PdlCommandFile(wide).GetInstructions().size());
+        benchmark::DoNotOptimize(nvutil::PdlCommandFile(wide).GetInstructions().size());
     CountBytes(run, text.size());
 }
 BENCHMARK(ReadCommandFile)->Unit(benchmark::kMicrosecond);

@@ -2,8 +2,8 @@
 install(TARGETS nvutil_B
     RUNTIME DESTINATION bin
     LIBRARY DESTINATION lib
-    ARCHIVE DESTINATION lib)
-install(DIRECTORY include/ DESTINATION include/${PROJECT_NAME})
+    ARCHIVE DESTINATION lib
+    FILE_SET HEADERS DESTINATION include/${PROJECT_NAME})
 
 if(NVUTIL_TOOL)
     # The tool finds the library in the archive, wherever that is unpacked.

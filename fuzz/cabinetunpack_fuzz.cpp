@@ -17,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // A small input can ask for gigabytes and for a million folders.
-constexpr CabinetLimits limits{1 << 20, 1000};
+constexpr nvutil::CabinetLimits limits{1 << 20, 1000};
 constexpr std::size_t mostFiles = 100;
 
 const fs::path& Base() {
@@ -35,7 +35,7 @@ std::size_t CountFiles(const fs::path& folder) {
     return files;
 }
 
-void Unpack(const CabinetUnpacker& unpacker) {
+void Unpack(const nvutil::CabinetUnpacker& unpacker) {
     const fs::path target = Base() / "target";
     const CXString name = target.string<WChar>().c_str();
     fs::remove_all(Base());
@@ -56,7 +56,7 @@ void Unpack(const CabinetUnpacker& unpacker) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     try {
-        const CabinetUnpacker unpacker(ByteBuffer(data, static_cast<DWORD>(size)), limits);
+        const nvutil::CabinetUnpacker unpacker(ByteBuffer(data, static_cast<DWORD>(size)), limits);
         if (unpacker.GetFiles().size() <= mostFiles) Unpack(unpacker);
     } catch (const ExceptionCompression&) {
         return 0;

@@ -51,7 +51,7 @@ std::vector<std::pair<Text, Text>> ReadSlowly(TextView file) {
     return models;
 }
 
-void CheckValues(const ModelTable& table, const char16_t* key) {
+void CheckValues(const nvutil::ModelTable& table, const char16_t* key) {
     std::map<Text, std::size_t> first;
     for (std::size_t i = 0; i < table.GetCount(); ++i) {
         const CXString value = MappingData({}, StringOf(table.GetData(i))).GetData(key);
@@ -67,7 +67,7 @@ void CheckValues(const ModelTable& table, const char16_t* key) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size > 4096) return 0;  // the plain rules take time that grows with the square
     const CXString file = productfiles::TextOf(ByteBuffer(data, static_cast<DWORD>(size)));
-    const ModelTable table(ViewOf(file));
+    const nvutil::ModelTable table(ViewOf(file));
     const auto expected = ReadSlowly(ViewOf(file));
     FUZZ_EXPECT(table.GetCount() == expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {

@@ -9,7 +9,8 @@
 
 namespace {
 
-const PdlInstruction* Walk(const PdlCommandFile& file, const PdlInstruction& wanted, TextView qualifier) {
+const PdlInstruction* Walk(const nvutil::PdlCommandFile& file, const PdlInstruction& wanted,
+                           TextView qualifier) {
     for (const PdlInstruction& each : file.GetInstructions()) {
         if (each.feature == wanted.feature && each.option == wanted.option && each.type == wanted.type &&
             (each.qualifier.empty() || each.qualifier == qualifier))
@@ -24,11 +25,11 @@ bool LiesIn(TextView part, TextView whole) {
 }
 
 /// What is cut out feature set by feature set is what is read at once.
-void CheckFeatures(CXString text, const PdlCommandFile& file) {
+void CheckFeatures(CXString text, const nvutil::PdlCommandFile& file) {
     std::vector<CXString> instructions;
     CXString feature;
     while (ProductData::GetPDLXMLFeature(text, feature)) {
-        const PdlCommandFile alone(feature + NV_TEXT("</FeatureSet>"));
+        const nvutil::PdlCommandFile alone(feature + NV_TEXT("</FeatureSet>"));
         for (const PdlInstruction& each : alone.GetInstructions())
             instructions.push_back(each.instruction);
     }
@@ -42,7 +43,7 @@ void CheckFeatures(CXString text, const PdlCommandFile& file) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size > 8192) return 0;
     const CXString text = productfiles::TextOf(ByteBuffer(data, static_cast<DWORD>(size)));
-    const PdlCommandFile file(text);
+    const nvutil::PdlCommandFile file(text);
     for (const PdlInstruction& each : file.GetInstructions()) {
         FUZZ_EXPECT(LiesIn(each.feature, file.GetText()) && LiesIn(each.source, file.GetText()));
         FUZZ_EXPECT(each.instruction.Find(u'"') < 0);

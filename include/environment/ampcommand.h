@@ -3,8 +3,8 @@
 
 #include <array>
 #include <cstddef>
+#include <string_view>
 
-#include "environment/textview.h"
 #include "platform/types.h"
 
 /// How the value of an entity is written, always least significant byte first.
@@ -32,4 +32,4 @@ constexpr std::size_t ampCommandCount = 221;
 NVUTIL_API const std::array<AMPCMD, ampCommandCount>& GetAmpCommands();
 
 /// The entity of a name with its "&" and ";"; null when there is none. Case matters.
-NVUTIL_API const AMPCMD* FindAmpCommand(TextView name);
+NVUTIL_API const AMPCMD* FindAmpCommand(std::basic_string_view<WChar> name);

@@ -15,8 +15,12 @@
 #include "utilities/utilitiesdll/cxstring.h"
 #include "utilities/utilitiesdll/ownedcriticalresource.h"
 
+namespace nvutil {
 class ModelTable;
+}
+namespace nvutil {
 class PdlCommandFile;
+}
 
 /// The product data of a model: properties from map files, files that they name, and commands from the
 /// model's command file. docs/productdata.md describes the files.
@@ -279,7 +283,8 @@ private:
     bool FindModel(_ModelType type, const CXString& model);
     bool FindByName(const CXString& model);
     bool FindById(const CXString& key, const CXString& id);
-    void AddMappings(const std::filesystem::path::string_type& file, std::unique_ptr<ModelTable> table);
+    void AddMappings(const std::filesystem::path::string_type& file,
+                     std::unique_ptr<nvutil::ModelTable> table);
     void ReadCommands();
 
     HANDLE m_printerHandle = nullptr;
@@ -290,7 +295,7 @@ private:
     bool m_isValidated = false;
     MappingData m_mapping;
     CXString m_uniqueId;
-    CXString m_lastKey;                                ///< The key last looked up,
-    CXString m_lastValue;                              ///< and its value.
-    std::shared_ptr<const PdlCommandFile> m_commands;  ///< Null until they are read.
+    CXString m_lastKey;                                        ///< The key last looked up,
+    CXString m_lastValue;                                      ///< and its value.
+    std::shared_ptr<const nvutil::PdlCommandFile> m_commands;  ///< Null until they are read.
 };

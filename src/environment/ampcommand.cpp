@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "environment/textview.h"
+
 namespace {
 
 /// An entity as it is written down here.

@@ -3,6 +3,7 @@
 
 #include "environment/ampcommand.h"
 #include "environment/textview.h"
+#include "platform/internalapi.h"
 
 /// A piece of an instruction.
 struct AmpPiece {
@@ -21,7 +22,7 @@ struct AmpPiece {
 };
 
 /// Reads an instruction piece by piece. The text must outlive the reader and its pieces.
-class NVUTIL_API AmpReader {
+class NVUTIL_INTERNAL_API AmpReader {
 public:
     explicit AmpReader(TextView instruction) : m_rest(instruction) {}
 

@@ -11,17 +11,18 @@ MappingData KnownMappings::Entry::GetMapping() const {
 
 std::vector<KnownMappings::Source>& KnownMappings::SourcesOf(const Text& printer) {
     std::vector<Source>& sources = m_byPrinter[printer];
-    if (sources.empty()) sources.push_back({{}, std::make_unique<ModelTable>()});
+    if (sources.empty()) sources.push_back({{}, std::make_unique<nvutil::ModelTable>()});
     return sources;
 }
 
-void KnownMappings::KeepNames(const ModelTable& table) {
+void KnownMappings::KeepNames(const nvutil::ModelTable& table) {
     for (std::size_t i = 0; i < table.GetCount(); ++i) {
         if (!m_models.contains(table.GetModel(i))) m_models.emplace(table.GetModel(i));
     }
 }
 
-void KnownMappings::Add(const Text& printer, const Identity& file, std::unique_ptr<ModelTable> table) {
+void KnownMappings::Add(const Text& printer, const Identity& file,
+                        std::unique_ptr<nvutil::ModelTable> table) {
     KeepNames(*table);
     std::vector<Source>& sources = SourcesOf(printer);
     const auto former = std::find_if(sources.begin(), sources.end() - 1,
@@ -43,7 +44,7 @@ void KnownMappings::Refresh(const Text& printer, const StoredMappings& stored) {
         return fits;
     };
     std::vector<Source>& sources = SourcesOf(printer);
-    auto others = std::make_unique<ModelTable>();
+    auto others = std::make_unique<nvutil::ModelTable>();
     for (const Source& source : std::span(sources).first(sources.size() - 1)) {
         for (std::size_t i = 0; i < source.table->GetCount(); ++i) {
             const CXString data = stored.ReadData(source.table->GetModel(i));

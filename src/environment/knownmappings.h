@@ -27,7 +27,7 @@ public:
 
     /// One model of one table.
     struct Entry {
-        const ModelTable* table;
+        const nvutil::ModelTable* table;
         std::size_t index;
 
         TextView GetModel() const { return table->GetModel(index); }
@@ -48,7 +48,7 @@ public:
 
     /// Takes what a map file said for a printer, in the place of what it said before.
     /// @param file  not empty
-    void Add(const Text& printer, const Identity& file, std::unique_ptr<ModelTable> table);
+    void Add(const Text& printer, const Identity& file, std::unique_ptr<nvutil::ModelTable> table);
     /// Lets what the driver data keeps take the place of what map files said, model by model where it
     /// differs. Models that no file names follow behind all others. What is beyond `mostReadBack` stays as it
     /// is.
@@ -67,12 +67,12 @@ public:
 private:
     struct Source {
         Identity file;
-        std::unique_ptr<ModelTable> table;
+        std::unique_ptr<nvutil::ModelTable> table;
     };
 
     /// The map files of a printer and, last and without a name, the models that only its driver data knows.
     std::vector<Source>& SourcesOf(const Text& printer);
-    void KeepNames(const ModelTable& table);
+    void KeepNames(const nvutil::ModelTable& table);
 
     std::map<Text, std::vector<Source>> m_byPrinter;
     ModelNames m_models;

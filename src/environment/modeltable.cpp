@@ -55,7 +55,7 @@ bool MapRecordReader::Next(MapRecord& record) {
     return false;
 }
 
-ModelTable::ModelTable(TextView file) {
+nvutil::ModelTable::ModelTable(TextView file) {
     // A record's text becomes no longer in a block, apart from a last line without a line end.
     platform::Text& text = m_texts.emplace_back();
     text.reserve(file.size() + 1);
@@ -86,13 +86,13 @@ ModelTable::ModelTable(TextView file) {
     endGroup();
 }
 
-void ModelTable::Add(TextView model, TextView data) {
+void nvutil::ModelTable::Add(TextView model, TextView data) {
     const TextView name = m_texts.emplace_back(model);
     m_blocks.emplace_back(m_texts.emplace_back(data));
     AppendOwn(m_models[Enter(name)], m_blocks.size() - 1);
 }
 
-void ModelTable::Replace(std::size_t index, TextView data) {
+void nvutil::ModelTable::Replace(std::size_t index, TextView data) {
     Model& model = m_models[index];
     platform::Text*& text = m_replacements[index];
     if (text == nullptr) {
@@ -109,7 +109,7 @@ void ModelTable::Replace(std::size_t index, TextView data) {
 }
 
 /// Enters what a group says, name by name.
-void ModelTable::AddGroup(const std::vector<TextView>& names, TextView properties) {
+void nvutil::ModelTable::AddGroup(const std::vector<TextView>& names, TextView properties) {
     if (names.empty()) return;
     const std::size_t block = m_blocks.size();
     m_blocks.push_back(properties);
@@ -125,13 +125,13 @@ void ModelTable::AddGroup(const std::vector<TextView>& names, TextView propertie
 }
 
 /// The model of a name, which is new if need be.
-std::size_t ModelTable::Enter(TextView name) {
+std::size_t nvutil::ModelTable::Enter(TextView name) {
     const auto [found, isNew] = m_byName.try_emplace(name, m_models.size());
     if (isNew) m_models.push_back({name, m_commonBlocks.size()});
     return found->second;
 }
 
-void ModelTable::AppendOwn(Model& model, std::size_t block) {
+void nvutil::ModelTable::AppendOwn(Model& model, std::size_t block) {
     const std::size_t own = m_ownBlocks.size();
     m_ownBlocks.push_back({block, m_commonBlocks.size(), none});
     (model.lastOwn == none ? model.firstOwn : m_ownBlocks[model.lastOwn].next) = own;
@@ -139,17 +139,17 @@ void ModelTable::AppendOwn(Model& model, std::size_t block) {
     model.ownLength += m_blocks[block].size();
 }
 
-void ModelTable::AppendCommon(std::size_t block) {
+void nvutil::ModelTable::AppendCommon(std::size_t block) {
     m_commonBlocks.push_back({block, GetCommonLength()});
 }
 
-std::uint64_t ModelTable::GetCommonLength() const {
+std::uint64_t nvutil::ModelTable::GetCommonLength() const {
     if (m_commonBlocks.empty()) return 0;
     const CommonBlock& last = m_commonBlocks.back();
     return last.lengthBefore + m_blocks[last.block].size();
 }
 
-std::uint64_t ModelTable::GetDataLength(std::size_t index) const {
+std::uint64_t nvutil::ModelTable::GetDataLength(std::size_t index) const {
     const Model& model = m_models[index];
     const std::uint64_t missed = model.firstCommon < m_commonBlocks.size()
                                      ? m_commonBlocks[model.firstCommon].lengthBefore
@@ -158,7 +158,7 @@ std::uint64_t ModelTable::GetDataLength(std::size_t index) const {
     return length <= largestData ? length : 0;
 }
 
-platform::Text ModelTable::GetData(std::size_t index) const {
+platform::Text nvutil::ModelTable::GetData(std::size_t index) const {
     platform::Text data;
     if (GetDataLength(index) == 0) return data;
     data.reserve(GetDataLength(index));
@@ -168,11 +168,11 @@ platform::Text ModelTable::GetData(std::size_t index) const {
     return data;
 }
 
-bool ModelTable::IsOwnNext(const Cursor& cursor) const {
+bool nvutil::ModelTable::IsOwnNext(const Cursor& cursor) const {
     return cursor.own != none && m_ownBlocks[cursor.own].commonBefore <= cursor.common;
 }
 
-bool ModelTable::Next(Cursor& cursor, std::size_t& block) const {
+bool nvutil::ModelTable::Next(Cursor& cursor, std::size_t& block) const {
     if (IsOwnNext(cursor)) {
         block = m_ownBlocks[cursor.own].block;
         cursor.own = m_ownBlocks[cursor.own].next;
@@ -183,19 +183,19 @@ bool ModelTable::Next(Cursor& cursor, std::size_t& block) const {
     return true;
 }
 
-std::optional<std::size_t> ModelTable::Find(TextView model) const {
+std::optional<std::size_t> nvutil::ModelTable::Find(TextView model) const {
     const auto found = m_byName.find(model);
     return found != m_byName.end() ? std::optional(found->second) : std::nullopt;
 }
 
-std::optional<std::size_t> ModelTable::FindByValue(TextView key, TextView value) const {
+std::optional<std::size_t> nvutil::ModelTable::FindByValue(TextView key, TextView value) const {
     auto index = m_byValue.find(key);
     if (index == m_byValue.end()) index = m_byValue.emplace(key, MakeIndex(key)).first;
     const auto found = index->second.find(platform::Text(value));
     return found != index->second.end() ? std::optional(found->second) : std::nullopt;
 }
 
-ModelTable::ValueIndex ModelTable::MakeIndex(TextView key) const {
+nvutil::ModelTable::ValueIndex nvutil::ModelTable::MakeIndex(TextView key) const {
     const Occurrences occurrences = FindOccurrences(key);
     ValueIndex index;
     for (std::size_t i = 0; i < m_models.size(); ++i) {
@@ -204,7 +204,7 @@ ModelTable::ValueIndex ModelTable::MakeIndex(TextView key) const {
     return index;
 }
 
-ModelTable::Occurrences ModelTable::FindOccurrences(TextView key) const {
+nvutil::ModelTable::Occurrences nvutil::ModelTable::FindOccurrences(TextView key) const {
     Occurrences occurrences;
     occurrences.inBlock.reserve(m_blocks.size());
     for (const TextView block : m_blocks)
@@ -219,7 +219,8 @@ ModelTable::Occurrences ModelTable::FindOccurrences(TextView key) const {
 
 /// The value of a key, found without putting the text together and without a visit to every block for all
 /// models.
-TextView ModelTable::FindValue(const Model& model, TextView key, const Occurrences& occurrences) const {
+TextView nvutil::ModelTable::FindValue(const Model& model, TextView key,
+                                       const Occurrences& occurrences) const {
     const auto positionIn = [&](std::size_t block) { return occurrences.inBlock[block]; };
     Cursor cursor = Begin(model);
     std::size_t block = 0;

@@ -12,6 +12,7 @@
 
 #include "environment/texthash.h"
 #include "environment/textview.h"
+#include "platform/internalapi.h"
 #include "platform/text.h"
 
 /// One record of a map file; the texts lie in the file's.
@@ -23,7 +24,7 @@ struct MapRecord {
 /// Reads the records of a map file, whose text must outlive the reader and its records.
 ///
 /// Comments and empty lines are skipped. A line without a key or without a value ends the file.
-class NVUTIL_API MapRecordReader {
+class NVUTIL_INTERNAL_API MapRecordReader {
 public:
     explicit MapRecordReader(TextView text) : m_rest(text) {}
 
@@ -40,12 +41,14 @@ private:
     int m_line = 0;
 };
 
+namespace nvutil {
+
 /// Models in the order in which they appear, with their properties as text.
 ///
 /// A block of properties is kept once, however many models have it, and one for all models is written down
 /// once: a table takes no more memory than a few times the file. What takes the room is put together on
 /// demand.
-class NVUTIL_API ModelTable {
+class NVUTIL_INTERNAL_API ModelTable {
 public:
     /// The longest text of properties, in code units. A model with more counts as one without properties.
     static constexpr std::uint64_t largestData = 8 * 1024 * 1024 - 1;
@@ -129,3 +132,5 @@ private:
     std::unordered_map<TextView, std::size_t, TextHash> m_byName;
     mutable std::map<platform::Text, ValueIndex, std::less<>> m_byValue;
 };
+
+}  // namespace nvutil

@@ -31,7 +31,7 @@ bool TakePdlElement(TextView& text, const WChar* name, TextView& before, TextVie
     return true;
 }
 
-PdlCommandFile::PdlCommandFile(const CXString& text) : m_text(StringOf(ViewOf(text))) {
+nvutil::PdlCommandFile::PdlCommandFile(const CXString& text) : m_text(StringOf(ViewOf(text))) {
     TextView rest = ViewOf(m_text);
     TextView before;
     for (TextView feature; TakePdlElement(rest, NV_TEXT("FeatureSet"), before, feature);)
@@ -39,7 +39,7 @@ PdlCommandFile::PdlCommandFile(const CXString& text) : m_text(StringOf(ViewOf(te
 }
 
 /// Reads the instructions of a feature set: its own, and then those of its items.
-void PdlCommandFile::ReadFeature(TextView text) {
+void nvutil::PdlCommandFile::ReadFeature(TextView text) {
     const TextView feature = FindElement(text, NV_TEXT("Description")).value_or(TextView());
     ByOption& options = m_byFeature[feature];
     TextView before;
@@ -57,7 +57,8 @@ void PdlCommandFile::ReadFeature(TextView text) {
 }
 
 /// Reads every set of a language, its qualifier and instructions.
-void PdlCommandFile::ReadSets(TextView text, TextView feature, TextView option, ByTypeAndQualifier& index) {
+void nvutil::PdlCommandFile::ReadSets(TextView text, TextView feature, TextView option,
+                                      ByTypeAndQualifier& index) {
     TextView before;
     TextView set;
     while (TakePdlElement(text, NV_TEXT("PDLSet"), before, set)) {
@@ -74,8 +75,8 @@ void PdlCommandFile::ReadSets(TextView text, TextView feature, TextView option, 
     }
 }
 
-const PdlInstruction* PdlCommandFile::Find(TextView feature, TextView option, ProductData::PdlType type,
-                                           TextView qualifier) const {
+const PdlInstruction* nvutil::PdlCommandFile::Find(TextView feature, TextView option,
+                                                   ProductData::PdlType type, TextView qualifier) const {
     const auto options = m_byFeature.find(feature);
     if (options == m_byFeature.end()) return nullptr;
     const auto instructions = options->second.find(option);

@@ -8,6 +8,7 @@
 
 #include "environment/productdata.h"
 #include "environment/textview.h"
+#include "platform/internalapi.h"
 #include "utilities/utilitiesdll/cxstring.h"
 
 /// One instruction of a command file. The views point into the file's text.
@@ -24,10 +25,13 @@ struct PdlInstruction {
 /// @param before   receives what lies in front of it
 /// @param content  receives what lies in it
 /// @return false when there is none; nothing is changed then
-NVUTIL_API bool TakePdlElement(TextView& text, const WChar* name, TextView& before, TextView& content);
+NVUTIL_INTERNAL_API bool TakePdlElement(TextView& text, const WChar* name, TextView& before,
+                                        TextView& content);
+
+namespace nvutil {
 
 /// A command file that has been read; it does not change.
-class NVUTIL_API PdlCommandFile {
+class NVUTIL_INTERNAL_API PdlCommandFile {
 public:
     explicit PdlCommandFile(const CXString& text);
     PdlCommandFile(const PdlCommandFile&) = delete;
@@ -53,3 +57,5 @@ private:
     std::vector<PdlInstruction> m_instructions;
     std::map<TextView, ByOption> m_byFeature;  ///< To the first instruction of its kind.
 };
+
+}  // namespace nvutil

@@ -74,7 +74,7 @@ public:
     }
 
     /// Keeps what a map file says, as far as there is room: a model without gets an empty text.
-    void Keep(const ModelTable& table) {
+    void Keep(const nvutil::ModelTable& table) {
         if (table.GetCount() == 0) return;
         MeasureStored();
         PrinterDataUpdate update(m_printer);
@@ -108,9 +108,9 @@ private:
 };
 
 /// Reads a map file and keeps what it says in the driver data of a printer, if there is one.
-std::unique_ptr<ModelTable> ReadMapFile(const fs::path& file, std::optional<PrinterMappings>& kept) {
+std::unique_ptr<nvutil::ModelTable> ReadMapFile(const fs::path& file, std::optional<PrinterMappings>& kept) {
     const CXString text = productfiles::TextOf(productfiles::ReadFile(file).value_or(ByteBuffer()));
-    auto table = std::make_unique<ModelTable>(ViewOf(text));
+    auto table = std::make_unique<nvutil::ModelTable>(ViewOf(text));
     if (kept) kept->Keep(*table);
     return table;
 }
@@ -281,7 +281,7 @@ void ProductData::ParseMapFile(const CXString& path) {
 }
 
 /// Takes what a map file said into the tables of the process.
-void ProductData::AddMappings(const fs::path::string_type& file, std::unique_ptr<ModelTable> table) {
+void ProductData::AddMappings(const fs::path::string_type& file, std::unique_ptr<nvutil::ModelTable> table) {
     const OwnedCriticalResource lock(GetLock());
     GetKnownMappings().Add(TableNameOf(m_printer.get()), file, std::move(table));
 }

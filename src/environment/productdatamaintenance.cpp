@@ -203,7 +203,7 @@ private:
         for (const fs::path& file : found.files) {
             ByteBuffer bytes;
             if (productfiles::ReadFile(file, bytes)) return std::nullopt;
-            const ModelTable table(ViewOf(productfiles::TextOf(bytes)));
+            const nvutil::ModelTable table(ViewOf(productfiles::TextOf(bytes)));
             for (std::size_t i = 0; i < table.GetCount(); ++i)
                 models.insert(Lower(table.GetModel(i)));
         }

@@ -30,7 +30,7 @@ bool ProductData::GetPDLCommand(const CXString& feature, const CXString& option,
 void ProductData::ReadCommands() {
     ByteBuffer bytes;
     if (!LoadFile(InfoTypePdl, bytes)) return;
-    auto commands = std::make_shared<const PdlCommandFile>(productfiles::TextOf(bytes));
+    auto commands = std::make_shared<const nvutil::PdlCommandFile>(productfiles::TextOf(bytes));
     if (!commands->GetInstructions().empty()) m_commands = std::move(commands);
 }
 

@@ -87,15 +87,15 @@ void FindCabs(const platform::Folder& folder, const CXString& path, int depth, s
 }  // namespace
 
 void ProductData::UnpackProductCabFile(const CXString& cabFile, const CXString& folder) {
-    CabinetUnpacker(cabFile).UnpackTo(folder);
+    nvutil::CabinetUnpacker(cabFile).UnpackTo(folder);
 }
 
 void ProductData::UnpackDtdCabFile(const CXString& cabFile, const CXString& folder) {
-    CabinetUnpacker(cabFile).UnpackTo(Join(folder, dtdFolder));
+    nvutil::CabinetUnpacker(cabFile).UnpackTo(Join(folder, dtdFolder));
 }
 
 void ProductData::UnpackJarCabFile(const CXString& cabFile, const CXString& folder) {
-    CabinetUnpacker(cabFile).UnpackTo(Join(folder, jarFolder));
+    nvutil::CabinetUnpacker(cabFile).UnpackTo(Join(folder, jarFolder));
 }
 
 std::vector<CXString> ProductData::UnpackCabFilesInAllDirectoriesRecursively(const CXString& folder,
@@ -115,7 +115,7 @@ std::vector<CXString> ProductData::UnpackCabFilesInAllDirectoriesRecursively(con
 
 bool ProductData::HasProductCabBeenExtracted(const CXString& cabFile, const CXString& folder) {
     try {
-        return CabinetUnpacker(cabFile).IsUnpackedTo(folder);
+        return nvutil::CabinetUnpacker(cabFile).IsUnpackedTo(folder);
     } catch (const std::exception&) {
         return false;
     }

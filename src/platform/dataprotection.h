@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "platform/internalapi.h"
 #include "platform/text.h"
 #include "platform/types.h"
 
@@ -14,17 +15,17 @@ namespace platform {
 /// @param entropy      bytes that must be given again to unseal
 /// @param sealed       receives the sealed data; unchanged on failure
 /// @return why it failed; empty on success
-NVUTIL_API Text ProtectData(std::span<const BYTE> plain, const WChar* description,
-                            std::span<const BYTE> entropy, std::vector<BYTE>& sealed);
+NVUTIL_INTERNAL_API Text ProtectData(std::span<const BYTE> plain, const WChar* description,
+                                     std::span<const BYTE> entropy, std::vector<BYTE>& sealed);
 
 /// Unseals what ProtectData sealed. The user is never asked anything.
 /// @param plain  receives the data; unchanged on failure
 /// @return why it failed; empty on success
-NVUTIL_API Text UnprotectData(std::span<const BYTE> sealed, std::span<const BYTE> entropy,
-                              std::vector<BYTE>& plain);
+NVUTIL_INTERNAL_API Text UnprotectData(std::span<const BYTE> sealed, std::span<const BYTE> entropy,
+                                       std::vector<BYTE>& plain);
 
 /// Overwrites memory with zeros, also when nothing reads it afterwards.
-NVUTIL_API void WipeMemory(std::span<BYTE> memory);
+NVUTIL_INTERNAL_API void WipeMemory(std::span<BYTE> memory);
 
 /// Wipes bytes or 8-bit text that are secret at the end of a scope.
 template <class Bytes>

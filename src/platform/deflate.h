@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 
+#include "platform/internalapi.h"
 #include "platform/types.h"
 
 namespace platform {
@@ -23,7 +24,7 @@ struct DeflateShape {
 /// @param history      bytes before the data that matches may refer to
 /// @param largestSize  most bytes that the data may expand to
 /// @return nothing when the data is cut or malformed, refers to bytes before the history, or is larger
-NVUTIL_API std::optional<DeflateShape> WalkDeflate(std::span<const BYTE> data, std::size_t history,
-                                                   std::size_t largestSize);
+NVUTIL_INTERNAL_API std::optional<DeflateShape> WalkDeflate(std::span<const BYTE> data, std::size_t history,
+                                                            std::size_t largestSize);
 
 }  // namespace platform

@@ -7,6 +7,7 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/internalapi.h"
 #include "platform/text.h"
 #include "platform/types.h"
 
@@ -48,7 +49,7 @@ private:
 ///
 /// Every name is that of an entry in the folder itself: no separators, not "." and not "..". A name that is a
 /// link is refused or, by Rename and the functions that remove, taken for the link itself.
-class NVUTIL_API Folder {
+class NVUTIL_INTERNAL_API Folder {
 public:
     /// Refers to no folder; only to be opened, moved to and destroyed.
     Folder() = default;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/folder.h"
+#include "platform/internalapi.h"
 #include "platform/types.h"
 
 namespace platform {
@@ -22,15 +23,16 @@ struct PathEntry {
 /// The one path of a folder or file that is there, however it is named: absolute, with links, junctions and
 /// drives that stand for other folders resolved, in the case that the disk has, and with one kind of
 /// separator.
-NVUTIL_API std::error_code ResolvePath(const std::filesystem::path& path, LastLink lastLink,
-                                       std::filesystem::path& resolved);
+NVUTIL_INTERNAL_API std::error_code ResolvePath(const std::filesystem::path& path, LastLink lastLink,
+                                                std::filesystem::path& resolved);
 
 /// All entries of a folder, in the order of the platform.
-NVUTIL_API std::error_code ListPath(const std::filesystem::path& folder, std::vector<PathEntry>& entries);
+NVUTIL_INTERNAL_API std::error_code ListPath(const std::filesystem::path& folder,
+                                             std::vector<PathEntry>& entries);
 
 /// Reads a whole ordinary file while others may read, write, rename and delete it.
 /// @param most  std::errc::file_too_large when it has more bytes
-NVUTIL_API std::error_code ReadPath(const std::filesystem::path& file, std::uint64_t most,
-                                    std::vector<BYTE>& bytes);
+NVUTIL_INTERNAL_API std::error_code ReadPath(const std::filesystem::path& file, std::uint64_t most,
+                                             std::vector<BYTE>& bytes);
 
 }  // namespace platform

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 
+#include "platform/internalapi.h"
 #include "platform/types.h"
 
 /// Sections and keys are found without regard to the case of ASCII letters; the first of several with one
@@ -23,37 +24,39 @@ namespace platform::profile {
 /// The value of a key, without one pair of quotes around it; else the fallback, treated likewise.
 /// Without a key it lists the section's keys, without a section the sections.
 /// @param fallback  may be null: the empty text; it also stands for an empty list of keys
-NVUTIL_API std::string ReadText(const WChar* file, const char* section, const char* key, const char* fallback,
-                                std::size_t capacity);
+NVUTIL_INTERNAL_API std::string ReadText(const WChar* file, const char* section, const char* key,
+                                         const char* fallback, std::size_t capacity);
 
 /// Lists the lines of a section as "key=value", with quotes and without comments.
-NVUTIL_API std::string ReadSection(const WChar* file, const char* section, std::size_t capacity);
+NVUTIL_INTERNAL_API std::string ReadSection(const WChar* file, const char* section, std::size_t capacity);
 
 /// Lists the names of all sections.
-NVUTIL_API std::string ReadSectionNames(const WChar* file, std::size_t capacity);
+NVUTIL_INTERNAL_API std::string ReadSectionNames(const WChar* file, std::size_t capacity);
 
 /// The number that a value begins with, modulo 2^32: an optional sign, then decimal digits, or those behind
 /// "0x", "0o" or "0b"; 0 when there is none. The fallback when there is no such key or its value is empty.
-NVUTIL_API DWORD ReadNumber(const WChar* file, const char* section, const char* key, int fallback);
+NVUTIL_INTERNAL_API DWORD ReadNumber(const WChar* file, const char* section, const char* key, int fallback);
 
 /// Reads what WriteStruct wrote.
 /// @return whether there were `size` bytes and then their checksum, whatever follows; else `out` is not to be
 ///         used
-NVUTIL_API bool ReadStruct(const WChar* file, const char* section, const char* key, void* out, DWORD size);
+NVUTIL_INTERNAL_API bool ReadStruct(const WChar* file, const char* section, const char* key, void* out,
+                                    DWORD size);
 
 // Writing. Everything else in the file stays. A file that is missing is created, its folder is not.
 // @return whether the file now says what it should
 
 /// Sets a key, appending it to its section, and the section to the file, when there is none.
 /// Without a value it removes the key, without a key the section.
-NVUTIL_API bool WriteText(const WChar* file, const char* section, const char* key, const char* value);
+NVUTIL_INTERNAL_API bool WriteText(const WChar* file, const char* section, const char* key,
+                                   const char* value);
 
 /// Replaces all lines of a section by the entries of a list that have a "=", or removes it when there is no
 /// list.
-NVUTIL_API bool WriteSection(const WChar* file, const char* section, const char* entries);
+NVUTIL_INTERNAL_API bool WriteSection(const WChar* file, const char* section, const char* entries);
 
 /// Sets a key to bytes: two hexadecimal digits each, and two of their sum. Without data it removes the key.
-NVUTIL_API bool WriteStruct(const WChar* file, const char* section, const char* key, const void* data,
-                            DWORD size);
+NVUTIL_INTERNAL_API bool WriteStruct(const WChar* file, const char* section, const char* key,
+                                     const void* data, DWORD size);
 
 }  // namespace platform::profile

@@ -145,7 +145,7 @@ bool IsForTheDecoder(const std::string& bytes) {
     constexpr std::size_t firstFolder = 36;
     constexpr std::size_t folderSize = 8;
     try {
-        const CabinetUnpacker checked(BytesOf(bytes));
+        const nvutil::CabinetUnpacker checked(BytesOf(bytes));
     } catch (const NorvaException&) {
         return false;
     }

@@ -11,7 +11,7 @@
 namespace {
 
 /// "A{X=1;}B{}": every model of a table with its properties.
-std::string Read(const ModelTable& table) {
+std::string Read(const nvutil::ModelTable& table) {
     std::string models;
     for (std::size_t i = 0; i < table.GetCount(); ++i) {
         const platform::Text data = table.GetData(i);
@@ -22,7 +22,7 @@ std::string Read(const ModelTable& table) {
 }
 
 std::string Read(const CXString& mapFile) {
-    return Read(ModelTable(ViewOf(mapFile)));
+    return Read(nvutil::ModelTable(ViewOf(mapFile)));
 }
 
 TEST(MapFile, GivesModelsTheirProperties) {
@@ -72,7 +72,7 @@ TEST(MapFile, FindsTheFirstModelWithAValue) {
     const CXString text = NV_TEXT(
         "Model:A\nNOTE:ID\nModel:B\nID:7\nModel:C\nOTHER:1\nModel:ALL_MODELS\nID:9\n"
         "Model:D\nID:7\nModel:E\nMY_ID:8\nID:7\nModel:ALL_MODELS\nID:5\nModel:F\nX:1\n");
-    const ModelTable table(ViewOf(text));
+    const nvutil::ModelTable table(ViewOf(text));
     std::string found;
     for (const WChar* id : {NV_TEXT("9"), NV_TEXT("7"), NV_TEXT("8"), NV_TEXT("5"), NV_TEXT("")}) {
         const auto byIndex = table.FindByValue(NV_TEXT("ID"), id);
@@ -87,7 +87,8 @@ TEST(MapFile, FindsTheFirstModelWithAValue) {
 }
 
 TEST(MapFile, TakesReplacementsForTheModelsOwnProperties) {
-    ModelTable table(NV_TEXT("Model:A\nModel:B\nID:1\nModel:ALL_MODELS\nY:2\nModel:A\nZ:3\nModel:C\nID:7\n"));
+    nvutil::ModelTable table(
+        NV_TEXT("Model:A\nModel:B\nID:1\nModel:ALL_MODELS\nY:2\nModel:A\nZ:3\nModel:C\nID:7\n"));
     EXPECT_EQ(table.FindByValue(NV_TEXT("ID"), NV_TEXT("7")), 2u);
     const struct {
         std::size_t model;
@@ -112,7 +113,7 @@ TEST(MapFile, LeavesAModelWithoutWhatIsTooMuch) {
     for (int i = 0; i < 1000; ++i)
         text.append(NV_TEXT("Model:ALL_MODELS\nKEY:")).append(10000, NV_TEXT('v')).append(NV_TEXT("\n"));
     text.append(NV_TEXT("Model:B\nKEY:2\n"));
-    const ModelTable table(text);
+    const nvutil::ModelTable table(text);
     EXPECT_EQ(table.GetDataLength(0), 0u);
     EXPECT_TRUE(table.GetData(0).empty());
     EXPECT_EQ(table.FindByValue(NV_TEXT("KEY"), NV_TEXT("1")), std::nullopt);

@@ -92,7 +92,7 @@ public:
     CabinetPrinter(std::span<const BYTE> cabinet, std::ostream& out) : m_cabinet(cabinet), m_out(out) {}
 
     void Write() {
-        ByteWalk walk = WalkFrom(0);
+        nvutil::ByteWalk walk = WalkFrom(0);
         if (TakeDword(walk) != signature) {
             WriteLine(m_out, "Cabinet", "none: the signature is missing");
             return;
@@ -112,25 +112,25 @@ private:
         WORD blocks;
     };
 
-    ByteWalk WalkFrom(std::size_t offset) const {
+    nvutil::ByteWalk WalkFrom(std::size_t offset) const {
         const std::size_t begin = std::min(offset, m_cabinet.size());
         return {m_cabinet.data() + begin, m_cabinet.size() - begin};
     }
-    static BYTE TakeByte(ByteWalk& walk) {
+    static BYTE TakeByte(nvutil::ByteWalk& walk) {
         return ByteBuffer::WalkBufferToGetByte(walk.cursor, walk.remaining);
     }
-    static WORD TakeWord(ByteWalk& walk) {
+    static WORD TakeWord(nvutil::ByteWalk& walk) {
         return ByteBuffer::WalkBufferToGetWord(walk.cursor, walk.remaining);
     }
-    static std::uint32_t TakeDword(ByteWalk& walk) {
+    static std::uint32_t TakeDword(nvutil::ByteWalk& walk) {
         return static_cast<std::uint32_t>(ByteBuffer::WalkBufferToGetInt(walk.cursor, walk.remaining));
     }
-    static void Skip(ByteWalk& walk, unsigned size) {
+    static void Skip(nvutil::ByteWalk& walk, unsigned size) {
         for (unsigned i = 0; i < size; ++i)
             TakeByte(walk);
     }
 
-    void WriteHeader(ByteWalk& walk) {
+    void WriteHeader(nvutil::ByteWalk& walk) {
         TakeDword(walk);  // reserved
         const std::uint32_t size = TakeDword(walk);
         TakeDword(walk);
@@ -159,7 +159,7 @@ private:
             WriteLine(m_out, "Behind the cabinet", CountText(m_cabinet.size() - size, "byte"));
     }
 
-    void WriteFolders(ByteWalk& walk) {
+    void WriteFolders(nvutil::ByteWalk& walk) {
         constexpr std::string_view compressions[] = {"not compressed", "MSZIP", "Quantum", "LZX"};
         for (unsigned i = 0; i < m_folderCount; ++i) {
             const Folder folder{TakeDword(walk), TakeWord(walk)};
@@ -173,7 +173,7 @@ private:
     }
 
     void WriteFiles() {
-        ByteWalk walk = WalkFrom(m_filesBegin);
+        nvutil::ByteWalk walk = WalkFrom(m_filesBegin);
         for (unsigned i = 0; i < m_fileCount; ++i) {
             const std::uint32_t size = TakeDword(walk);
             const std::uint32_t offset = TakeDword(walk);
@@ -195,7 +195,7 @@ private:
         for (const Folder& folder : m_folders) {
             std::size_t offset = folder.firstBlock;
             for (unsigned i = 0; i < folder.blocks; ++i) {
-                ByteWalk walk = WalkFrom(offset);
+                nvutil::ByteWalk walk = WalkFrom(offset);
                 const std::uint32_t checksum = TakeDword(walk);
                 const WORD compressed = TakeWord(walk);
                 const WORD uncompressed = TakeWord(walk);

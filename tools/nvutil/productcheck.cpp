@@ -128,7 +128,7 @@ public:
         for (MapRecord record; reader.Next(record);)
             CheckRecord({name, static_cast<std::size_t>(reader.GetLine())}, record, hasModel);
         CheckEnd({name, static_cast<std::size_t>(reader.GetLine())}, reader.GetRest());
-        CheckModels(name, ModelTable(ViewOf(text)));
+        CheckModels(name, nvutil::ModelTable(ViewOf(text)));
     }
 
     /// Where a model is named first.
@@ -177,7 +177,7 @@ private:
                                       (lost == 1 ? " after it is" : " after it are") + " never read");
     }
 
-    void CheckModels(const CXString& file, const ModelTable& table) {
+    void CheckModels(const CXString& file, const nvutil::ModelTable& table) {
         for (std::size_t i = 0; i < table.GetCount(); ++i) {
             const Place place = PlaceOfModel(table.GetModel(i));
             if (table.GetDataLength(i) == 0 && place.file == file)
@@ -243,7 +243,7 @@ constexpr std::array<const WChar*, 7> tagNames = {
 /// Checks a command file whose text and lines are at hand.
 class CommandFileCheck {
 public:
-    CommandFileCheck(const CXString& name, const PdlCommandFile& file, Findings& findings)
+    CommandFileCheck(const CXString& name, const nvutil::PdlCommandFile& file, Findings& findings)
         : m_name(name), m_file(file), m_lines(file.GetText()), m_findings(findings) {}
 
     void Check() {
@@ -326,7 +326,7 @@ private:
     }
 
     CXString m_name;
-    const PdlCommandFile& m_file;
+    const nvutil::PdlCommandFile& m_file;
     LineIndex m_lines;
     Findings& m_findings;
 };
@@ -361,7 +361,7 @@ private:
         ByteBuffer bytes;
         if (const std::error_code error = productfiles::ReadFile(productfiles::PathOf(path), bytes))
             return m_findings.Add({path, 0}, ReasonOf(error));
-        const PdlCommandFile file(productfiles::TextOf(bytes));
+        const nvutil::PdlCommandFile file(productfiles::TextOf(bytes));
         CommandFileCheck(path, file, m_findings).Check();
     }
 

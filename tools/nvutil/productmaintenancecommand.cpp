@@ -28,9 +28,9 @@ void Unpack(ToolRun& run, const UnpackArguments& arguments) {
             run.out << OneLine(ToUtf8(cabinet)) << '\n';
         return;
     }
-    const CabinetUnpacker unpacker(source);
+    const nvutil::CabinetUnpacker unpacker(source);
     unpacker.UnpackTo(target);
-    for (const CabinetFile& file : unpacker.GetFiles())
+    for (const nvutil::CabinetFile& file : unpacker.GetFiles())
         run.out << OneLine(ToUtf8(file.path)) << '\n';
 }
 

@@ -48,7 +48,7 @@ public:
     }
 
 private:
-    ByteWalk GetWalk() const { return {m_state.data() + m_position, m_end - m_position}; }
+    nvutil::ByteWalk GetWalk() const { return {m_state.data() + m_position, m_end - m_position}; }
 
     void Report(std::size_t size, std::string_view name, std::string meaning) {
         m_report({m_position, size, m_depth, std::string(name), std::move(meaning)});
@@ -59,7 +59,7 @@ private:
     /// value.
     template <class Value, class Meaning>
     Value Take(std::string_view name, Value (*walkBuffer)(BYTE*&, unsigned&), const Meaning& meaningOf) {
-        ByteWalk walk = GetWalk();
+        nvutil::ByteWalk walk = GetWalk();
         const unsigned before = walk.remaining;
         Value value = walkBuffer(walk.cursor, walk.remaining);
         Report(before - walk.remaining, name, meaningOf(value));
@@ -100,7 +100,7 @@ private:
     }
 
     void TakeText(std::string_view name) {
-        ByteWalk walk = GetWalk();
+        nvutil::ByteWalk walk = GetWalk();
         const CXString text = ByteBuffer::WalkBufferToGetCountedString(walk.cursor, walk.remaining);
         const auto units = static_cast<std::size_t>(text.GetLength());
         Report(sizeof(short), "character count", std::to_string(units));
@@ -108,7 +108,7 @@ private:
     }
 
     void TakeBlob() {
-        ByteWalk walk = GetWalk();
+        nvutil::ByteWalk walk = GetWalk();
         ByteBuffer bytes;
         ByteBuffer::WalkBufferToGetCountedBytes(walk.cursor, walk.remaining, bytes);
         Report(sizeof(int), "byte count", std::to_string(bytes.size()));

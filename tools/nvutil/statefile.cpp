@@ -63,7 +63,7 @@ std::size_t CountAllAttributes(const StateContents& contents) {
     constexpr unsigned recordsBegin = indexedListBegin + 2 * markSize;
     constexpr unsigned listHeadSize = 7 + markSize;  // kind, unspecified flag, type, size
     const ByteBuffer& state = contents.uncompressed;
-    ByteWalk walk(state.data() + recordsBegin, state.size() - recordsBegin);
+    nvutil::ByteWalk walk(state.data() + recordsBegin, state.size() - recordsBegin);
     std::size_t count = 0;
     for (; walk.remaining != 0; ++count) {
         AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(walk.cursor, walk.remaining);

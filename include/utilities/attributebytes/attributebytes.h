@@ -14,7 +14,7 @@
 /// A record that owns an identifier and a value. Copies are deep; lists share records through SharedPtr.
 ///
 /// Its bytes are those of the identifier and then those of the value, with nothing around them.
-class NVUTIL_API AttributeBytes : public SmallObject {
+class NVUTIL_API AttributeBytes : public nvutil::SmallObject {
 public:
     /// Reads a record; see ImportAttributeBytesState.
     explicit AttributeBytes(const ByteBuffer& state);

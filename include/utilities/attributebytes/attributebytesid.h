@@ -13,7 +13,7 @@
 #include "utilities/utilitiesdll/smallobject.h"
 
 /// The base of all identifiers. Two identifiers of different kinds are never equal, whatever they hold.
-class NVUTIL_API AttributeBytesId : public SmallObject {
+class NVUTIL_API AttributeBytesId : public nvutil::SmallObject {
 public:
     /// The kinds, by the numbers of their kind byte. "New" kinds carry a text where the others carry a
     /// number.

@@ -155,7 +155,7 @@ private:
         static bool IsBefore(const AttributeBytesId& left, const AttributeBytesId& right);
     };
     using Records = std::map<Key, SharedPtr<AttributeBytes>, KeyLess,
-                             SmallObjectAllocator<std::pair<const Key, SharedPtr<AttributeBytes>>>>;
+                             nvutil::SmallObjectAllocator<std::pair<const Key, SharedPtr<AttributeBytes>>>>;
 
     static SoughtKey KeyOf(const AttributeBytesId& id);
     /// The value of an identifier when it is present and specified, or null.

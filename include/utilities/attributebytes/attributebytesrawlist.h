@@ -80,7 +80,7 @@ protected:
 
 private:
     /// Moves to the first record of the list value at the walk; returns how many bytes lie behind the list.
-    static unsigned EnterListValue(ByteWalk& walk);
+    static unsigned EnterListValue(nvutil::ByteWalk& walk);
     SharedPtr<AttributeBytes> WalkRecord(AttributeBytesRawListIterator& iterator) const;
 
     ByteBuffer m_records;  ///< Without the mark; their count is the buffer's own size.

@@ -18,7 +18,7 @@
 class AttributeBytesListValue;
 
 /// The base of all values. A value that is not specified still has a payload.
-class NVUTIL_API AttributeBytesValue : public SmallObject {
+class NVUTIL_API AttributeBytesValue : public nvutil::SmallObject {
 public:
     /// The kinds, by the numbers of their kind byte.
     enum AttributeBytesValueEnum : int {

@@ -8,6 +8,8 @@
 #include "utilities/utilitiesdll/bytebuffer.h"
 #include "utilities/utilitiesdll/cxstring.h"
 
+namespace nvutil {
+
 struct CabinetEntry;
 
 /// How far a cabinet may expand before it is refused.
@@ -86,3 +88,5 @@ private:
     std::vector<CabinetFile> m_files;
     std::vector<CabinetEntry> m_entries;  ///< The same files as they stand in the cabinet.
 };
+
+}  // namespace nvutil

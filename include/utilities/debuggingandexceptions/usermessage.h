@@ -6,6 +6,8 @@
 #include "platform/types.h"
 #include "utilities/utilitiesdll/cxstring.h"
 
+namespace nvutil {
+
 /// A message to the person at the machine.
 struct UserMessage {
     HWND owner;  ///< Window that the message belongs to; may be null.
@@ -29,3 +31,5 @@ NVUTIL_API CXString GetTextWithIdentifier(const UserMessage& message);
 
 /// Shows a message through the current handler.
 NVUTIL_API void ShowUserMessage(const UserMessage& message);
+
+}  // namespace nvutil

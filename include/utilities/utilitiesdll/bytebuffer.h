@@ -156,6 +156,8 @@ public:
     void DumpAsHexBinary() const;
 };
 
+namespace nvutil {
+
 /// A cursor over memory that is only read, for the walks, which take plain references.
 struct ByteWalk {
     explicit ByteWalk(const ByteBuffer& buffer) : ByteWalk(buffer.data(), buffer.size()) {}
@@ -165,3 +167,5 @@ struct ByteWalk {
     BYTE* cursor;
     unsigned remaining;
 };
+
+}  // namespace nvutil

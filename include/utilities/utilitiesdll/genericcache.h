@@ -6,8 +6,10 @@
 #include <map>
 #include <utility>
 
+#include "platform/types.h"
 #include "utilities/utilitiesdll/cxstring.h"
-#include "utilities/utilitiesdll/formattext.h"
+
+namespace nvutil {
 
 /// How a cache has been used.
 struct CacheStatistics {
@@ -15,6 +17,14 @@ struct CacheStatistics {
     std::size_t misses = 0;     ///< Look-ups that found none.
     std::size_t evictions = 0;  ///< Entries given up to make room.
 };
+
+/// The line of numbers that stands for a cache, with its line end.
+/// @param size      its entries
+/// @param capacity  most that it keeps
+NVUTIL_API CXString DescribeCache(const WChar* name, std::size_t size, std::size_t capacity,
+                                  const CacheStatistics& statistics);
+
+}  // namespace nvutil
 
 /// Keeps up to a fixed number of values by their keys; a full cache gives up the entry that was added or
 /// found least recently. Used by one thread at a time.
@@ -57,15 +67,11 @@ public:
 
     std::size_t GetSize() const { return m_entries.size(); }
     std::size_t GetCapacity() const { return m_capacity; }
-    const CacheStatistics& GetStatistics() const { return m_statistics; }
+    const nvutil::CacheStatistics& GetStatistics() const { return m_statistics; }
 
     /// One line of numbers, then one indented line for each labelled entry, the most recently used first.
     CXString GetStatisticsDisplayString() const {
-        CXString text =
-            FormatText(NV_TEXT("%s: %ld of %ld entries, %ld hits, %ld misses, %ld evictions\r\n"), m_name,
-                       static_cast<LONG>(m_entries.size()), static_cast<LONG>(m_capacity),
-                       static_cast<LONG>(m_statistics.hits), static_cast<LONG>(m_statistics.misses),
-                       static_cast<LONG>(m_statistics.evictions));
+        CXString text = nvutil::DescribeCache(m_name, m_entries.size(), m_capacity, m_statistics);
         for (const Entry& entry : m_entries) {
             if (!entry.label.IsEmpty()) text += NV_TEXT("  ") + entry.label + NV_TEXT("\r\n");
         }
@@ -89,5 +95,5 @@ private:
     std::size_t m_capacity;
     std::list<Entry> m_entries;  // the most recently used first
     std::map<Key, typename std::list<Entry>::iterator> m_index;
-    CacheStatistics m_statistics;
+    nvutil::CacheStatistics m_statistics;
 };

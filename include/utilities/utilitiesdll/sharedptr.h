@@ -45,9 +45,9 @@ public:
         std::uint32_t count;  ///< Pointers that share this record.
         bool owned;           ///< Whether the last of them destroys the object.
 
-        static void* operator new(std::size_t size) { return SmallObjectMemory::Allocate(size); }
+        static void* operator new(std::size_t size) { return nvutil::SmallObjectMemory::Allocate(size); }
         static void operator delete(void* block, std::size_t size) noexcept {
-            SmallObjectMemory::Free(block, size);
+            nvutil::SmallObjectMemory::Free(block, size);
         }
     };
 

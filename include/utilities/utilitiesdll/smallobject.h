@@ -5,6 +5,8 @@
 
 #include "platform/types.h"
 
+namespace nvutil {
+
 /// Hands out blocks for objects that come and go by the hundred.
 ///
 /// A thread that has a per-thread storage keeps a bounded number of freed blocks for its next objects, up to
@@ -48,3 +50,5 @@ struct SmallObjectAllocator {
 
     bool operator==(const SmallObjectAllocator&) const = default;
 };
+
+}  // namespace nvutil

@@ -5,6 +5,8 @@
 
 #include "platform/types.h"
 
+namespace nvutil {
+
 /// Counts a reference to any COM object: each begins with the same three functions.
 NVUTIL_API void AddComReference(void* object);
 NVUTIL_API void ReleaseComReference(void* object);
@@ -39,3 +41,5 @@ public:
 private:
     Interface* m_object = nullptr;
 };
+
+}  // namespace nvutil

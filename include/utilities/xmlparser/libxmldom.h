@@ -14,7 +14,7 @@ struct _xmlNode;
 /// What a parser holds at the moment, shared with the wrappers of its document.
 struct LibXmlContent {
     std::shared_ptr<LibXmlTree> tree;
-    XmlParseError error;  ///< Its code is 0 when the last parse had none.
+    nvutil::XmlParseError error;  ///< Its code is 0 when the last parse had none.
 };
 
 /// A node and the tree that keeps it alive.
@@ -23,7 +23,7 @@ struct LibXmlNodeReference {
     _xmlNode* node = nullptr;
 };
 
-class NVUTIL_API LibXmlDomNode : public XmlDomNode, public SmallObject {
+class NVUTIL_API LibXmlDomNode : public XmlDomNode, public nvutil::SmallObject {
 public:
     explicit LibXmlDomNode(LibXmlNodeReference node);
     ~LibXmlDomNode() override;
@@ -102,10 +102,10 @@ public:
     std::unique_ptr<XmlDomText> createTextNode(const CXString& text) override;
 
     /// The error of the parser's last parse; its code is 0 when there was none.
-    const XmlParseError& getParseError() const { return m_content->error; }
+    const nvutil::XmlParseError& getParseError() const { return m_content->error; }
 
     /// The text that users report of a parse error; docs/xml.md shows it.
-    static CXString formatParseErrorDisplayString(const XmlParseError& parseError);
+    static CXString formatParseErrorDisplayString(const nvutil::XmlParseError& parseError);
 
 private:
     std::shared_ptr<const LibXmlContent> m_content;

@@ -18,7 +18,7 @@ struct IXMLDOMText;
 
 class NVUTIL_API MicrosoftDomNode : public XmlDomNode {
 public:
-    explicit MicrosoftDomNode(ComPointer<IXMLDOMNode> node);
+    explicit MicrosoftDomNode(nvutil::ComPointer<IXMLDOMNode> node);
     ~MicrosoftDomNode() override;
     MicrosoftDomNode(const MicrosoftDomNode&) = delete;
     MicrosoftDomNode& operator=(const MicrosoftDomNode&) = delete;
@@ -43,12 +43,12 @@ protected:
 private:
     int GetNodeType() const;
 
-    ComPointer<IXMLDOMNode> m_node;
+    nvutil::ComPointer<IXMLDOMNode> m_node;
 };
 
 class NVUTIL_API MicrosoftDomText : public XmlDomText {
 public:
-    explicit MicrosoftDomText(ComPointer<IXMLDOMText> text);
+    explicit MicrosoftDomText(nvutil::ComPointer<IXMLDOMText> text);
     ~MicrosoftDomText() override;
     MicrosoftDomText(const MicrosoftDomText&) = delete;
     MicrosoftDomText& operator=(const MicrosoftDomText&) = delete;
@@ -57,12 +57,12 @@ public:
     IXMLDOMText* getNativeObject() const { return m_text.Get(); }
 
 private:
-    ComPointer<IXMLDOMText> m_text;
+    nvutil::ComPointer<IXMLDOMText> m_text;
 };
 
 class NVUTIL_API MicrosoftDomElement : public XmlDomElement {
 public:
-    explicit MicrosoftDomElement(ComPointer<IXMLDOMElement> element);
+    explicit MicrosoftDomElement(nvutil::ComPointer<IXMLDOMElement> element);
     ~MicrosoftDomElement() override;
     MicrosoftDomElement(const MicrosoftDomElement&) = delete;
     MicrosoftDomElement& operator=(const MicrosoftDomElement&) = delete;
@@ -74,12 +74,12 @@ public:
     std::unique_ptr<XmlDomElement> appendChild(XmlDomElement& element) override;
 
 private:
-    ComPointer<IXMLDOMElement> m_element;
+    nvutil::ComPointer<IXMLDOMElement> m_element;
 };
 
 class NVUTIL_API MicrosoftDomNamedNodeMap : public XmlDomNamedNodeMap {
 public:
-    explicit MicrosoftDomNamedNodeMap(ComPointer<IXMLDOMNamedNodeMap> map);
+    explicit MicrosoftDomNamedNodeMap(nvutil::ComPointer<IXMLDOMNamedNodeMap> map);
     ~MicrosoftDomNamedNodeMap() override;
     MicrosoftDomNamedNodeMap(const MicrosoftDomNamedNodeMap&) = delete;
     MicrosoftDomNamedNodeMap& operator=(const MicrosoftDomNamedNodeMap&) = delete;
@@ -91,7 +91,7 @@ public:
     std::vector<std::unique_ptr<XmlDomNode>> getItems() const;
 
 private:
-    ComPointer<IXMLDOMNamedNodeMap> m_map;
+    nvutil::ComPointer<IXMLDOMNamedNodeMap> m_map;
 };
 
 class NVUTIL_API MicrosoftDomDocument : public XmlDomDocument {
@@ -114,23 +114,23 @@ public:
     HRESULT save(IStream* stream);
     /// The error of the last load, whichever wrapper of the document did it; its code is 0 when there was
     /// none.
-    ComPointer<IXMLDOMParseError> getParseError();
+    nvutil::ComPointer<IXMLDOMParseError> getParseError();
     /// Whether load validates, for which it looks for the DTD.
     void setValidateOnParse(bool mustBeValid);
     /// @param parseError  receives what makes the document invalid
     /// @return whether the document has a DTD and is valid by it
-    bool validate(ComPointer<IXMLDOMParseError>& parseError);
+    bool validate(nvutil::ComPointer<IXMLDOMParseError>& parseError);
 
     /// Empties the document, with this as the error of its load.
-    void refuse(ComPointer<IXMLDOMParseError> parseError);
+    void refuse(nvutil::ComPointer<IXMLDOMParseError> parseError);
 
     /// What the platform tells of a parse error; what it cannot tell is empty.
-    static XmlParseError ReadParseError(const ComPointer<IXMLDOMParseError>& parseError);
+    static nvutil::XmlParseError ReadParseError(const nvutil::ComPointer<IXMLDOMParseError>& parseError);
     /// The text that users report of a parse error; docs/xml.md shows it.
-    static CXString formatParseErrorDisplayString(const ComPointer<IXMLDOMParseError>& parseError);
+    static CXString formatParseErrorDisplayString(const nvutil::ComPointer<IXMLDOMParseError>& parseError);
 
 private:
-    ComPointer<IXMLDOMDocument2> m_document;
+    nvutil::ComPointer<IXMLDOMDocument2> m_document;
     /// Stands for the engine's own error when there is one; shared like the document.
-    std::shared_ptr<ComPointer<IXMLDOMParseError>> m_refusal;
+    std::shared_ptr<nvutil::ComPointer<IXMLDOMParseError>> m_refusal;
 };

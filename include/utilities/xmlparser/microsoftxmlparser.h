@@ -7,7 +7,9 @@
 #include "utilities/xmlparser/microsoftdom.h"
 #include "utilities/xmlparser/norvaxmlparser.h"
 
+namespace nvutil {
 struct CheckedDocument;
+}
 class _com_error;
 
 /// What the engine itself fails at is thrown as `_com_error`.
@@ -25,7 +27,7 @@ public:
     static CXString formatCOMExceptionDisplayString(const _com_error& error);
 
 private:
-    bool Load(const CheckedDocument& document);
+    bool Load(const nvutil::CheckedDocument& document);
     bool IsValid();
 
     MicrosoftComLibrary m_library;  // before the document, which needs it

@@ -4,6 +4,8 @@
 #include "platform/types.h"
 #include "utilities/utilitiesdll/cxstring.h"
 
+namespace nvutil {
+
 /// A parse error in the platform's terms. Lines and columns count from 1; 0 stands for "not known".
 struct XmlParseError {
     // What the check of documents refuses, by the system's own codes.
@@ -24,3 +26,5 @@ struct XmlParseError {
 /// The text that users report: "MSXML Parse Error in 'a.xml' on line 3 and column 7 (21 from start of
 /// file)…".
 CXString FormatParseError(const XmlParseError& error);
+
+}  // namespace nvutil

@@ -100,7 +100,7 @@ void AttributeBytes::RequireStorable(const AttributeBytesId& id, const Attribute
 }
 
 void AttributeBytes::ImportAttributeBytesState(const ByteBuffer& state) {
-    ByteWalk walk(state);
+    nvutil::ByteWalk walk(state);
     m_id = AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(walk.cursor, walk.remaining);
     m_value = AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(walk.cursor, walk.remaining);
 }

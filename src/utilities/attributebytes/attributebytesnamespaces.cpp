@@ -82,7 +82,7 @@ void AttributeBytesNameSpaces::GetAttributeBytesNameSpacesState(ByteBuffer& out)
 }
 
 DriverVersion AttributeBytesNameSpaces::ImportAttributeBytesNameSpacesState(const ByteBuffer& state) {
-    ByteWalk walk(state);
+    nvutil::ByteWalk walk(state);
     const bool isMarked = mark.Begins(walk.cursor, walk.remaining);
     ByteBuffer::WalkBufferToGetLong(walk.cursor, walk.remaining);
     if (!isMarked) {

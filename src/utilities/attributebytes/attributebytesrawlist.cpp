@@ -46,7 +46,7 @@ void AttributeBytesRawList::ImportAttributeBytesRawListState(const BYTE* state, 
 }
 
 void AttributeBytesRawList::CheckRecords() const {
-    ByteWalk walk(m_records);
+    nvutil::ByteWalk walk(m_records);
     std::vector<unsigned> behind;  // bytes behind each open list; no recursion, since lists may nest deeply
     for (;;) {
         for (; walk.remaining == 0; behind.pop_back()) {
@@ -62,7 +62,7 @@ void AttributeBytesRawList::CheckRecords() const {
     }
 }
 
-unsigned AttributeBytesRawList::EnterListValue(ByteWalk& walk) {
+unsigned AttributeBytesRawList::EnterListValue(nvutil::ByteWalk& walk) {
     ByteBuffer::WalkBufferToGetByte(walk.cursor, walk.remaining);  // kind
     ByteBuffer::WalkBufferToGetBool(walk.cursor, walk.remaining);  // unspecified
     ByteBuffer::WalkBufferToGetByte(walk.cursor, walk.remaining);  // list type
@@ -129,7 +129,7 @@ SharedPtr<AttributeBytes> AttributeBytesRawList::GetNextAttributeBytesFromRawLis
 
 SharedPtr<AttributeBytes> AttributeBytesRawList::WalkRecord(AttributeBytesRawListIterator& iterator) const {
     const unsigned count = m_records.getDword();
-    ByteWalk walk(m_records.data() + iterator.m_position, count - iterator.m_position);
+    nvutil::ByteWalk walk(m_records.data() + iterator.m_position, count - iterator.m_position);
     auto record = AttributeBytes::WalkBufferToCreateAttributeBytes(walk.cursor, walk.remaining);
     // Taken from what remains: a list value does not move the cursor past its bytes.
     iterator.m_position = count - walk.remaining;

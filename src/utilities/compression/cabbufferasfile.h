@@ -3,11 +3,12 @@
 
 #include <memory>
 
+#include "platform/internalapi.h"
 #include "utilities/compression/cababstractfile.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
 
 /// Presents memory as a file. The memory must outlive the file.
-class NVUTIL_API CabBufferAsFile : public CabAbstractFile {
+class NVUTIL_INTERNAL_API CabBufferAsFile : public CabAbstractFile {
 public:
     /// A file without any memory: it has a name, but opening it fails.
     explicit CabBufferAsFile(const char* pathAndName);

@@ -67,7 +67,7 @@ CXString DecodeCabinetName(std::string_view name, WORD attributes) {
     return CXString(text.data(), static_cast<int>(text.size()));
 }
 
-const WChar* ReadCabinetEntryPath(const CabinetEntry& entry, CXString& path) {
+const WChar* ReadCabinetEntryPath(const nvutil::CabinetEntry& entry, CXString& path) {
     Text text = Decode(entry.name, entry.attributes);
     int depth = 0;
     for (std::size_t begin = 0; begin <= text.size();) {

@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "platform/internalapi.h"
 #include "platform/types.h"
 #include "utilities/compression/cabinetlayout.h"
 #include "utilities/utilitiesdll/cxstring.h"
@@ -14,7 +15,7 @@ inline constexpr int deepestCabinetPath = 16;
 
 /// The name of a file in a cabinet: UTF-8 where its attributes say so, else in the ANSI code page. Bytes that
 /// are no text become U+FFFD.
-NVUTIL_API CXString DecodeCabinetName(std::string_view name, WORD attributes);
+NVUTIL_INTERNAL_API CXString DecodeCabinetName(std::string_view name, WORD attributes);
 
 /// Turns the name of a cabinet's file into a path that stays below any folder on every platform.
 ///
@@ -29,4 +30,4 @@ NVUTIL_API CXString DecodeCabinetName(std::string_view name, WORD attributes);
 ///
 /// @param path  receives the names with `cabinetPathSeparator` between them
 /// @return why the name is refused; null when it is not
-NVUTIL_API const WChar* ReadCabinetEntryPath(const CabinetEntry& entry, CXString& path);
+NVUTIL_INTERNAL_API const WChar* ReadCabinetEntryPath(const nvutil::CabinetEntry& entry, CXString& path);

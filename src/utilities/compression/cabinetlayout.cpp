@@ -48,7 +48,7 @@ struct CheckedFolder {
 
 /// A file's entry.
 struct CheckedFile {
-    CabinetEntry entry;
+    nvutil::CabinetEntry entry;
     std::uint32_t offset;  ///< In the folder's uncompressed data.
     WORD folder;
 };

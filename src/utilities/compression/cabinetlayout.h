@@ -41,6 +41,8 @@ platform::cabinet::FDIERROR CheckCabinetHeader(std::span<const BYTE, cabinetHead
 /// @return FDIERROR_NONE, or the code that fits the fault
 platform::cabinet::FDIERROR CheckCabinetLayout(CabOpenFile& file, DWORD& fileSize);
 
+namespace nvutil {
+
 /// A file as the tables of a cabinet describe it.
 struct CabinetEntry {
     std::string name;     ///< 1 to 255 bytes, as they stand in the cabinet.
@@ -49,10 +51,12 @@ struct CabinetEntry {
     WORD method = 0;      ///< How its folder is compressed, as tcompTYPE_MSZIP.
 };
 
+}  // namespace nvutil
+
 /// What the tables of a cabinet tell.
 struct CabinetContents {
-    std::uint32_t cabinetSize = 0;    ///< In bytes, without what follows the cabinet in its file.
-    std::vector<CabinetEntry> files;  ///< In the order of the cabinet.
+    std::uint32_t cabinetSize = 0;            ///< In bytes, without what follows the cabinet in its file.
+    std::vector<nvutil::CabinetEntry> files;  ///< In the order of the cabinet.
     /// What extracting all files expands, in bytes: each folder from its beginning to the end of its last
     /// file, whether or not files cover what lies before.
     std::uint64_t expandedSize = 0;

@@ -230,7 +230,7 @@ private:
 /// A file that the cabinet library writes from its beginning to its end.
 class StagedFile final : public CabOpenFile {
 public:
-    StagedFile(StagingFolder& staging, std::size_t number, const CabinetFile& file) : m_file(file) {
+    StagedFile(StagingFolder& staging, std::size_t number, const nvutil::CabinetFile& file) : m_file(file) {
         Require(staging.CreateOutput(number, m_output), file.path);
     }
 
@@ -250,7 +250,7 @@ public:
     }
 
 private:
-    const CabinetFile& m_file;
+    const nvutil::CabinetFile& m_file;
     platform::OutputFile m_output;
     DWORD m_written = 0;
 };
@@ -258,8 +258,8 @@ private:
 /// Expands a checked cabinet into a staging folder through the cabinet library.
 class Expansion {
 public:
-    Expansion(const CXString& name, const ByteBuffer& bytes, const std::vector<CabinetEntry>& entries,
-              const std::vector<CabinetFile>& files, StagingFolder& staging)
+    Expansion(const CXString& name, const ByteBuffer& bytes, const std::vector<nvutil::CabinetEntry>& entries,
+              const std::vector<nvutil::CabinetFile>& files, StagingFolder& staging)
         : m_name(name),
           m_source(sourceName, bytes.data(), static_cast<DWORD>(bytes.size())),
           m_entries(entries),
@@ -414,8 +414,8 @@ private:
 
     const CXString& m_name;  ///< For messages.
     CabBufferAsFile m_source;
-    const std::vector<CabinetEntry>& m_entries;
-    const std::vector<CabinetFile>& m_files;
+    const std::vector<nvutil::CabinetEntry>& m_entries;
+    const std::vector<nvutil::CabinetFile>& m_files;
     StagingFolder& m_staging;
     Expansion* m_outer;
     std::vector<std::unique_ptr<CabOpenFile>> m_open;
@@ -427,7 +427,7 @@ private:
 };
 
 /// Refuses what stands in the way of a file.
-void CheckPlace(const platform::Folder& folder, const CabinetFile& file) {
+void CheckPlace(const platform::Folder& folder, const nvutil::CabinetFile& file) {
     EntryKind kind = EntryKind::None;
     std::uint64_t size = 0;
     Require(folder.Describe(NamesOf(file.path).back(), kind, size), file.path);
@@ -449,25 +449,26 @@ Text SortKey(const CXString& path) {
 
 }  // namespace
 
-CabinetUnpacker::CabinetUnpacker(const CXString& cabinetFile, const CabinetLimits& limits)
-    : CabinetUnpacker(cabinetFile, ReadCabinet(cabinetFile), limits) {}
+nvutil::CabinetUnpacker::CabinetUnpacker(const CXString& cabinetFile, const nvutil::CabinetLimits& limits)
+    : nvutil::CabinetUnpacker(cabinetFile, ReadCabinet(cabinetFile), limits) {}
 
-CabinetUnpacker::CabinetUnpacker(ByteBuffer cabinet, const CabinetLimits& limits)
-    : CabinetUnpacker(NV_TEXT("the cabinet"), std::move(cabinet), limits) {}
+nvutil::CabinetUnpacker::CabinetUnpacker(ByteBuffer cabinet, const nvutil::CabinetLimits& limits)
+    : nvutil::CabinetUnpacker(NV_TEXT("the cabinet"), std::move(cabinet), limits) {}
 
-CabinetUnpacker::CabinetUnpacker(const CXString& name, ByteBuffer cabinet, const CabinetLimits& limits)
+nvutil::CabinetUnpacker::CabinetUnpacker(const CXString& name, ByteBuffer cabinet,
+                                         const nvutil::CabinetLimits& limits)
     : m_name(name), m_cabinet(std::move(cabinet)) {
     ReadFiles(limits);
     CheckPathsDiffer();
 }
 
-CabinetUnpacker::~CabinetUnpacker() = default;
+nvutil::CabinetUnpacker::~CabinetUnpacker() = default;
 
-void CabinetUnpacker::ReadFiles(const CabinetLimits& limits) {
+void nvutil::CabinetUnpacker::ReadFiles(const nvutil::CabinetLimits& limits) {
     CabinetContents contents = ReadContents(m_name, m_cabinet);
     const std::uint64_t total = contents.expandedSize;
-    for (CabinetEntry& entry : contents.files) {
-        CabinetFile& file = m_files.emplace_back();
+    for (nvutil::CabinetEntry& entry : contents.files) {
+        nvutil::CabinetFile& file = m_files.emplace_back();
         file.size = entry.size;
         if (const WChar* const fault = ReadCabinetEntryPath(entry, file.path)) {
             NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadFiles", __LINE__,
@@ -484,10 +485,10 @@ void CabinetUnpacker::ReadFiles(const CabinetLimits& limits) {
     CheckEntries(limits);
 }
 
-void CabinetUnpacker::CheckEntries(const CabinetLimits& limits) const {
+void nvutil::CabinetUnpacker::CheckEntries(const nvutil::CabinetLimits& limits) const {
     // Each folder in the case of its letters, since some file systems make one for each.
     std::set<Text> folders;
-    for (const CabinetFile& file : m_files) {
+    for (const nvutil::CabinetFile& file : m_files) {
         const Text path = TextOf(file.path);
         for (std::size_t end = path.find(cabinetPathSeparator); end != Text::npos;
              end = path.find(cabinetPathSeparator, end + 1))
@@ -499,11 +500,11 @@ void CabinetUnpacker::CheckEntries(const CabinetLimits& limits) const {
     }
 }
 
-void CabinetUnpacker::CheckPathsDiffer() const {
+void nvutil::CabinetUnpacker::CheckPathsDiffer() const {
     constexpr WChar separator = 1;
-    std::vector<std::pair<Text, const CabinetFile*>> keys;
+    std::vector<std::pair<Text, const nvutil::CabinetFile*>> keys;
     keys.reserve(m_files.size());
-    for (const CabinetFile& file : m_files)
+    for (const nvutil::CabinetFile& file : m_files)
         keys.emplace_back(SortKey(file.path), &file);
     std::sort(keys.begin(), keys.end());
     for (std::size_t i = 1; i < keys.size(); ++i) {
@@ -516,12 +517,12 @@ void CabinetUnpacker::CheckPathsDiffer() const {
     }
 }
 
-void CabinetUnpacker::UnpackTo(const CXString& targetFolder) const {
+void nvutil::CabinetUnpacker::UnpackTo(const CXString& targetFolder) const {
     const OwnedCriticalResource lock(CabContext::GetOperationLock());
     platform::Folder target;
     OpenTarget(targetFolder, target, true);
     FolderWalk before(target, FolderWalk::Missing::Stop);
-    for (const CabinetFile& file : m_files) {
+    for (const nvutil::CabinetFile& file : m_files) {
         const platform::Folder* const folder = before.GoTo(file.path);
         if (folder != nullptr) CheckPlace(*folder, file);
     }
@@ -531,7 +532,7 @@ void CabinetUnpacker::UnpackTo(const CXString& targetFolder) const {
 
     // All folders are made before the first file is replaced, so that little is left to fail then.
     FolderWalk after(target, FolderWalk::Missing::Create);
-    for (const CabinetFile& file : m_files)
+    for (const nvutil::CabinetFile& file : m_files)
         CheckPlace(*after.GoTo(file.path), file);
     for (std::size_t i = 0; i < m_files.size(); ++i) {
         const platform::Folder* const folder = after.GoTo(m_files[i].path);
@@ -539,12 +540,12 @@ void CabinetUnpacker::UnpackTo(const CXString& targetFolder) const {
     }
 }
 
-bool CabinetUnpacker::IsUnpackedTo(const CXString& targetFolder) const {
+bool nvutil::CabinetUnpacker::IsUnpackedTo(const CXString& targetFolder) const {
     platform::Folder target;
     if (target.Open(TextOf(targetFolder))) return false;
     try {
         FolderWalk walk(target, FolderWalk::Missing::Stop);
-        return std::all_of(m_files.begin(), m_files.end(), [&walk](const CabinetFile& file) {
+        return std::all_of(m_files.begin(), m_files.end(), [&walk](const nvutil::CabinetFile& file) {
             const platform::Folder* const folder = walk.GoTo(file.path);
             EntryKind kind = EntryKind::None;
             std::uint64_t size = 0;

@@ -37,7 +37,7 @@ void NorvaException::DisplayExceptionMessage(bool force, bool suppress, const st
                                              const ExecutionContextStack& /*stack*/, HWND owner,
                                              const CXString& title, const CXString& message) {
     if (dynamic_cast<const std::bad_alloc*>(exception) != nullptr) {
-        ShowUserMessage(
+        nvutil::ShowUserMessage(
             {owner, LoadText(textresources::failureTitle), LoadText(textresources::outOfMemory), nullptr});
         return;
     }
@@ -50,7 +50,7 @@ void NorvaException::DisplayExceptionMessage(bool force, bool suppress, const st
     text += LoadText(second);
     if (IsMessageShown(force, suppress, platform::IsPossiblyNonInteractive(),
                        DriverLoadedContext::GetCurrent().IsSpoolerOrFilterPipelineExeContext())) {
-        ShowUserMessage({owner, GetCustomerTitleString(owner, title), text, exception});
+        nvutil::ShowUserMessage({owner, GetCustomerTitleString(owner, title), text, exception});
     }
 }
 

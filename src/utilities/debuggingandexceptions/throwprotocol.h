@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/internalapi.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 #include "utilities/utilitiesdll/cxstring.h"
 #include "utilities/utilitiesdll/formattext.h"
@@ -45,7 +46,7 @@ constexpr std::string_view SourceFile(std::string_view path) {
 }
 
 /// Formats a site's message with the bounded formatter; a fault while formatting gives the empty text.
-NVUTIL_API CXString SafeFormat(const WChar* format, ...);
+NVUTIL_INTERNAL_API CXString SafeFormat(const WChar* format, ...);
 
 inline Message FormatMessageOfSite() {
     return {};
@@ -67,7 +68,7 @@ struct Prepared {
 /// Settles the message, builds the throwing text and offers it to the debug hook.
 /// @param message  the site's message; null when evaluating its arguments faulted
 /// @throws std::bad_alloc when there is no memory even for the exception
-NVUTIL_API Prepared Prepare(const char* className, const Site& site, const Message* message);
+NVUTIL_INTERNAL_API Prepared Prepare(const char* className, const Site& site, const Message* message);
 
 template <class Factory, class FormatMessage>
 [[noreturn]] void Throw(Factory factory, const char* className, const Site& site,

@@ -10,15 +10,15 @@
 
 namespace {
 
-std::atomic<UserMessageHandler> currentHandler = nullptr;
+std::atomic<nvutil::UserMessageHandler> currentHandler = nullptr;
 
 }  // namespace
 
-UserMessageHandler SetUserMessageHandler(UserMessageHandler handler) {
+nvutil::UserMessageHandler nvutil::SetUserMessageHandler(nvutil::UserMessageHandler handler) {
     return currentHandler.exchange(handler);
 }
 
-CXString GetTextWithIdentifier(const UserMessage& message) {
+CXString nvutil::GetTextWithIdentifier(const nvutil::UserMessage& message) {
     if (message.exception == nullptr || !NorvaException::IsNorvaException(*message.exception))
         return message.text;
     // Not formatted with it: the line may come from a translation, with whatever else it holds.
@@ -27,11 +27,11 @@ CXString GetTextWithIdentifier(const UserMessage& message) {
     return message.text + NV_TEXT("\r\n\r\n") + line;
 }
 
-void ShowUserMessage(const UserMessage& message) {
-    if (const UserMessageHandler handler = currentHandler) {
+void nvutil::ShowUserMessage(const nvutil::UserMessage& message) {
+    if (const nvutil::UserMessageHandler handler = currentHandler) {
         handler(message);
     } else {
         platform::ShowUserMessage(message.owner, platform::Text(message.title),
-                                  platform::Text(GetTextWithIdentifier(message)));
+                                  platform::Text(nvutil::GetTextWithIdentifier(message)));
     }
 }

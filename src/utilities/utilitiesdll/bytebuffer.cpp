@@ -50,7 +50,7 @@ CXString StringFromBytes(const BYTE* bytes, std::size_t length) {
 /// Calls a walk over a whole buffer.
 template <class Walk>
 auto WalkWhole(const ByteBuffer& buffer, Walk walk) {
-    ByteWalk whole(buffer);
+    nvutil::ByteWalk whole(buffer);
     return walk(whole.cursor, whole.remaining);
 }
 

@@ -1,6 +1,7 @@
 // What is remembered of the library's load into the process.
 #pragma once
 
+#include "platform/internalapi.h"
 #include "platform/types.h"
 
 /// What is remembered of the library's load.
@@ -10,10 +11,10 @@ struct LibraryLoad {
 };
 
 /// The library's load into this process.
-NVUTIL_API LibraryLoad GetLibraryLoad();
+NVUTIL_INTERNAL_API LibraryLoad GetLibraryLoad();
 
 /// Remembers the load; for the library's entry.
 void SetLibraryLoad(const LibraryLoad& load);
 
 /// Milliseconds of a clock that never goes back, except that it begins again at 0 after 49.7 days.
-NVUTIL_API DWORD GetTickCountNow();
+NVUTIL_INTERNAL_API DWORD GetTickCountNow();

@@ -1,12 +1,13 @@
 // NumberSigns: the separators and the minus sign of a number's text, which is written and read with them.
 #pragma once
 
+#include "platform/internalapi.h"
 #include "platform/types.h"
 #include "utilities/utilitiesdll/cxstring.h"
 
 /// The text of numbers in the signs of a language. No locale of the process has a part in it, and all that is
 /// written is read back as the same number.
-class NVUTIL_API NumberSigns {
+class NVUTIL_INTERNAL_API NumberSigns {
 public:
     static constexpr int mostDecimals = 15;
 

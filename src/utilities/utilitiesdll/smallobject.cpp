@@ -44,7 +44,7 @@ std::size_t IndexOf(std::size_t size) {
 
 }  // namespace
 
-void* SmallObjectMemory::Allocate(std::size_t size) {
+void* nvutil::SmallObjectMemory::Allocate(std::size_t size) {
     const std::size_t index = IndexOf(size);
     if (index >= sizes) return ::operator new(size);
     if (ThreadBlocks* blocks = threadBlocks) {
@@ -58,7 +58,7 @@ void* SmallObjectMemory::Allocate(std::size_t size) {
     return ::operator new((index + 1) * step);
 }
 
-void SmallObjectMemory::Free(void* block, std::size_t size) noexcept {
+void nvutil::SmallObjectMemory::Free(void* block, std::size_t size) noexcept {
     const std::size_t index = IndexOf(size);
     ThreadBlocks* blocks = threadBlocks;
     if (block != nullptr && blocks != nullptr && index < sizes) {
@@ -72,11 +72,11 @@ void SmallObjectMemory::Free(void* block, std::size_t size) noexcept {
     ::operator delete(block);
 }
 
-void SmallObjectMemory::StartKeeping() noexcept {
+void nvutil::SmallObjectMemory::StartKeeping() noexcept {
     if (keepsBlocks && threadBlocks == nullptr) threadBlocks = new (std::nothrow) ThreadBlocks;
 }
 
-void SmallObjectMemory::StopKeeping() noexcept {
+void nvutil::SmallObjectMemory::StopKeeping() noexcept {
     ThreadBlocks* blocks = threadBlocks;
     if (blocks == nullptr) return;
     threadBlocks = nullptr;

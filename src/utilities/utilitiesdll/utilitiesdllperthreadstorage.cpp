@@ -101,7 +101,7 @@ void UtilitiesDllPerThreadStorage::CleanUpDueToThreadDetach(bool /*ignored*/) {
     std::erase(state.objects, object);
     DestroyObject(object);
     platform::SetThreadSlot(state.slot, nullptr);
-    SmallObjectMemory::StopKeeping();
+    nvutil::SmallObjectMemory::StopKeeping();
 }
 
 void UtilitiesDllPerThreadStorage::CleanUpDueToProcessDetach() {
@@ -139,7 +139,7 @@ UtilitiesDllPerThreadStorage* UtilitiesDllPerThreadStorage::MakeObject() {
     try {
         state.objects.push_back(object);
         if (platform::SetThreadSlot(state.slot, object)) {
-            SmallObjectMemory::StartKeeping();
+            nvutil::SmallObjectMemory::StartKeeping();
             return object;
         }
         state.objects.pop_back();

@@ -3,11 +3,11 @@
 
 #include <oleauto.h>
 
-void AddComReference(void* object) {
+void nvutil::AddComReference(void* object) {
     static_cast<IUnknown*>(object)->AddRef();
 }
 
-void ReleaseComReference(void* object) {
+void nvutil::ReleaseComReference(void* object) {
     static_cast<IUnknown*>(object)->Release();
 }
 
@@ -30,8 +30,8 @@ CXString TextOf(BSTR text) {
 }  // namespace
 
 void ThrowComError(HRESULT result, IUnknown& object, const IID& interfaceId) {
-    ComPointer<ISupportErrorInfo> support;
-    ComPointer<IErrorInfo> information;
+    nvutil::ComPointer<ISupportErrorInfo> support;
+    nvutil::ComPointer<IErrorInfo> information;
     const bool isTold = SUCCEEDED(object.QueryInterface(IID_ISupportErrorInfo,
                                                         reinterpret_cast<void**>(support.Receive()))) &&
                         support->InterfaceSupportsErrorInfo(interfaceId) == S_OK &&

@@ -12,7 +12,7 @@ namespace comcall {
 /// The object behind a pointer.
 /// @throws _com_error (E_POINTER) when there is none
 template <class Interface>
-Interface& Require(const ComPointer<Interface>& object) {
+Interface& Require(const nvutil::ComPointer<Interface>& object) {
     if (!object) throw _com_error(E_POINTER);
     return *object.Get();
 }

@@ -350,6 +350,6 @@ std::unique_ptr<XmlDomText> LibXmlDomDocument::createTextNode(const CXString& te
     return std::make_unique<LibXmlDomText>(LibXmlNodeReference{m_content->tree, node});
 }
 
-CXString LibXmlDomDocument::formatParseErrorDisplayString(const XmlParseError& parseError) {
-    return FormatParseError(parseError);
+CXString LibXmlDomDocument::formatParseErrorDisplayString(const nvutil::XmlParseError& parseError) {
+    return nvutil::FormatParseError(parseError);
 }

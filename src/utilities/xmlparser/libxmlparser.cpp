@@ -98,7 +98,7 @@ bool LibXmlParser::parse(const CXString& fileName) {
 
 void LibXmlParser::parse(unsigned char* data, DWORD length) {
     if (data == nullptr || length == 0) return;
-    CheckedDocument document;
+    nvutil::CheckedDocument document;
     LibXmlReading reading;
     if (const auto refusal = CheckDocument({data, length}, systemId, validate, document)) {
         reading.error = *refusal;
@@ -116,7 +116,7 @@ void LibXmlParser::convertToXmlStream(XmlOutputCallback& callback) {
     if (output == nullptr) xmlfailure::ThrowNotWritten();
     std::string storage;
     std::string_view bytes = TextOf(*output);
-    CheckedDocument written;
+    nvutil::CheckedDocument written;
     if (!EncodeDocument(bytes, storage) || CheckDocument(BytesOf(bytes), systemId, false, written) ||
         !m_content->tree->HasItsPrefixes()) {
         xmlfailure::ThrowNotWritten();

@@ -29,7 +29,7 @@ struct FirstError {
 /// What the engine's callbacks work on.
 class Reader {
 public:
-    Reader(const CheckedDocument& document, bool validate);
+    Reader(const nvutil::CheckedDocument& document, bool validate);
     ~Reader() {
         xmlFreeDoc(m_context->myDoc);
         xmlFreeParserCtxt(m_context);
@@ -40,7 +40,7 @@ public:
     /// @return whether the document is well-formed, and valid where it must be
     bool Read();
     xmlDoc* TakeDocument();
-    XmlParseError GetError(const CXString& systemId) const;
+    nvutil::XmlParseError GetError(const CXString& systemId) const;
 
 private:
     static Reader& Of(void* context) {
@@ -58,7 +58,7 @@ private:
     void Keep(FirstError& kept, const xmlError& error) const;
     void RecordDeclaration();
 
-    const CheckedDocument& m_document;
+    const nvutil::CheckedDocument& m_document;
     bool m_validate;
     xmlParserCtxt* m_context;
     xmlParserInput* m_dtdInput = nullptr;  ///< Valid while the engine is reading the DTD's own file.
@@ -94,7 +94,7 @@ xmlParserCtxt* NewContext() {
     return IsEngineStarted() ? xmlNewParserCtxt() : nullptr;
 }
 
-Reader::Reader(const CheckedDocument& document, bool validate)
+Reader::Reader(const nvutil::CheckedDocument& document, bool validate)
     : m_document(document), m_validate(validate), m_context(NewContext()) {
     if (m_context == nullptr) xmlfailure::ThrowOutOfMemoryWhileReading();
     m_context->_private = this;
@@ -233,7 +233,7 @@ void Reader::OnEndElement(void* context, const xmlChar* name, const xmlChar* pre
     xmlSAX2EndElementNs(context, name, prefix, uri);
 }
 
-XmlParseError Reader::GetError(const CXString& systemId) const {
+nvutil::XmlParseError Reader::GetError(const CXString& systemId) const {
     FirstError first = m_fatal.code != 0 ? m_fatal : m_other;
     const bool isClosing = first.code == 0;
     if (isClosing) first.offset = m_document.text.Get().size();
@@ -241,13 +241,14 @@ XmlParseError Reader::GetError(const CXString& systemId) const {
     text = text.substr(0, text.find('\n'));
     const CXString reason = WideText(text);
     const XmlText& where = first.isInDtd ? m_document.dtd : m_document.text;
-    return where.Locate({first.offset, isClosing ? XmlParseError::malformed : first.code, reason},
+    return where.Locate({first.offset, isClosing ? nvutil::XmlParseError::malformed : first.code, reason},
                         first.isInDtd ? m_document.dtdPath : systemId);
 }
 
 }  // namespace
 
-LibXmlReading ReadWithLibXml(const CheckedDocument& document, const CXString& systemId, bool validate) {
+LibXmlReading ReadWithLibXml(const nvutil::CheckedDocument& document, const CXString& systemId,
+                             bool validate) {
     Reader reader(document, validate);
     LibXmlReading reading;
     if (reader.Read()) {

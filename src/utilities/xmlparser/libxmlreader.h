@@ -10,11 +10,12 @@
 /// What reading gave: a tree, or the error that there is none for.
 struct LibXmlReading {
     std::shared_ptr<LibXmlTree> tree;
-    XmlParseError error;
+    nvutil::XmlParseError error;
 };
 
 /// Reads a document; texts of nothing but white space are left out unless "xml:space" keeps them.
 /// @param systemId  names the document in errors
 /// @param validate  whether a document with a DTD must be valid
 /// @throws ExceptionOutOfMemory
-LibXmlReading ReadWithLibXml(const CheckedDocument& document, const CXString& systemId, bool validate);
+LibXmlReading ReadWithLibXml(const nvutil::CheckedDocument& document, const CXString& systemId,
+                             bool validate);

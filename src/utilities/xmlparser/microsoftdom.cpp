@@ -20,21 +20,21 @@ constexpr CLSID documentClass = {
 constexpr DWORD classContext =
     CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER;
 
-std::unique_ptr<XmlDomNode> Wrap(ComPointer<IXMLDOMNode> node) {
+std::unique_ptr<XmlDomNode> Wrap(nvutil::ComPointer<IXMLDOMNode> node) {
     return std::make_unique<MicrosoftDomNode>(std::move(node));
 }
 
 /// Asks an object for another of its interfaces; none when it does not have it.
 template <class Interface>
-ComPointer<Interface> Query(IUnknown& object, const IID& interfaceId) {
-    ComPointer<Interface> other;
+nvutil::ComPointer<Interface> Query(IUnknown& object, const IID& interfaceId) {
+    nvutil::ComPointer<Interface> other;
     const HRESULT result = object.QueryInterface(interfaceId, reinterpret_cast<void**>(other.Receive()));
     if (FAILED(result) && result != E_NOINTERFACE) throw _com_error(result);
     return other;
 }
 
-ComPointer<IXMLDOMDocument2> CreateDocument() {
-    ComPointer<IUnknown> object;
+nvutil::ComPointer<IXMLDOMDocument2> CreateDocument() {
+    nvutil::ComPointer<IUnknown> object;
     HRESULT result = CoCreateInstance(documentClass, nullptr, classContext, IID_IUnknown,
                                       reinterpret_cast<void**>(object.Receive()));
     if (SUCCEEDED(result)) result = OleRun(object.Get());
@@ -64,23 +64,23 @@ CXString ValueOf(IXMLDOMNode& node) {
 class ElementMark {
 public:
     explicit ElementMark(IXMLDOMNode& element) : m_element(element), m_text(UniqueText()) {
-        ComPointer<IXMLDOMDocument> document;
+        nvutil::ComPointer<IXMLDOMDocument> document;
         Check(element.get_ownerDocument(document.Receive()), element);
-        ComPointer<IXMLDOMComment> comment;
+        nvutil::ComPointer<IXMLDOMComment> comment;
         const HRESULT result =
             Require(document).createComment(comcall::String(m_text).Get(), comment.Receive());
         if (FAILED(result)) throw _com_error(result);
         Check(element.appendChild(comment.Get(), m_comment.Receive()), element);
     }
     ~ElementMark() {
-        ComPointer<IXMLDOMNode> removed;
+        nvutil::ComPointer<IXMLDOMNode> removed;
         m_element.removeChild(m_comment.Get(), removed.Receive());
     }
     ElementMark(const ElementMark&) = delete;
     ElementMark& operator=(const ElementMark&) = delete;
 
     bool IsOn(IXMLDOMNode& element) const {
-        ComPointer<IXMLDOMNode> last;
+        nvutil::ComPointer<IXMLDOMNode> last;
         Check(element.get_lastChild(last.Receive()), element);
         return last && TypeOf(*last.Get()) == NODE_COMMENT && ValueOf(*last.Get()) == m_text;
     }
@@ -97,7 +97,7 @@ private:
 
     IXMLDOMNode& m_element;
     CXString m_text;
-    ComPointer<IXMLDOMNode> m_comment;
+    nvutil::ComPointer<IXMLDOMNode> m_comment;
 };
 
 bool HasChildren(IXMLDOMNode& node) {
@@ -111,18 +111,18 @@ void RequirePlace(IXMLDOMNode& parent, IXMLDOMNode& child) {
     if (TypeOf(parent) != NODE_ELEMENT) throw _com_error(E_FAIL);
     if (TypeOf(child) != NODE_ELEMENT || (!HasChildren(child) && HasChildren(parent))) return;
     const ElementMark mark(child);
-    ComPointer<IXMLDOMNode> ancestor;
+    nvutil::ComPointer<IXMLDOMNode> ancestor;
     for (IXMLDOMNode* node = &parent; node != nullptr; node = ancestor.Get()) {
         if (mark.IsOn(*node)) throw _com_error(E_FAIL);
-        ComPointer<IXMLDOMNode> next;
+        nvutil::ComPointer<IXMLDOMNode> next;
         Check(node->get_parentNode(next.Receive()), *node);
         ancestor = std::move(next);
     }
 }
 
-ComPointer<IXMLDOMNode> Append(IXMLDOMNode& parent, IXMLDOMNode& child) {
+nvutil::ComPointer<IXMLDOMNode> Append(IXMLDOMNode& parent, IXMLDOMNode& child) {
     RequirePlace(parent, child);
-    ComPointer<IXMLDOMNode> appended;
+    nvutil::ComPointer<IXMLDOMNode> appended;
     Check(parent.appendChild(&child, appended.Receive()), parent);
     return appended;
 }
@@ -152,11 +152,11 @@ Wrapper& Own(Abstract& wrapper) {
 
 // --- Nodes ----------------------------------------------------------------------------------------------
 
-MicrosoftDomNode::MicrosoftDomNode(ComPointer<IXMLDOMNode> node) : m_node(std::move(node)) {}
+MicrosoftDomNode::MicrosoftDomNode(nvutil::ComPointer<IXMLDOMNode> node) : m_node(std::move(node)) {}
 MicrosoftDomNode::~MicrosoftDomNode() = default;
 
 std::uint32_t MicrosoftDomNode::getNumChildNodes() const {
-    ComPointer<IXMLDOMNodeList> children;
+    nvutil::ComPointer<IXMLDOMNodeList> children;
     Check(Require(m_node).get_childNodes(children.Receive()), *m_node.Get());
     if (!children) return 0;
     long length = 0;
@@ -175,19 +175,19 @@ CXString MicrosoftDomNode::getNodeValue() const {
 }
 
 std::unique_ptr<XmlDomNode> MicrosoftDomNode::getFirstChild() {
-    ComPointer<IXMLDOMNode> child;
+    nvutil::ComPointer<IXMLDOMNode> child;
     Check(Require(m_node).get_firstChild(child.Receive()), *m_node.Get());
     return Wrap(std::move(child));
 }
 
 std::unique_ptr<XmlDomNode> MicrosoftDomNode::getNextSibling() {
-    ComPointer<IXMLDOMNode> sibling;
+    nvutil::ComPointer<IXMLDOMNode> sibling;
     Check(Require(m_node).get_nextSibling(sibling.Receive()), *m_node.Get());
     return Wrap(std::move(sibling));
 }
 
 std::unique_ptr<XmlDomNamedNodeMap> MicrosoftDomNode::getAttributes() {
-    ComPointer<IXMLDOMNamedNodeMap> map;
+    nvutil::ComPointer<IXMLDOMNamedNodeMap> map;
     Check(Require(m_node).get_attributes(map.Receive()), *m_node.Get());
     return std::make_unique<MicrosoftDomNamedNodeMap>(std::move(map));
 }
@@ -219,7 +219,7 @@ std::unique_ptr<XmlDomNode> MicrosoftDomNode::appendChild(XmlDomNode& child) {
 
 std::unique_ptr<XmlDomNode> MicrosoftDomNode::removeChild(XmlDomNode& child) {
     IXMLDOMNode& native = Require(Own<MicrosoftDomNode>(child).m_node);
-    ComPointer<IXMLDOMNode> removed;
+    nvutil::ComPointer<IXMLDOMNode> removed;
     Check(Require(m_node).removeChild(&native, removed.Receive()), *m_node.Get());
     return Wrap(std::move(removed));
 }
@@ -230,10 +230,10 @@ std::unique_ptr<XmlDomNode> MicrosoftDomNode::getNullNode() {
 
 // --- Texts, elements and maps ---------------------------------------------------------------------------
 
-MicrosoftDomText::MicrosoftDomText(ComPointer<IXMLDOMText> text) : m_text(std::move(text)) {}
+MicrosoftDomText::MicrosoftDomText(nvutil::ComPointer<IXMLDOMText> text) : m_text(std::move(text)) {}
 MicrosoftDomText::~MicrosoftDomText() = default;
 
-MicrosoftDomElement::MicrosoftDomElement(ComPointer<IXMLDOMElement> element)
+MicrosoftDomElement::MicrosoftDomElement(nvutil::ComPointer<IXMLDOMElement> element)
     : m_element(std::move(element)) {}
 MicrosoftDomElement::~MicrosoftDomElement() = default;
 
@@ -261,20 +261,20 @@ void MicrosoftDomElement::appendChild(XmlDomText& text) {
 
 std::unique_ptr<XmlDomElement> MicrosoftDomElement::appendChild(XmlDomElement& child) {
     IXMLDOMElement& element = Require(m_element);
-    const ComPointer<IXMLDOMNode> appended =
+    const nvutil::ComPointer<IXMLDOMNode> appended =
         Append(element, Require(Own<MicrosoftDomElement>(child).m_element));
     return std::make_unique<MicrosoftDomElement>(
         Query<IXMLDOMElement>(Require(appended), IID_IXMLDOMElement));
 }
 
-MicrosoftDomNamedNodeMap::MicrosoftDomNamedNodeMap(ComPointer<IXMLDOMNamedNodeMap> map)
+MicrosoftDomNamedNodeMap::MicrosoftDomNamedNodeMap(nvutil::ComPointer<IXMLDOMNamedNodeMap> map)
     : m_map(std::move(map)) {}
 MicrosoftDomNamedNodeMap::~MicrosoftDomNamedNodeMap() = default;
 
 std::unique_ptr<XmlDomNode> MicrosoftDomNamedNodeMap::getNamedItem(const CXString& name) {
     IXMLDOMNamedNodeMap& map = Require(m_map);
     if (!IsXmlName(name)) return Wrap({});  // some engines read no further than a null
-    ComPointer<IXMLDOMNode> item;
+    nvutil::ComPointer<IXMLDOMNode> item;
     Check(map.getNamedItem(comcall::String(name).Get(), item.Receive()), map);
     constexpr auto declarationPrefix = NV_TEXT("xmlns");
     if (item || name.Left(CXString::SafeStrlen(declarationPrefix)) != declarationPrefix)
@@ -296,7 +296,7 @@ std::vector<std::unique_ptr<XmlDomNode>> MicrosoftDomNamedNodeMap::getItems() co
     Check(map.get_length(&length), map);
     std::vector<std::unique_ptr<XmlDomNode>> items;
     for (long i = 0; i < length; ++i) {
-        ComPointer<IXMLDOMNode> item;
+        nvutil::ComPointer<IXMLDOMNode> item;
         // Some engines count declarations of namespaces that they do not hand out.
         if (SUCCEEDED(map.get_item(i, item.Receive())) && item) items.push_back(Wrap(std::move(item)));
     }
@@ -306,12 +306,12 @@ std::vector<std::unique_ptr<XmlDomNode>> MicrosoftDomNamedNodeMap::getItems() co
 // --- The document ---------------------------------------------------------------------------------------
 
 MicrosoftDomDocument::MicrosoftDomDocument()
-    : m_document(CreateDocument()), m_refusal(std::make_shared<ComPointer<IXMLDOMParseError>>()) {}
+    : m_document(CreateDocument()), m_refusal(std::make_shared<nvutil::ComPointer<IXMLDOMParseError>>()) {}
 MicrosoftDomDocument::MicrosoftDomDocument(const MicrosoftDomDocument& other) = default;
 MicrosoftDomDocument::~MicrosoftDomDocument() = default;
 
 std::unique_ptr<XmlDomElement> MicrosoftDomDocument::getDocumentElement() {
-    ComPointer<IXMLDOMElement> root;
+    nvutil::ComPointer<IXMLDOMElement> root;
     Check(Require(m_document).get_documentElement(root.Receive()), *m_document.Get());
     return std::make_unique<MicrosoftDomElement>(std::move(root));
 }
@@ -319,14 +319,14 @@ std::unique_ptr<XmlDomElement> MicrosoftDomDocument::getDocumentElement() {
 std::unique_ptr<XmlDomElement> MicrosoftDomDocument::createElement(const CXString& name) {
     IXMLDOMDocument2& document = Require(m_document);
     if (!IsXmlName(name)) throw _com_error(E_FAIL);  // some engines make what nobody could read back
-    ComPointer<IXMLDOMElement> element;
+    nvutil::ComPointer<IXMLDOMElement> element;
     Check(document.createElement(comcall::String(name).Get(), element.Receive()), document);
     return std::make_unique<MicrosoftDomElement>(std::move(element));
 }
 
 std::unique_ptr<XmlDomText> MicrosoftDomDocument::createTextNode(const CXString& text) {
     IXMLDOMDocument2& document = Require(m_document);
-    ComPointer<IXMLDOMText> node;
+    nvutil::ComPointer<IXMLDOMText> node;
     Check(document.createTextNode(comcall::String(text).Get(), node.Receive()), document);
     return std::make_unique<MicrosoftDomText>(std::move(node));
 }
@@ -347,9 +347,9 @@ HRESULT MicrosoftDomDocument::save(IStream* stream) {
     return Require(m_document).save(comcall::Variant(stream).Get());
 }
 
-ComPointer<IXMLDOMParseError> MicrosoftDomDocument::getParseError() {
+nvutil::ComPointer<IXMLDOMParseError> MicrosoftDomDocument::getParseError() {
     if (*m_refusal) return *m_refusal;
-    ComPointer<IXMLDOMParseError> error;
+    nvutil::ComPointer<IXMLDOMParseError> error;
     Check(Require(m_document).get_parseError(error.Receive()), *m_document.Get());
     return error;
 }
@@ -361,25 +361,26 @@ void MicrosoftDomDocument::setValidateOnParse(bool mustBeValid) {
     Check(document.put_validateOnParse(VariantBool(mustBeValid)), document);
 }
 
-bool MicrosoftDomDocument::validate(ComPointer<IXMLDOMParseError>& parseError) {
+bool MicrosoftDomDocument::validate(nvutil::ComPointer<IXMLDOMParseError>& parseError) {
     IXMLDOMDocument2& document = Require(m_document);
     const HRESULT result = document.validate(parseError.Receive());
     Check(result, document);
     return result == S_OK;
 }
 
-void MicrosoftDomDocument::refuse(ComPointer<IXMLDOMParseError> parseError) {
+void MicrosoftDomDocument::refuse(nvutil::ComPointer<IXMLDOMParseError> parseError) {
     VARIANT_BOOL isLoaded = VARIANT_FALSE;
     Require(m_document).loadXML(nullptr, &isLoaded);  // of nothing: its failure is the point
     *m_refusal = std::move(parseError);
 }
 
-XmlParseError MicrosoftDomDocument::ReadParseError(const ComPointer<IXMLDOMParseError>& parseError) {
+nvutil::XmlParseError MicrosoftDomDocument::ReadParseError(
+    const nvutil::ComPointer<IXMLDOMParseError>& parseError) {
     IXMLDOMParseError& error = Require(parseError);
     comcall::String url;
     comcall::String reason;
     comcall::String sourceText;
-    XmlParseError fields;
+    nvutil::XmlParseError fields;
     const HRESULT results[] = {
         error.get_errorCode(&fields.errorCode), error.get_url(url.Receive()),
         error.get_reason(reason.Receive()),     error.get_srcText(sourceText.Receive()),
@@ -395,6 +396,6 @@ XmlParseError MicrosoftDomDocument::ReadParseError(const ComPointer<IXMLDOMParse
 }
 
 CXString MicrosoftDomDocument::formatParseErrorDisplayString(
-    const ComPointer<IXMLDOMParseError>& parseError) {
-    return FormatParseError(ReadParseError(parseError));
+    const nvutil::ComPointer<IXMLDOMParseError>& parseError) {
+    return nvutil::FormatParseError(ReadParseError(parseError));
 }

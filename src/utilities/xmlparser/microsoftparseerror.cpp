@@ -8,7 +8,7 @@ namespace {
 /// Counted without locks: like all of a document, it stays on one thread.
 class OwnParseError final : public IXMLDOMParseError {
 public:
-    explicit OwnParseError(const XmlParseError& error) : m_error(error) {}
+    explicit OwnParseError(const nvutil::XmlParseError& error) : m_error(error) {}
 
     HRESULT WINAPI QueryInterface(REFIID id, void** object) override {
         if (object == nullptr) return E_POINTER;
@@ -56,15 +56,15 @@ private:
     }
 
     ULONG m_references = 0;
-    XmlParseError m_error;
+    nvutil::XmlParseError m_error;
 };
 
 }  // namespace
 
-ComPointer<IXMLDOMParseError> MakeParseError(const XmlParseError& error) {
+nvutil::ComPointer<IXMLDOMParseError> MakeParseError(const nvutil::XmlParseError& error) {
     auto* const object = new OwnParseError(error);
     object->AddRef();
-    ComPointer<IXMLDOMParseError> pointer;
+    nvutil::ComPointer<IXMLDOMParseError> pointer;
     *pointer.Receive() = object;
     return pointer;
 }

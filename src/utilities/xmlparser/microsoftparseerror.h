@@ -7,4 +7,4 @@
 #include "utilities/xmlparser/xmlparseerror.h"
 
 /// Makes an object that tells what the library's own check found, as the engine's objects do.
-ComPointer<IXMLDOMParseError> MakeParseError(const XmlParseError& error);
+nvutil::ComPointer<IXMLDOMParseError> MakeParseError(const nvutil::XmlParseError& error);

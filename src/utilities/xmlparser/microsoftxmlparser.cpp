@@ -73,8 +73,8 @@ private:
 };
 
 /// @return null when there is no memory for it
-ComPointer<IStream> CreateStream(HGLOBAL memory, bool deleteOnRelease) {
-    ComPointer<IStream> stream;
+nvutil::ComPointer<IStream> CreateStream(HGLOBAL memory, bool deleteOnRelease) {
+    nvutil::ComPointer<IStream> stream;
     if (FAILED(CreateStreamOnHGlobal(memory, deleteOnRelease, stream.Receive()))) return {};
     return stream;
 }
@@ -115,7 +115,7 @@ private:
 /// own, for as long as the object lives.
 class CheckedDtd {
 public:
-    explicit CheckedDtd(const CheckedDocument& document) {
+    explicit CheckedDtd(const nvutil::CheckedDocument& document) {
         if (!document.hasExternalDtd || !document.dtd.IsConverted()) return;
         m_isNeeded = true;
         const fs::path original(static_cast<const wchar_t*>(document.dtdPath));
@@ -165,13 +165,13 @@ bool MicrosoftXmlParser::parse(const CXString& fileName) {
 
 void MicrosoftXmlParser::parse(unsigned char* data, DWORD length) {
     if (data == nullptr || length == 0) return;
-    CheckedDocument document;
+    nvutil::CheckedDocument document;
     if (const auto refusal = CheckDocument({data, length}, systemId, validate, document)) {
         m_document.refuse(MakeParseError(*refusal));
         xmlfailure::ThrowRefused();
     }
     if (!Load(document)) {
-        XmlParseError error = MicrosoftDomDocument::ReadParseError(m_document.getParseError());
+        nvutil::XmlParseError error = MicrosoftDomDocument::ReadParseError(m_document.getParseError());
         if (error.url.IsEmpty()) error.url = systemId;  // what came from memory has no name to the engine
         m_document.refuse(MakeParseError(error));
         xmlfailure::ThrowRefused();
@@ -180,14 +180,14 @@ void MicrosoftXmlParser::parse(unsigned char* data, DWORD length) {
 }
 
 // The engine gets what has been checked, in UTF-8: it may know fewer encodings, or read them otherwise.
-bool MicrosoftXmlParser::Load(const CheckedDocument& document) {
+bool MicrosoftXmlParser::Load(const nvutil::CheckedDocument& document) {
     const GlobalBlock memory(Redeclared(document.text.Get(), utf8));
-    const ComPointer<IStream> stream = CreateStream(memory.Get(), false);
+    const nvutil::ComPointer<IStream> stream = CreateStream(memory.Get(), false);
     if (!stream) xmlfailure::ThrowOutOfMemoryWhileReading();
     const CheckedDtd dtd(document);
     if (dtd.IsNeeded() && !dtd.IsWritten()) {  // the engine must not read the original by itself
-        XmlParseError error;
-        error.errorCode = XmlParseError::accessRefused;
+        nvutil::XmlParseError error;
+        error.errorCode = nvutil::XmlParseError::accessRefused;
         error.url = document.dtdPath;
         error.reason = NV_TEXT("The DTD cannot be given to the engine in UTF-8.");
         m_document.refuse(MakeParseError(error));
@@ -202,7 +202,7 @@ bool MicrosoftXmlParser::Load(const CheckedDocument& document) {
 
 // Some engines validate only when asked. A document without a DTD has nothing to be held to.
 bool MicrosoftXmlParser::IsValid() {
-    ComPointer<IXMLDOMParseError> error;
+    nvutil::ComPointer<IXMLDOMParseError> error;
     if (m_document.validate(error)) return true;
     LONG code = 0;
     comcall::Check(comcall::Require(error).get_errorCode(&code), *error.Get());
@@ -212,7 +212,7 @@ bool MicrosoftXmlParser::IsValid() {
 }
 
 void MicrosoftXmlParser::convertToXmlStream(XmlOutputCallback& callback) {
-    const ComPointer<IStream> stream = CreateStream(nullptr, true);
+    const nvutil::ComPointer<IStream> stream = CreateStream(nullptr, true);
     if (!stream) xmlfailure::ThrowOutOfMemoryWhileWriting();
     if (FAILED(m_document.save(stream.Get()))) {
         m_document.getParseError();
@@ -226,7 +226,7 @@ void MicrosoftXmlParser::convertToXmlStream(XmlOutputCallback& callback) {
     std::string storage;
     if (!EncodeDocument(text, storage)) xmlfailure::ThrowNotWritten();
     const std::span<const BYTE> bytes(reinterpret_cast<const BYTE*>(text.data()), text.size());
-    CheckedDocument written;
+    nvutil::CheckedDocument written;
     if (CheckDocument(bytes, systemId, false, written)) xmlfailure::ThrowNotWritten();
     callback.handleOutput(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
 }

@@ -65,24 +65,25 @@ public:
     }
 
 private:
-    static constexpr XmlFault malformed = {0, XmlParseError::malformed,
+    static constexpr XmlFault malformed = {0, nvutil::XmlParseError::malformed,
                                            NV_TEXT("Invalid syntax in the document type declaration.")};
-    static constexpr XmlFault unfinished = {0, XmlParseError::malformed,
+    static constexpr XmlFault unfinished = {0, nvutil::XmlParseError::malformed,
                                             NV_TEXT("The document type declaration does not end.")};
     static constexpr XmlFault foreign = {
-        0, XmlParseError::accessRefused,
+        0, nvutil::XmlParseError::accessRefused,
         NV_TEXT("External entities other than the document's DTD are refused.")};
-    static constexpr XmlFault tooDeep = {0, XmlParseError::limitExceeded,
+    static constexpr XmlFault tooDeep = {0, nvutil::XmlParseError::limitExceeded,
                                          NV_TEXT("References to entities are nested too deeply.")};
-    static constexpr XmlFault tooLarge = {0, XmlParseError::limitExceeded,
+    static constexpr XmlFault tooLarge = {0, nvutil::XmlParseError::limitExceeded,
                                           NV_TEXT("Entities expand to more than is allowed.")};
-    static constexpr XmlFault tooManyDeclarations = {0, XmlParseError::limitExceeded,
+    static constexpr XmlFault tooManyDeclarations = {0, nvutil::XmlParseError::limitExceeded,
                                                      NV_TEXT("The DTD has too many declarations.")};
     static constexpr XmlFault tooManyAttributes = {
-        0, XmlParseError::limitExceeded, NV_TEXT("Too many attributes are declared for one element.")};
-    static constexpr XmlFault tooManyNames = {0, XmlParseError::limitExceeded,
+        0, nvutil::XmlParseError::limitExceeded,
+        NV_TEXT("Too many attributes are declared for one element.")};
+    static constexpr XmlFault tooManyNames = {0, nvutil::XmlParseError::limitExceeded,
                                               NV_TEXT("A declaration lists too many names.")};
-    static constexpr XmlFault tooComplex = {0, XmlParseError::limitExceeded,
+    static constexpr XmlFault tooComplex = {0, nvutil::XmlParseError::limitExceeded,
                                             NV_TEXT("The content models are too complex.")};
 
     /// What a declaration is made of: a name, a literal without its quotes, or a single other character.

@@ -25,24 +25,29 @@ constexpr auto endsName = [] {
 }();
 
 // Reasons, in the order of their limits.
-constexpr XmlFault tooLarge = {0, XmlParseError::limitExceeded, NV_TEXT("The document is too large.")};
-constexpr XmlFault tooDeep = {0, XmlParseError::limitExceeded, NV_TEXT("Elements are nested too deeply.")};
-constexpr XmlFault tooManyAttributes = {0, XmlParseError::limitExceeded,
+constexpr XmlFault tooLarge = {0, nvutil::XmlParseError::limitExceeded,
+                               NV_TEXT("The document is too large.")};
+constexpr XmlFault tooDeep = {0, nvutil::XmlParseError::limitExceeded,
+                              NV_TEXT("Elements are nested too deeply.")};
+constexpr XmlFault tooManyAttributes = {0, nvutil::XmlParseError::limitExceeded,
                                         NV_TEXT("An element has too many attributes.")};
-constexpr XmlFault tooManyNamespaces = {0, XmlParseError::limitExceeded,
+constexpr XmlFault tooManyNamespaces = {0, nvutil::XmlParseError::limitExceeded,
                                         NV_TEXT("Too many namespaces are in scope.")};
-constexpr XmlFault entitiesTooDeep = {0, XmlParseError::limitExceeded,
+constexpr XmlFault entitiesTooDeep = {0, nvutil::XmlParseError::limitExceeded,
                                       NV_TEXT("References to entities are nested too deeply.")};
-constexpr XmlFault expandsTooFar = {0, XmlParseError::limitExceeded,
+constexpr XmlFault expandsTooFar = {0, nvutil::XmlParseError::limitExceeded,
                                     NV_TEXT("Entities expand to more than is allowed.")};
-constexpr XmlFault defaultsTooLarge = {0, XmlParseError::limitExceeded,
+constexpr XmlFault defaultsTooLarge = {0, nvutil::XmlParseError::limitExceeded,
                                        NV_TEXT("The DTD adds more attributes than is allowed.")};
-constexpr XmlFault recursiveEntity = {0, XmlParseError::malformed, NV_TEXT("An entity refers to itself.")};
-constexpr XmlFault malformed = {0, XmlParseError::malformed, NV_TEXT("Invalid syntax in the document.")};
-constexpr XmlFault unfinished = {0, XmlParseError::malformed, NV_TEXT("Unexpected end of the document.")};
-constexpr XmlFault foreignDtd = {0, XmlParseError::accessRefused,
+constexpr XmlFault recursiveEntity = {0, nvutil::XmlParseError::malformed,
+                                      NV_TEXT("An entity refers to itself.")};
+constexpr XmlFault malformed = {0, nvutil::XmlParseError::malformed,
+                                NV_TEXT("Invalid syntax in the document.")};
+constexpr XmlFault unfinished = {0, nvutil::XmlParseError::malformed,
+                                 NV_TEXT("Unexpected end of the document.")};
+constexpr XmlFault foreignDtd = {0, nvutil::XmlParseError::accessRefused,
                                  NV_TEXT("The document's DTD must stand beside it.")};
-constexpr XmlFault missingDtd = {0, XmlParseError::accessRefused,
+constexpr XmlFault missingDtd = {0, nvutil::XmlParseError::accessRefused,
                                  NV_TEXT("The document's DTD cannot be read.")};
 
 [[noreturn]] void Refuse(XmlFault fault, std::size_t offset) {
@@ -281,7 +286,8 @@ XmlMeasure MeasureEntity(Totals& totals, XmlEntity& entity, std::size_t entityDe
 /// Measures the document itself, and reads its DTD on the way.
 class DocumentScanner final : public ContentScanner {
 public:
-    DocumentScanner(Totals& totals, const CXString& systemId, bool validate, CheckedDocument& document)
+    DocumentScanner(Totals& totals, const CXString& systemId, bool validate,
+                    nvutil::CheckedDocument& document)
         : ContentScanner(totals, document.text.Get(), 0),
           m_systemId(systemId),
           m_validate(validate),
@@ -359,14 +365,14 @@ private:
 
     const CXString& m_systemId;
     bool m_validate;
-    CheckedDocument& m_document;
+    nvutil::CheckedDocument& m_document;
     bool m_hasDoctype = false;
 };
 
 }  // namespace
 
-std::optional<XmlParseError> CheckDocument(std::span<const BYTE> bytes, const CXString& systemId,
-                                           bool validate, CheckedDocument& document) {
+std::optional<nvutil::XmlParseError> CheckDocument(std::span<const BYTE> bytes, const CXString& systemId,
+                                                   bool validate, nvutil::CheckedDocument& document) {
     const bool isTooLarge = bytes.size() > xmllimits::documentBytes;
     if (!isTooLarge) document.text = XmlText(bytes);
     try {
@@ -376,7 +382,7 @@ std::optional<XmlParseError> CheckDocument(std::span<const BYTE> bytes, const CX
         DocumentScanner(totals, systemId, validate, document).Scan();
     } catch (const XmlFault& fault) {
         return document.text.Locate(fault, systemId);
-    } catch (const XmlParseError& error) {
+    } catch (const nvutil::XmlParseError& error) {
         return error;
     }
     return {};

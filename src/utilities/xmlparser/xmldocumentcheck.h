@@ -10,6 +10,8 @@
 #include "utilities/xmlparser/xmlparseerror.h"
 #include "utilities/xmlparser/xmltext.h"
 
+namespace nvutil {
+
 /// A document that may be given to an engine. Refers to the bytes that it was made from.
 struct CheckedDocument {
     XmlText text;
@@ -18,6 +20,8 @@ struct CheckedDocument {
     ByteBuffer dtdBytes;
     XmlText dtd;
 };
+
+}  // namespace nvutil
 
 /// Checks a document's size, encoding, depth, attributes and entities against the limits of xmllimits.h.
 ///
@@ -30,5 +34,5 @@ struct CheckedDocument {
 /// @param systemId  path of the document
 /// @param validate  whether the engine will read the DTD
 /// @return what the document is refused for
-std::optional<XmlParseError> CheckDocument(std::span<const BYTE> bytes, const CXString& systemId,
-                                           bool validate, CheckedDocument& document);
+std::optional<nvutil::XmlParseError> CheckDocument(std::span<const BYTE> bytes, const CXString& systemId,
+                                                   bool validate, nvutil::CheckedDocument& document);

@@ -3,7 +3,7 @@
 
 #include "utilities/utilitiesdll/formattext.h"
 
-CXString FormatParseError(const XmlParseError& error) {
+CXString nvutil::FormatParseError(const nvutil::XmlParseError& error) {
     if (error.errorCode == 0) return NV_TEXT("No MSXML Parse Error reported (error code = 0)");
     return FormatText(
         NV_TEXT("MSXML Parse Error in '%s' on line %ld and column %ld (%ld from start of file)\r\n\t%s\r\n")

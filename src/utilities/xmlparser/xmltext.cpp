@@ -99,7 +99,7 @@ XmlText::XmlText(std::span<const BYTE> bytes) {
 
     const std::size_t sound = SoundLength(Get());
     if (sound < Get().size() && !(m_fault && m_fault->offset < sound))
-        m_fault = {sound, XmlParseError::malformed, badCharacter};
+        m_fault = {sound, nvutil::XmlParseError::malformed, badCharacter};
 }
 
 void XmlText::DetectEncoding(std::span<const BYTE> bytes) {
@@ -126,10 +126,10 @@ void XmlText::SettleDeclaredEncoding() {
     const XmlEncoding* const named = FindXmlEncoding(m_declaredEncoding);
     const bool isFixed = m_markLength != 0 || IsUtf16(*m_encoding);
     if (named == nullptr) {
-        m_fault = {0, XmlParseError::unsupported, unknownEncoding};
+        m_fault = {0, nvutil::XmlParseError::unsupported, unknownEncoding};
     } else if (IsUtf16(*named) != IsUtf16(*m_encoding) ||
                (isFixed && named->scheme != m_encoding->scheme && named->name != "utf-16")) {
-        m_fault = {0, XmlParseError::malformed, badSwitch};
+        m_fault = {0, nvutil::XmlParseError::malformed, badSwitch};
     } else if (!isFixed) {
         m_encoding = named;
     }
@@ -142,14 +142,14 @@ void XmlText::Decode() {
     while (const std::optional<char32_t> character = decoder.Take()) {
         AppendUtf8(m_converted, *character);
         if (m_converted.size() > xmllimits::documentBytes) {
-            m_fault = {0, XmlParseError::limitExceeded, tooLarge};
+            m_fault = {0, nvutil::XmlParseError::limitExceeded, tooLarge};
             return;
         }
     }
-    if (!decoder.IsAtEnd()) m_fault = {m_converted.size(), XmlParseError::malformed, badCharacter};
+    if (!decoder.IsAtEnd()) m_fault = {m_converted.size(), nvutil::XmlParseError::malformed, badCharacter};
     // Bytes that looked like a declaration could have been halves of other characters.
     if (!IsUtf16(*m_encoding) && DeclaredEncodingOf(m_converted) != m_declaredEncoding)
-        m_fault = {0, XmlParseError::malformed, badSwitch};
+        m_fault = {0, nvutil::XmlParseError::malformed, badSwitch};
 }
 
 std::size_t XmlText::OriginalOffset(std::size_t offset) const {
@@ -163,7 +163,7 @@ std::size_t XmlText::OriginalOffset(std::size_t offset) const {
     return m_markLength + decoder.GetPosition();
 }
 
-XmlParseError XmlText::Locate(const XmlFault& fault, const CXString& url) const {
+nvutil::XmlParseError XmlText::Locate(const XmlFault& fault, const CXString& url) const {
     constexpr std::size_t longestLine = 512;
     const std::string_view text = Get();
     const std::string_view before = text.substr(0, std::min(fault.offset, text.size()));
@@ -185,7 +185,7 @@ XmlParseError XmlText::Locate(const XmlFault& fault, const CXString& url) const 
     while (to > from && isInside(to))
         --to;
 
-    XmlParseError error;
+    nvutil::XmlParseError error;
     error.errorCode = fault.code;
     error.url = url;
     error.reason = fault.reason;

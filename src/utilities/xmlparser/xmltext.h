@@ -37,7 +37,7 @@ public:
 
     /// A fault with its line, its column and its place in the bytes.
     /// @param url  names the text
-    XmlParseError Locate(const XmlFault& fault, const CXString& url) const;
+    nvutil::XmlParseError Locate(const XmlFault& fault, const CXString& url) const;
 
 private:
     void DetectEncoding(std::span<const BYTE> bytes);

@@ -44,7 +44,7 @@ TEST(FullDisk, LeavesTheFolderOfACabinetAsItWas) {
     cabinet.folders = {{platform::cabinet::tcompTYPE_NONE, {{Noise(20000), 20000}}}};
     cabinet.files = {{"a", 10, 0, 0}, {"new/b", 19990, 10, 0}};
     const Bytes bytes = cabinet.Build();
-    const CabinetUnpacker unpacker(ByteBuffer(bytes.data(), static_cast<DWORD>(bytes.size())));
+    const nvutil::CabinetUnpacker unpacker(ByteBuffer(bytes.data(), static_cast<DWORD>(bytes.size())));
     bool isRefused = false;
     {
         const FileSizeLimit limit(15000);

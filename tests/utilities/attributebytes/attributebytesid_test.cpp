@@ -83,7 +83,7 @@ TEST(AttributeBytesId, OfEveryKindIsWrittenReadAndShown) {
         EXPECT_EQ(Hex(callers), std::string(c.bytes) + " EE");
 
         const ByteBuffer bytes = Bytes(std::string(c.bytes) + " EE EE");
-        ByteWalk walk(bytes);
+        nvutil::ByteWalk walk(bytes);
         const IdPtr read =
             AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(walk.cursor, walk.remaining);
         EXPECT_TRUE(read->IsEqual(*c.id));
@@ -137,7 +137,7 @@ TEST(AttributeBytesId, CutShortIsRefused) {
     for (const IdCase& c : AllKinds()) {
         const ByteBuffer bytes = Bytes(c.bytes);
         for (unsigned length = 0; length < bytes.size(); ++length) {
-            ByteWalk walk(bytes.data(), length);
+            nvutil::ByteWalk walk(bytes.data(), length);
             EXPECT_THROW(
                 AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(walk.cursor, walk.remaining),
                 ExceptionNotEnoughBytesForDesiredDataType)
@@ -149,7 +149,7 @@ TEST(AttributeBytesId, CutShortIsRefused) {
 TEST(AttributeBytesId, OfAnUnknownKindIsRefusedByTheFactory) {
     for (const BYTE kind : Bytes("00 01 0A FF")) {
         const ByteBuffer bytes(5, kind);
-        ByteWalk walk(bytes);
+        nvutil::ByteWalk walk(bytes);
         try {
             AttributeBytesId::WalkBufferToGetTypeAndCreateIdentifier(walk.cursor, walk.remaining);
             ADD_FAILURE() << "nothing was thrown";

@@ -72,7 +72,7 @@ std::vector<ValueCase> AllKinds() {
 }
 
 ValuePtr Read(const ByteBuffer& bytes) {
-    ByteWalk walk(bytes);
+    nvutil::ByteWalk walk(bytes);
     return AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(walk.cursor, walk.remaining);
 }
 
@@ -91,7 +91,7 @@ TEST(AttributeBytesValue, OfEveryKindIsWrittenReadAndShown) {
         EXPECT_EQ(c.value->GetTypeAndValueState(callers.data(), size), size);
         EXPECT_EQ(Hex(callers), std::string(c.bytes) + " EE");
         const ByteBuffer bytes = Bytes(std::string(c.bytes) + " EE");
-        ByteWalk walk(bytes);
+        nvutil::ByteWalk walk(bytes);
         const ValuePtr read =
             AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(walk.cursor, walk.remaining);
         EXPECT_TRUE(read->IsEqual(*c.value));
@@ -128,7 +128,7 @@ TEST(AttributeBytesValue, ReadsAnyNonZeroByteAsTrue) {
 
 TEST(AttributeBytesListValue, LowersTheRemainingCountWithoutMovingTheCursor) {
     const ByteBuffer bytes = Bytes("0B 00 09 04 00 00 00 41 42 52 4C EE");
-    ByteWalk walk(bytes);
+    nvutil::ByteWalk walk(bytes);
     AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(walk.cursor, walk.remaining);
     EXPECT_EQ(walk.cursor, bytes.data() + 7);
     EXPECT_EQ(walk.remaining, 1u);

@@ -14,6 +14,7 @@
 #include "utilities/attributebytes/persistentattributes.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 #include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
+#include "utilities/utilitiesdll/formattext.h"
 
 namespace {
 

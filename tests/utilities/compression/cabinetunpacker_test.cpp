@@ -98,7 +98,7 @@ TEST_F(CabinetUnpacking, WritesEveryFileOfEveryFolder) {
                            {"DTDs/.hidden", Text(files[4].second)}};
     for (const WORD compression : {tcompTYPE_NONE, tcompTYPE_MSZIP}) {
         for (const int threshold : {0x7FFFFFFF, 1000}) {
-            const CabinetUnpacker unpacker(Packed(files, compression, threshold));
+            const nvutil::CabinetUnpacker unpacker(Packed(files, compression, threshold));
             fs::remove_all(TargetPath());
             EXPECT_FALSE(unpacker.IsUnpackedTo(Target()));
             unpacker.UnpackTo(Target());
@@ -129,7 +129,7 @@ TEST_F(CabinetUnpacking, ReadsEveryKindOfCompression) {
                      {"mszip", 1, 0, 4},
                      {"lzx/again", 3, 27, 5},
                      {"qagain", 7, 0, 6}};
-    CabinetUnpacker(Buffer(cabinet.Build())).UnpackTo(Target());
+    nvutil::CabinetUnpacker(Buffer(cabinet.Build())).UnpackTo(Target());
     const std::string plain = Text(noise);
     EXPECT_EQ(GetTree(), (Tree{{"lzx", ""},
                                {"lzx/name", "printer:"},
@@ -152,7 +152,7 @@ TEST_F(CabinetUnpacking, ReadsTheCabinetFromAFile) {
     std::ofstream(file, std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     fs::resize_file(file, std::uintmax_t{1} << 31);  // what follows the cabinet takes no memory
-    const CabinetUnpacker unpacker(CXString(file.string<WChar>().c_str()));
+    const nvutil::CabinetUnpacker unpacker(CXString(file.string<WChar>().c_str()));
     ASSERT_EQ(unpacker.GetFiles().size(), 1u);
     EXPECT_EQ(Narrow(unpacker.GetFiles()[0].path), "a");
     EXPECT_EQ(unpacker.GetFiles()[0].size, 1000u);
@@ -160,10 +160,10 @@ TEST_F(CabinetUnpacking, ReadsTheCabinetFromAFile) {
     for (const CXString& missing :
          {CXString((m_folder / "none.cab").string<WChar>().c_str()), CXString(),
           CXString(m_folder.GetPath().string<WChar>().c_str()), CXString(noCharacter)})
-        EXPECT_THROW(CabinetUnpacker{missing}, ExceptionCreateFileForReading);
+        EXPECT_THROW(nvutil::CabinetUnpacker{missing}, ExceptionCreateFileForReading);
     for (const std::string& content : {std::string(), std::string(36, 'x'), std::string("MSCF")}) {
         std::ofstream(file, std::ios::binary) << content;
-        EXPECT_THROW(CabinetUnpacker(CXString(file.string<WChar>().c_str())), ExceptionCompression);
+        EXPECT_THROW(nvutil::CabinetUnpacker(CXString(file.string<WChar>().c_str())), ExceptionCompression);
     }
 }
 
@@ -171,7 +171,7 @@ TEST_F(CabinetUnpacking, ReplacesFilesAndKeepsTheRest) {
     Write("sub/old", "before");
     Write("sub/other", "kept");
     Write("sub/nvutil.dtd", "kept too");
-    const CabinetUnpacker unpacker(Buffer(Stored({"sub/old", "sub/new"}).Build()));
+    const nvutil::CabinetUnpacker unpacker(Buffer(Stored({"sub/old", "sub/new"}).Build()));
     EXPECT_FALSE(unpacker.IsUnpackedTo(Target()));
     unpacker.UnpackTo(Target());
     EXPECT_EQ(GetTree(), (Tree{{"sub", ""},
@@ -246,34 +246,38 @@ TEST_F(CabinetUnpacking, TakesOnlyNamesThatStayBelowTheFolder) {
     for (const auto& [name, path] : cases) {
         const ByteBuffer bytes = Buffer(Stored({name}).Build());
         if (path == nullptr) {
-            EXPECT_THROW(CabinetUnpacker{bytes}, ExceptionCompression) << name;
+            EXPECT_THROW(nvutil::CabinetUnpacker{bytes}, ExceptionCompression) << name;
             continue;
         }
-        const CabinetUnpacker unpacker(bytes);
+        const nvutil::CabinetUnpacker unpacker(bytes);
         EXPECT_EQ(Narrow(unpacker.GetFiles()[0].path), *path == '\0' ? name : path);
     }
 }
 
 TEST_F(CabinetUnpacking, ReadsNamesInTheirCodePage) {
     constexpr std::uint16_t utf8 = 0x80;
-    CabinetUnpacker(Buffer(Stored({"\xE4\xF6.map"}).Build())).UnpackTo(Target());
-    CabinetUnpacker(Buffer(Stored({"\xE2\x82\xAC/\xF0\x9F\x96\xA8"}, utf8).Build())).UnpackTo(Target());
+    nvutil::CabinetUnpacker(Buffer(Stored({"\xE4\xF6.map"}).Build())).UnpackTo(Target());
+    nvutil::CabinetUnpacker(Buffer(Stored({"\xE2\x82\xAC/\xF0\x9F\x96\xA8"}, utf8).Build()))
+        .UnpackTo(Target());
     EXPECT_EQ(GetTree(), (Tree{{"\xC3\xA4\xC3\xB6.map", "abc"},
                                {"\xE2\x82\xAC", ""},
                                {"\xE2\x82\xAC/\xF0\x9F\x96\xA8", "abc"}}));
     try {
-        const CabinetUnpacker refusedOne(Buffer(Stored({"COM\xC2\xB2"}, utf8).Build()));
+        const nvutil::CabinetUnpacker refusedOne(Buffer(Stored({"COM\xC2\xB2"}, utf8).Build()));
         ADD_FAILURE();
     } catch (const ExceptionCompression& refused) {
         EXPECT_EQ(refused.GetExceptionMesage(),
                   CXString(NV_TEXT("the cabinet: the name COM\u00B2 has the name of a device in it")));
     }
     for (const char* const name : {"\xE4", "a\xED\xA0\x80", "\xC0\xAE\xC0\xAE/a", "a\xC0\xAF/b", "\xC2\x85"})
-        EXPECT_THROW(CabinetUnpacker(Buffer(Stored({name}, utf8).Build())), ExceptionCompression) << name;
+        EXPECT_THROW(nvutil::CabinetUnpacker(Buffer(Stored({name}, utf8).Build())), ExceptionCompression)
+            << name;
     for (const auto& [lower, upper] : {std::pair("\xCF\x89", "\xCE\xA9"), {"\xD0\xB6", "\xD0\x96"}})
-        EXPECT_THROW(CabinetUnpacker(Buffer(Stored({lower, upper}, utf8).Build())), ExceptionCompression);
+        EXPECT_THROW(nvutil::CabinetUnpacker(Buffer(Stored({lower, upper}, utf8).Build())),
+                     ExceptionCompression);
     // As bytes these are few enough, as the name of a file they are not.
-    EXPECT_THROW(CabinetUnpacker(Buffer(Stored({std::string(130, '\xE4')}).Build())), ExceptionCompression);
+    EXPECT_THROW(nvutil::CabinetUnpacker(Buffer(Stored({std::string(130, '\xE4')}).Build())),
+                 ExceptionCompression);
 }
 
 TEST_F(CabinetUnpacking, RefusesPathsThatCannotStandTogether) {
@@ -294,9 +298,9 @@ TEST_F(CabinetUnpacking, RefusesPathsThatCannotStandTogether) {
     for (const auto& [names, isRefused] : cases) {
         const ByteBuffer bytes = Buffer(Stored(names).Build());
         if (isRefused) {
-            EXPECT_THROW(CabinetUnpacker{bytes}, ExceptionCompression) << names[0];
+            EXPECT_THROW(nvutil::CabinetUnpacker{bytes}, ExceptionCompression) << names[0];
         } else {
-            EXPECT_EQ(CabinetUnpacker(bytes).GetFiles().size(), names.size());
+            EXPECT_EQ(nvutil::CabinetUnpacker(bytes).GetFiles().size(), names.size());
         }
     }
 }
@@ -304,25 +308,25 @@ TEST_F(CabinetUnpacking, RefusesPathsThatCannotStandTogether) {
 TEST_F(CabinetUnpacking, RefusesWhatExpandsTooFar) {
     const ByteBuffer zeros = Packed({{"a", Bytes(3000000)}, {"b", Bytes(1000000)}}, tcompTYPE_MSZIP);
     const std::uint64_t reached = 4000000 / zeros.size() + 1;
-    EXPECT_NO_THROW(CabinetUnpacker(zeros, {4000000, reached}));
-    EXPECT_THROW(CabinetUnpacker(zeros, {3999999, reached}), ExceptionCompression);
-    EXPECT_THROW(CabinetUnpacker(zeros, {4000000, reached / 2}), ExceptionCompression);
-    EXPECT_NO_THROW(CabinetUnpacker{zeros});
+    EXPECT_NO_THROW(nvutil::CabinetUnpacker(zeros, {4000000, reached}));
+    EXPECT_THROW(nvutil::CabinetUnpacker(zeros, {3999999, reached}), ExceptionCompression);
+    EXPECT_THROW(nvutil::CabinetUnpacker(zeros, {4000000, reached / 2}), ExceptionCompression);
+    EXPECT_NO_THROW(nvutil::CabinetUnpacker{zeros});
     ByteBuffer longer = zeros;
     longer.resize(longer.size() * 4);
-    EXPECT_THROW(CabinetUnpacker(longer, {4000000, reached / 2}), ExceptionCompression)
+    EXPECT_THROW(nvutil::CabinetUnpacker(longer, {4000000, reached / 2}), ExceptionCompression)
         << "what follows the cabinet justifies nothing";
 
     HandMadeCabinet hidden = Stored({"a", "b", "c"});  // whose first six bytes no file has
     hidden.files.erase(hidden.files.begin(), hidden.files.begin() + 2);
-    EXPECT_NO_THROW(CabinetUnpacker(Buffer(hidden.Build()), {9}));
-    EXPECT_THROW(CabinetUnpacker(Buffer(hidden.Build()), {8}), ExceptionCompression);
+    EXPECT_NO_THROW(nvutil::CabinetUnpacker(Buffer(hidden.Build()), {9}));
+    EXPECT_THROW(nvutil::CabinetUnpacker(Buffer(hidden.Build()), {8}), ExceptionCompression);
 }
 
 TEST_F(CabinetUnpacking, RefusesTooManyFilesAndFolders) {
     const ByteBuffer deep = Buffer(Stored({"a/b/c", "a/b/d", "A/e", "f"}).Build());  // 4 files, 3 folders
-    EXPECT_EQ(CabinetUnpacker(deep, {.entries = 7}).GetFiles().size(), 4u);
-    EXPECT_THROW(CabinetUnpacker(deep, {.entries = 6}), ExceptionCompression);
+    EXPECT_EQ(nvutil::CabinetUnpacker(deep, {.entries = 7}).GetFiles().size(), 4u);
+    EXPECT_THROW(nvutil::CabinetUnpacker(deep, {.entries = 6}), ExceptionCompression);
 }
 
 // Folder 0 holds 32768 + 3 bytes in two blocks, folder 1 the bytes "abc".
@@ -380,16 +384,16 @@ TEST_F(CabinetUnpacking, RefusesTablesThatAreNotInOrder) {
         change(cabinet);
         const ByteBuffer bytes = Buffer(cabinet.Build());
         if (isRefused) {
-            EXPECT_THROW(CabinetUnpacker{bytes}, ExceptionCompression) << what;
+            EXPECT_THROW(nvutil::CabinetUnpacker{bytes}, ExceptionCompression) << what;
         } else {
-            EXPECT_NO_THROW(CabinetUnpacker(bytes).UnpackTo(Target())) << what;
+            EXPECT_NO_THROW(nvutil::CabinetUnpacker(bytes).UnpackTo(Target())) << what;
         }
     }
     // Two folders over the same blocks: 36 bytes of header, then the folders' entries of 8 bytes each.
     ByteBuffer bytes = Buffer(TwoFolders().Build());
     for (std::size_t i = 36; i < 40; ++i)
         bytes[i + 8] = bytes[i];
-    EXPECT_THROW(CabinetUnpacker{bytes}, ExceptionCompression);
+    EXPECT_THROW(nvutil::CabinetUnpacker{bytes}, ExceptionCompression);
 }
 
 TEST_F(CabinetUnpacking, LeavesNoTraceOfADamagedCabinet) {
@@ -402,7 +406,7 @@ TEST_F(CabinetUnpacking, LeavesNoTraceOfADamagedCabinet) {
     lzx.folders.back().blocks[0].payload[1] = 0;  // a block of no type
     lzx.files.push_back({"c", 30, 0, 1});
     for (const HandMadeCabinet& damaged : {cabinet, lzx}) {
-        const CabinetUnpacker unpacker(Buffer(damaged.Build()));
+        const nvutil::CabinetUnpacker unpacker(Buffer(damaged.Build()));
         EXPECT_THROW(unpacker.UnpackTo(Target()), ExceptionCompression);
         EXPECT_EQ(GetTree(), (Tree{{"a", "before"}}));
     }
@@ -417,15 +421,15 @@ TEST_F(CabinetUnpacking, RefusesWhatStandsInTheWay) {
         fs::remove_all(TargetPath());
         Write(existing, "before");
         const Tree before = GetTree();
-        const CabinetUnpacker unpacker(Buffer(Stored(names).Build()));
+        const nvutil::CabinetUnpacker unpacker(Buffer(Stored(names).Build()));
         EXPECT_THROW(unpacker.UnpackTo(Target()), ExceptionFileOperationCompression) << existing;
         EXPECT_FALSE(unpacker.IsUnpackedTo(Target()));
         EXPECT_EQ(GetTree(), before);
     }
     const CXString file = (TargetPath() / "a").string<WChar>().c_str();
-    EXPECT_THROW(CabinetUnpacker(Buffer(Stored({"x"}).Build())).UnpackTo(file),
+    EXPECT_THROW(nvutil::CabinetUnpacker(Buffer(Stored({"x"}).Build())).UnpackTo(file),
                  ExceptionFileOperationCompression);
-    EXPECT_THROW(CabinetUnpacker(Buffer(Stored({"x"}).Build())).UnpackTo(CXString()),
+    EXPECT_THROW(nvutil::CabinetUnpacker(Buffer(Stored({"x"}).Build())).UnpackTo(CXString()),
                  ExceptionFileOperationCompression);
 }
 

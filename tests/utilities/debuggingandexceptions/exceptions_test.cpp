@@ -62,18 +62,19 @@ std::string Describe(const std::exception& exception) {
 class ShownMessages {
 public:
     ShownMessages()
-        : m_former(SetUserMessageHandler([](const UserMessage& message) { s_shown.push_back(message); })) {
+        : m_former(nvutil::SetUserMessageHandler(
+              [](const nvutil::UserMessage& message) { s_shown.push_back(message); })) {
         s_shown.clear();
     }
-    ~ShownMessages() { SetUserMessageHandler(m_former); }
+    ~ShownMessages() { nvutil::SetUserMessageHandler(m_former); }
     ShownMessages(const ShownMessages&) = delete;
     ShownMessages& operator=(const ShownMessages&) = delete;
 
-    static const std::vector<UserMessage>& Get() { return s_shown; }
+    static const std::vector<nvutil::UserMessage>& Get() { return s_shown; }
 
 private:
-    static inline std::vector<UserMessage> s_shown;
-    UserMessageHandler m_former;
+    static inline std::vector<nvutil::UserMessage> s_shown;
+    nvutil::UserMessageHandler m_former;
 };
 
 void Display(const std::exception* exception, bool suppress, const CXString& title, const CXString& message) {
@@ -293,8 +294,8 @@ TEST(ExceptionDisplay, ShowsTitleMessageAndAdvice) {
     EXPECT_EQ(&exception, shown.Get()[0].exception);
     EXPECT_EQ(Narrow(shown.Get()[0].text + NV_TEXT("\r\n\r\nError number: ") +
                      exception.GetExceptionIdentifierForUserDisplay()),
-              Narrow(GetTextWithIdentifier(shown.Get()[0])));
-    EXPECT_EQ(Narrow(shown.Get()[2].text), Narrow(GetTextWithIdentifier(shown.Get()[2])));
+              Narrow(nvutil::GetTextWithIdentifier(shown.Get()[0])));
+    EXPECT_EQ(Narrow(shown.Get()[2].text), Narrow(nvutil::GetTextWithIdentifier(shown.Get()[2])));
     EXPECT_EQ(Narrow(Text(35003)), Narrow(shown.Get()[1].title));
     EXPECT_EQ(Narrow(Text(35008) + NV_TEXT("\r\n\r\n") + Text(35009)), Narrow(shown.Get()[1].text));
     EXPECT_EQ(Narrow(Text(35003)), Narrow(shown.Get()[2].title));

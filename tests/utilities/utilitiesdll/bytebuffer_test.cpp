@@ -99,12 +99,12 @@ TEST(ByteBufferWalk, OfAFixedWidthNeedsExactlyItsBytes) {
     const ByteBuffer buffer(8, 0xFF);
     for (const WalkCase& walk : walkCases) {
         SCOPED_TRACE(walk.name);
-        ByteWalk exact(buffer.data(), walk.width);
+        nvutil::ByteWalk exact(buffer.data(), walk.width);
         walk.walk(exact.cursor, exact.remaining);
         EXPECT_EQ(exact.remaining, 0u);
         EXPECT_EQ(exact.cursor, buffer.data() + walk.width);
 
-        ByteWalk tooFew(buffer.data(), walk.width - 1);
+        nvutil::ByteWalk tooFew(buffer.data(), walk.width - 1);
         try {
             walk.walk(tooFew.cursor, tooFew.remaining);
             ADD_FAILURE() << "nothing was thrown";
@@ -133,7 +133,7 @@ TEST(ByteBufferWalk, OfCountedKindsStopsBehindTheCountWhenBytesAreMissing) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.bytes);
         const ByteBuffer buffer = Bytes(c.bytes);
-        ByteWalk walk(buffer);
+        nvutil::ByteWalk walk(buffer);
         ByteBuffer out;
         EXPECT_THROW(c.isString ? void(ByteBuffer::WalkBufferToGetCountedString(walk.cursor, walk.remaining))
                                 : ByteBuffer::WalkBufferToGetCountedBytes(walk.cursor, walk.remaining, out),
@@ -149,7 +149,7 @@ TEST(ByteBufferWalk, ReadsWhatWasWritten) {
         .append(ByteBuffer::createCountedStringFormatFromString(CXString()))
         .append(ByteBuffer::createCountedBytesFormat(Bytes("0A FF")))
         .append(ByteBuffer::createFromTime64Value(-5));
-    ByteWalk walk(buffer);
+    nvutil::ByteWalk walk(buffer);
     EXPECT_EQ(ByteBuffer::WalkBufferToGetCountedString(walk.cursor, walk.remaining), NV_TEXT("AB"));
     EXPECT_TRUE(ByteBuffer::WalkBufferToGetCountedString(walk.cursor, walk.remaining).IsEmpty());
     ByteBuffer bytes = Bytes("01 02 03");

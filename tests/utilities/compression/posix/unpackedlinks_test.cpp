@@ -41,7 +41,7 @@ TEST(UnpackedLinks, AreNotFollowed) {
         fs::create_directories(folder / "target" / "inside");
         std::ofstream(folder / "outside" / "file") << "old";
         fs::create_symlink(destination, folder / "target" / link);
-        const CabinetUnpacker unpacker(CabinetOf(name));
+        const nvutil::CabinetUnpacker unpacker(CabinetOf(name));
         const CXString target = (folder / "target").string<WChar>().c_str();
         EXPECT_THROW(unpacker.UnpackTo(target), ExceptionFileOperationCompression) << name;
         EXPECT_FALSE(unpacker.IsUnpackedTo(target)) << name;
@@ -55,13 +55,13 @@ TEST(UnpackedLinks, MayLeadToTheTargetFolder) {
     const profiletest::Folder folder;
     fs::create_directories(folder / "real");
     fs::create_directory_symlink("real", folder / "target");
-    CabinetUnpacker(CabinetOf("sub/file")).UnpackTo((folder / "target").string<WChar>().c_str());
+    nvutil::CabinetUnpacker(CabinetOf("sub/file")).UnpackTo((folder / "target").string<WChar>().c_str());
     EXPECT_EQ(ContentOf(folder / "real" / "sub" / "file"), "new");
 }
 
 TEST(UnpackedNames, OfTheTargetFolderMustBeText) {
     constexpr WChar loneSurrogate = 0xD800;
-    EXPECT_THROW(CabinetUnpacker(CabinetOf("a")).UnpackTo(CXString(loneSurrogate)),
+    EXPECT_THROW(nvutil::CabinetUnpacker(CabinetOf("a")).UnpackTo(CXString(loneSurrogate)),
                  ExceptionFileOperationCompression);
 }
 
