@@ -14,12 +14,6 @@ namespace {
 using PrepareFunction = void (*)();
 constexpr const char* prepareName = "_ZN28UtilitiesDllPerThreadStorage7PrepareEv";
 
-#ifdef _WIN32
-constexpr bool staysLoaded = false;
-#else
-constexpr bool staysLoaded = true;  // linked so, for what outlives it in threads and at the end
-#endif
-
 TEST(Unloading, LeavesThreadsThatHaveUsedTheLibraryAlone) {
     for (int round = 0; round < 1000; ++round) {
         std::vector<std::thread> threads;
@@ -39,7 +33,7 @@ TEST(Unloading, LeavesThreadsThatHaveUsedTheLibraryAlone) {
             });
             used.get_future().wait();
         }
-        EXPECT_EQ(LoadedLibrary::IsInProcess(NVUTIL_LIBRARY), staysLoaded) << "round " << round;
+        EXPECT_EQ(LoadedLibrary::IsInProcess(NVUTIL_LIBRARY), NVUTIL_STAYS_LOADED) << "round " << round;
         unloaded.set_value();
         threads.front().join();
     }

@@ -2,6 +2,8 @@
 // refused.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -283,6 +285,24 @@ TEST(StateJson, AWrongShapeIsRefusedWithThePathOfTheMember) {
         EXPECT_TRUE(result.error.starts_with("nvutil: 073:000:")) << result.error;
         EXPECT_NE(result.error.find(" ExceptionInvalidArgument: "), std::string::npos) << result.error;
     }
+}
+
+// The second document has eight times the attributes of the first.
+TEST(StateJson, IsReadInLinearTime) {
+    const auto fastest = [](int count) {
+        std::string items;
+        for (int i = 0; i < count; ++i)
+            items += (i == 0 ? "" : ",") + (R"({"id": {"feature": )" + std::to_string(i)) +
+                     R"(}, "value": {"integer": 1}})";
+        auto best = std::chrono::steady_clock::duration::max();
+        for (int round = 0; round < 3; ++round) {
+            const auto begin = std::chrono::steady_clock::now();
+            EXPECT_EQ(Nvutil({"state", "build", "-"}, Document(items)).status, 0);
+            best = std::min(best, std::chrono::steady_clock::now() - begin);
+        }
+        return best;
+    };
+    EXPECT_LT(fastest(16000) / fastest(2000), 24);
 }
 
 TEST(StateJson, WhatIsNotJsonIsRefusedInOneLine) {

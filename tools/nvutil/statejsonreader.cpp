@@ -118,29 +118,26 @@ private:
     std::size_t m_index = 0;
 };
 
-/// Follows a document while it is parsed and refuses what the parser would let pass: a member that comes
-/// twice, of which the parser would keep one, and nesting beyond what a state can have.
-class DocumentGuard {
+/// Reads a document in front of the parser and refuses what that would let pass: a member that comes twice,
+/// of which it would keep one, and nesting beyond what a state can have.
+class DocumentGuard final : public nlohmann::json_sax<Json> {
 public:
-    bool operator()(int /*depth*/, Json::parse_event_t event, const Json& parsed) {
-        switch (event) {
-            case Json::parse_event_t::object_start:
-            case Json::parse_event_t::array_start:
-                Enter();
-                break;
-            case Json::parse_event_t::key:
-                TakeKey(parsed.get_ref<const std::string&>());
-                break;
-            case Json::parse_event_t::object_end:
-            case Json::parse_event_t::array_end:
-                m_levels.pop_back();
-                CountItem();
-                break;
-            case Json::parse_event_t::value:
-                CountItem();
-                break;
-        }
-        return true;
+    bool null() override { return CountItem(); }
+    bool boolean(bool /*value*/) override { return CountItem(); }
+    bool number_integer(number_integer_t /*value*/) override { return CountItem(); }
+    bool number_unsigned(number_unsigned_t /*value*/) override { return CountItem(); }
+    bool number_float(number_float_t /*value*/, const string_t& /*text*/) override { return CountItem(); }
+    bool string(string_t& /*value*/) override { return CountItem(); }
+    bool binary(binary_t& /*value*/) override { return CountItem(); }
+    bool start_object(std::size_t /*size*/) override { return Enter(); }
+    bool key(string_t& name) override { return TakeKey(name); }
+    bool end_object() override { return Leave(); }
+    bool start_array(std::size_t /*size*/) override { return Enter(); }
+    bool end_array() override { return Leave(); }
+    /// Leaves it to the parser to say what is wrong.
+    bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
+                     const Json::exception& /*error*/) override {
+        return false;
     }
 
 private:
@@ -150,20 +147,27 @@ private:
         std::size_t index = 0;        ///< Of the item at hand.
     };
 
-    void Enter() {
+    bool Enter() {
         constexpr std::size_t levelsOfAList = 4;  // attribute, value, list, items
         constexpr std::size_t levelsOfTheRest = 16;
         if (m_levels.size() == levelsOfAList * deepestNesting + levelsOfTheRest)
             RefuseMember(GetPath(), "is nested too deep");
         m_levels.emplace_back();
+        return true;
     }
-    void TakeKey(const std::string& name) {
+    bool Leave() {
+        m_levels.pop_back();
+        return CountItem();
+    }
+    bool TakeKey(const std::string& name) {
         Level& level = m_levels.back();
         level.name = name;
         if (!level.names.insert(name).second) RefuseMember(GetPath(), "comes twice");
+        return true;
     }
-    void CountItem() {
+    bool CountItem() {
         if (!m_levels.empty()) ++m_levels.back().index;
+        return true;
     }
     std::string GetPath() const {
         std::string path;
@@ -184,12 +188,11 @@ Json Parse(std::string_view text) {
     if (text.size() > largestDocument)
         Refuse("the document is larger than " + Grouped(largestDocument) + " bytes");
     try {
-        // The parser takes its callback by value, and copies of it must share one state.
+        // Twice, since a parser with a callback looks at all former items of an array for each one more.
+        const std::string document = EncodeLoneSurrogates(text);
         DocumentGuard guard;
-        return Json::parse(EncodeLoneSurrogates(text),
-                           [&guard](int depth, Json::parse_event_t event, Json& parsed) {
-                               return guard(depth, event, parsed);
-                           });
+        Json::sax_parse(document, &guard);
+        return Json::parse(document);
     } catch (const Json::exception& e) {
         constexpr std::size_t longestMessage = 200;  // the parser quotes what it read last, however long
         const std::string message = e.what();

@@ -39,6 +39,9 @@ public:
     AttributeBytesIndexedList& operator=(AttributeBytesIndexedList&& other) noexcept;
     ~AttributeBytesIndexedList() override;
 
+    // An attribute whose text has more than 32,767 code units can be held but not written:
+    // @throws ExceptionInvalidAttributeOperationParamter; `out` stays as it is
+
     /// Replaces `out` by the list's state.
     void GetAttributeBytesIndexedListState(ByteBuffer& out) const;
     /// Appends the list's state to `out`.
@@ -63,12 +66,15 @@ public:
     bool IsValid(const AttributeBytesListIterator& iterator) const override;
     AttributeBytes GetNextAttributeBytes(AttributeBytesListIterator& iterator) const override;
     /// Adds a record, which the list then shares.
-    /// @throws ExceptionDuplicateAttributeId when the identifier is present; the list stays as it is
+    /// @throws ExceptionDuplicateAttributeId when the identifier is present, and
+    /// ExceptionInvalidArgumentNullPointer when there is no record; the list stays as it is
     void AddAttributeBytes(const SharedPtr<AttributeBytes>& attribute) override;
     void AddAttributeBytes(const AttributeBytes& attribute) override;
     void DeleteAllAttributeBytes() override;
 
     /// Gives the attribute this value, adding it when it is absent. Both arguments are cloned.
+    /// @throws ExceptionInvalidAttributeOperationParamter when a text of theirs has more than 32,767 code
+    /// units
     void SetAttributeBytes(const AttributeBytesId& id, const AttributeBytesValue& value);
     /// Removes the attribute when it is present.
     void DeleteAttributesBytes(const AttributeBytesId& id);  // spelled so deliberately
@@ -117,7 +123,8 @@ public:
     UtcTime GetDateTimeValue(const AttributeBytesId& id, bool* isSpecified = nullptr) const;
     /// The flag, or false.
     bool GetBooleanValue(const AttributeBytesId& id, bool* isSpecified = nullptr) const;
-    /// Replaces `out` by the attributes of a list value; false leaves it untouched.
+    /// Replaces `out` by the attributes of a list value; false leaves it untouched, and so does what damaged
+    /// or repeated records throw.
     bool GetCollection(const AttributeBytesId& id, AttributeBytesIndexedList& out) const;
     bool GetCollectionByIndex(LONG index, AttributeBytesIndexedList& out) const;
     /// Width and height from a list value that holds them as dimensions of the features FEATURE_PAPER_WIDTH

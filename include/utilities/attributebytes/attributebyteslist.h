@@ -30,7 +30,10 @@ public:
     /// A copy of the attribute at the iterator, which is then advanced.
     /// @throws ExceptionIndexOutOfBounds when the iterator is not valid
     virtual AttributeBytes GetNextAttributeBytes(AttributeBytesListIterator& iterator) const = 0;
-    /// Adds an attribute, sharing the record where the list keeps records.
+    /// Adds an attribute, sharing the record where the list keeps records. A raw list refuses one whose text
+    /// has more than 32,767 code units.
+    /// @throws ExceptionInvalidArgumentNullPointer, ExceptionInvalidAttributeOperationParamter; the list
+    /// stays
     virtual void AddAttributeBytes(const SharedPtr<AttributeBytes>& attribute) = 0;
     /// Adds a copy of an attribute.
     virtual void AddAttributeBytes(const AttributeBytes& attribute) = 0;
@@ -40,8 +43,9 @@ public:
 
     /// Replaces everything by the attributes of another list, in its order; a list imported into itself stays
     /// as it is. Records of an indexed list are shared by an indexed list.
-    /// @throws ExceptionDuplicateAttributeId when this list is indexed and an identifier comes twice; the
-    ///         attributes before it stay
+    /// @throws ExceptionDuplicateAttributeId when this list is indexed and an identifier comes twice,
+    ///         ExceptionInvalidAttributeOperationParamter when it is raw and a text has more than 32,767 code
+    ///         units; the attributes before it are there then
     void ImportFromOtherList(const AttributeBytesList& other);
 
 protected:

@@ -45,7 +45,7 @@ public:
 
     /// Replaces `out` by the state, with the current driver version (DriverVersion::GetCurrentDriverVersion).
     void GetAttributeBytesNameSpacesState(ByteBuffer& out) const;
-    /// Replaces everything by the namespaces of a state.
+    /// Replaces everything by the namespaces of a state. Whatever is thrown, those held so far stay.
     /// @return the version of the driver that wrote it
     /// @throws ExceptionMissingOrBadAttributeBytesFormat when a mark is missing
     /// @throws ExceptionNotEnoughBytesForDesiredDataType when the bytes end too early

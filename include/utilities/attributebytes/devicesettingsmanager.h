@@ -49,7 +49,8 @@ public:
     bool GetDeviceSettingsCrcOnly(DWORD& crc) const;
 
     // Saving replaces the whole stored state. Deliberately, other namespaces that it had are not carried
-    // over.
+    // over. A text of more than 32,767 code units is refused, and then nothing is stored.
+    // @throws ExceptionInvalidAttributeOperationParamter, and what Printer throws
 
     /// Saves the list that is held, in key order, after reading it when that has not happened yet.
     void SaveUpdatedAttributeBytesIndexedList();

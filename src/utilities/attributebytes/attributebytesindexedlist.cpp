@@ -41,15 +41,22 @@ AttributeBytesIndexedList& AttributeBytesIndexedList::operator=(AttributeBytesIn
 AttributeBytesIndexedList::~AttributeBytesIndexedList() = default;
 
 void AttributeBytesIndexedList::GetAttributeBytesIndexedListState(ByteBuffer& out) const {
-    out.clear();
-    AppendAttributeBytesIndexedListState(out);
+    ByteBuffer state;  // `out` keeps what it has when a record is refused
+    AppendAttributeBytesIndexedListState(state);
+    out.swap(state);
 }
 
 void AttributeBytesIndexedList::AppendAttributeBytesIndexedListState(ByteBuffer& out) const {
-    mark.AppendTo(out);
-    AttributeBytesRawList().AppendAttributeBytesRawListState(out);
-    for (const auto& [key, record] : m_records)
-        record->AppendToListState(out);
+    const std::size_t size = out.size();
+    try {
+        mark.AppendTo(out);
+        AttributeBytesRawList().AppendAttributeBytesRawListState(out);
+        for (const auto& [key, record] : m_records)
+            record->AppendToListState(out);
+    } catch (...) {
+        out.resize(size);
+        throw;
+    }
 }
 
 void AttributeBytesIndexedList::ImportAttributeBytesIndexedListState(const ByteBuffer& state) {
@@ -85,6 +92,9 @@ AttributeBytesIndexedList::SoughtKey AttributeBytesIndexedList::KeyOf(const Attr
 }
 
 void AttributeBytesIndexedList::AddAttributeBytes(const SharedPtr<AttributeBytes>& attribute) {
+    if (attribute.Get() == nullptr)
+        NV_THROW(ExceptionInvalidArgumentNullPointer, "AttributeBytesIndexedList::AddAttributeBytes",
+                 __LINE__);
     const Key key{KeyOf(attribute->GetAttributeBytesId()).prefix, attribute.Get()};
     // Stored lists are in key order, so that the end is nearly always the place.
     const std::size_t count = m_records.size();
@@ -271,8 +281,9 @@ bool AttributeBytesIndexedList::GetCollection(const AttributeBytesId& id,
                                               AttributeBytesIndexedList& out) const {
     const auto* value = FindSpecified<AttributeBytesListValue>(id, nullptr);
     if (value == nullptr) return false;
-    const AttributeBytesRawList items = value->GetValue();  // a copy, since `out` may be this list
-    out.ImportFromRawList(items);
+    AttributeBytesIndexedList items;  // `out` may be this list, and keeps what it has when one is damaged
+    items.ImportFromRawList(value->GetValue());
+    out = std::move(items);
     return true;
 }
 
@@ -287,6 +298,8 @@ void AttributeBytesIndexedList::GetPaperSizeValues(const AttributeBytesId& id, D
         if (isSpecified != nullptr) *isSpecified = false;
         return;
     }
-    width = size.GetDimensionValue(AttributeBytesFeatureId(DataModelIds::FEATURE_PAPER_WIDTH), isSpecified);
+    const Dimension newWidth =
+        size.GetDimensionValue(AttributeBytesFeatureId(DataModelIds::FEATURE_PAPER_WIDTH));
     height = size.GetDimensionValue(AttributeBytesFeatureId(DataModelIds::FEATURE_PAPER_HEIGHT), isSpecified);
+    width = newWidth;
 }

@@ -1,6 +1,8 @@
 // AttributeBytesNameSpaces: attributes grouped into numbered namespaces.
 #include "utilities/attributebytes/attributebytesnamespaces.h"
 
+#include <utility>
+
 #include "utilities/attributebytes/statemark.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
@@ -75,10 +77,11 @@ void AttributeBytesNameSpaces::DeleteNameSpaceAttributes(const AttributeBytesNam
 }
 
 void AttributeBytesNameSpaces::GetAttributeBytesNameSpacesState(ByteBuffer& out) const {
-    out.clear();
-    mark.AppendTo(out);
-    out.append(DriverVersion::GetCurrentDriverVersion().GetVersionAsByteBuffer());
-    m_nameSpaces.AppendAttributeBytesIndexedListState(out);
+    ByteBuffer state;  // `out` keeps what it has when a record is refused
+    mark.AppendTo(state);
+    state.append(DriverVersion::GetCurrentDriverVersion().GetVersionAsByteBuffer());
+    m_nameSpaces.AppendAttributeBytesIndexedListState(state);
+    out.swap(state);
 }
 
 DriverVersion AttributeBytesNameSpaces::ImportAttributeBytesNameSpacesState(const ByteBuffer& state) {
@@ -90,6 +93,8 @@ DriverVersion AttributeBytesNameSpaces::ImportAttributeBytesNameSpacesState(cons
                  "AttributeBytesNameSpaces::ImportAttributeBytesNameSpacesState", 226);
     }
     const DriverVersion version = DriverVersion::WalkBufferToGetDriverVersion(walk.cursor, walk.remaining);
-    m_nameSpaces.ImportAttributeBytesIndexedListState(walk.cursor, walk.remaining);
+    AttributeBytesIndexedList imported;
+    imported.ImportAttributeBytesIndexedListState(walk.cursor, walk.remaining);
+    m_nameSpaces = std::move(imported);
     return version;
 }

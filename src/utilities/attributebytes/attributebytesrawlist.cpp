@@ -137,6 +137,8 @@ SharedPtr<AttributeBytes> AttributeBytesRawList::WalkRecord(AttributeBytesRawLis
 }
 
 void AttributeBytesRawList::AddAttributeBytes(const SharedPtr<AttributeBytes>& attribute) {
+    if (attribute.Get() == nullptr)
+        NV_THROW(ExceptionInvalidArgumentNullPointer, "AttributeBytesRawList::AddAttributeBytes", __LINE__);
     AddAttributeBytes(*attribute);
 }
 

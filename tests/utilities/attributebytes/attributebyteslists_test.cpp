@@ -125,7 +125,7 @@ TEST(AttributeBytesLists, RefuseTextsThatCouldNotBeReadBack) {
             AttributeBytesIndexedList set;
             AttributeBytesIndexedList added;
             added.AddAttributeBytes(record);
-            ByteBuffer state;
+            ByteBuffer state = Bytes("41");
             const auto addRaw = [&] { raw.AddAttributeBytes(record); };
             const auto setIndexed = [&] {
                 set.SetAttributeBytes(record.GetAttributeBytesId(), record.GetAttributeBytesValue());
@@ -142,6 +142,9 @@ TEST(AttributeBytesLists, RefuseTextsThatCouldNotBeReadBack) {
             EXPECT_THROW(addRaw(), ExceptionInvalidAttributeOperationParamter) << length;
             EXPECT_THROW(setIndexed(), ExceptionInvalidAttributeOperationParamter) << length;
             EXPECT_THROW(writeState(), ExceptionInvalidAttributeOperationParamter) << length;
+            EXPECT_THROW(added.AppendAttributeBytesIndexedListState(state),
+                         ExceptionInvalidAttributeOperationParamter);
+            EXPECT_EQ(Hex(state), "41");
             EXPECT_THROW(raw.ImportFromIndexedList(added), ExceptionInvalidAttributeOperationParamter);
             EXPECT_TRUE(raw == RawListOf({7}));
             EXPECT_TRUE(set.IsEmpty());
@@ -166,6 +169,8 @@ TEST(AttributeBytes, KeepsBothPartsWhateverItIsGiven) {
     EXPECT_THROW(AttributeBytes(nullptr, Integer(1)), Null);
     EXPECT_THROW(static_cast<AttributeBytesOptionValue&>(record.GetAttributeBytesValue()).SetValue(nullptr),
                  Null);
+    EXPECT_THROW(list.AddAttributeBytes(SharedPtr<AttributeBytes>()), Null);
+    EXPECT_THROW(AttributeBytesRawList().AddAttributeBytes(SharedPtr<AttributeBytes>()), Null);
     EXPECT_EQ(StateOf(list), before);
 }
 
@@ -431,6 +436,10 @@ TEST(AttributeBytesIndexedList, ReadsCollections) {
     EXPECT_FALSE(list.GetCollectionByIndex(0, out));
     EXPECT_EQ(FeaturesOf(out), "172 173 ");
     EXPECT_THROW(list.GetCollection(Feature(3), out), ExceptionAttributeValueTypeMismatch);
+    AttributeBytesIndexedList damaged;
+    damaged.SetAttributeBytes(paper, AttributeBytesListValue(0, RawListOf({5, 5})));
+    EXPECT_THROW(damaged.GetCollection(paper, out), ExceptionDuplicateAttributeId);
+    EXPECT_EQ(FeaturesOf(out), "172 173 ");
 
     Dimension width;
     Dimension height;
