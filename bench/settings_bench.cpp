@@ -9,7 +9,7 @@
 
 #include "environment/printer.h"
 #include "settings.h"
-#include "utilities/attributebytes/devicesettingsmanager.h"
+#include "environment/devicesettingsmanager.h"
 
 namespace {
 

@@ -1,6 +1,7 @@
 // Everything that users of the library include.
 #pragma once
 
+#include "environment/devicesettingsmanager.h"
 #include "environment/mappingdata.h"
 #include "environment/printer.h"
 #include "environment/productdata.h"
@@ -16,8 +17,6 @@
 #include "utilities/attributebytes/attributebytesvalue.h"
 #include "utilities/attributebytes/attributebytesvaluefactory.h"
 #include "utilities/attributebytes/datamodelids.h"
-#include "utilities/attributebytes/devicesettingsmanager.h"
-#include "utilities/attributebytes/driverloadedcontext.h"
 #include "utilities/attributebytes/globalcaches.h"
 #include "utilities/attributebytes/persistentattributes.h"
 #include "utilities/compression/cabcompressedbuffer.h"
@@ -34,6 +33,7 @@
 #include "utilities/utilitiesdll/dataencrypter.h"
 #include "utilities/utilitiesdll/dataobscurer.h"
 #include "utilities/utilitiesdll/dimension.h"
+#include "utilities/utilitiesdll/driverloadedcontext.h"
 #include "utilities/utilitiesdll/driverversion.h"
 #include "utilities/utilitiesdll/hash32.h"
 #include "utilities/utilitiesdll/norvautilities.h"

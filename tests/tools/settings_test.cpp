@@ -5,12 +5,12 @@
 #include <thread>
 #include <vector>
 
+#include "environment/devicesettingsmanager.h"
 #include "environment/printer.h"
 #include "nvutil/text.h"
 #include "support/bytes.h"
 #include "support/platform/testprinter.h"
 #include "tools/toolruns.h"
-#include "utilities/attributebytes/devicesettingsmanager.h"
 
 namespace {
 

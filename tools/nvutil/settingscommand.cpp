@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "environment/devicesettingsmanager.h"
 #include "environment/printer.h"
 #include "nvutil/command.h"
 #include "nvutil/files.h"
@@ -16,7 +17,6 @@
 #include "nvutil/text.h"
 #include "nvutil/versionscope.h"
 #include "utilities/attributebytes/attributebytesindexedlist.h"
-#include "utilities/attributebytes/devicesettingsmanager.h"
 #include "utilities/attributebytes/persistentattributes.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 

@@ -67,7 +67,8 @@ void Parse(ToolRun& run, const std::string& name, PlatformXmlParser& parser) {
     ByteBuffer bytes = ReadInput(run, name, largestDocument);
     try {
         if (bytes.empty())
-            NV_THROW_NPIFPARSE(NpifParseException::ParseResultedInEmptyDomDocument, "ParseXml");
+            ThrowNpifParseException(NpifParseException::ParseResultedInEmptyDomDocument, "ParseXml", __FILE__,
+                                    __LINE__);
         parser.parse(bytes.getLpbyte(), bytes.getDword());
     } catch (const NpifParseException& exception) {
         ReportInFull(run, exception, *parser.getDocument());

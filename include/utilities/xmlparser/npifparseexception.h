@@ -38,7 +38,6 @@ NVUTIL_API NpifParseException GetNpifParseException(const CXString& message, con
 /// Throws by the protocol of throwprotocol.h, without a message.
 /// @param code      an NpifParseException::Code
 /// @param function  8-bit text that names the throwing function
-#define NV_THROW_NPIFPARSE(code, function) ThrowNpifParseException(code, function, __FILE__, __LINE__)
-
+/// @param file      its source file, of which the path from "src" on is reported without the extension
 [[noreturn]] NVUTIL_API void ThrowNpifParseException(NpifParseException::Code code, const char* function,
                                                      const char* file, int line);

@@ -3,8 +3,8 @@
 
 #include <utility>
 
+#include "utilities/base/formattext.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
-#include "utilities/utilitiesdll/formattext.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "utilities/attributebytes/attributebytesidfactory.h"
+#include "utilities/base/formattext.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
-#include "utilities/utilitiesdll/formattext.h"
 
 namespace {
 

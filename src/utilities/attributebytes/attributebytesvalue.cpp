@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "utilities/attributebytes/attributebytesvaluefactory.h"
+#include "utilities/base/formattext.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
-#include "utilities/utilitiesdll/formattext.h"
 
 namespace {
 

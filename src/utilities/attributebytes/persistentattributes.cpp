@@ -6,9 +6,9 @@
 
 #include "platform/fork.h"
 #include "utilities/attributebytes/attributebytes.h"
+#include "utilities/base/formattext.h"
 #include "utilities/compression/cabcompressedbuffer.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
-#include "utilities/utilitiesdll/formattext.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/errortext.h"
-#include "utilities/utilitiesdll/formattext.h"
+#include "utilities/base/formattext.h"
 
 #define NV_DEFINE_EXCEPTION(Class, Base, code)                                           \
     Class::Class(const CXString& message, const CXString& sourceFile, int line,          \

@@ -6,8 +6,8 @@
 
 #include "platform/debugger.h"
 #include "platform/process.h"
+#include "utilities/base/formattext.h"
 #include "utilities/debuggingandexceptions/norvaexception.h"
-#include "utilities/utilitiesdll/formattext.h"
 #include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
 
 namespace {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "platform/typename.h"
+#include "utilities/base/formattext.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
-#include "utilities/utilitiesdll/formattext.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 #include <new>
 
 #include "platform/process.h"
-#include "utilities/attributebytes/driverloadedcontext.h"
+#include "utilities/base/textresources.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 #include "utilities/debuggingandexceptions/usermessage.h"
-#include "utilities/utilitiesdll/textresources.h"
+#include "utilities/utilitiesdll/driverloadedcontext.h"
 #include "utilities/xmlparser/npifparseexception.h"
 
 namespace {

@@ -7,9 +7,14 @@
 #include <utility>
 
 #include "platform/internalapi.h"
+#include "utilities/base/formattext.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 #include "utilities/utilitiesdll/cxstring.h"
-#include "utilities/utilitiesdll/formattext.h"
+
+/// The file that a site reports. A source file that has moved defines it first, as users know the file.
+#ifndef NV_SOURCE_FILE
+#define NV_SOURCE_FILE __FILE__
+#endif
 
 /// Throws an exception of the family.
 ///
@@ -18,8 +23,8 @@
 /// @param line      `__LINE__`, or the number that users know this site by
 /// @param ...       optionally a format text and its arguments; they are evaluated only once,
 ///                  and a fault while doing so becomes the message
-#define NV_THROW(Class, function, line, ...)                                                         \
-    throwprotocol::Throw(&Get##Class, #Class, {throwprotocol::SourceFile(__FILE__), line, function}, \
+#define NV_THROW(Class, function, line, ...)                                                               \
+    throwprotocol::Throw(&Get##Class, #Class, {throwprotocol::SourceFile(NV_SOURCE_FILE), line, function}, \
                          [&] { return throwprotocol::FormatMessageOfSite(__VA_ARGS__); })
 
 namespace throwprotocol {

@@ -4,9 +4,9 @@
 #include <atomic>
 
 #include "platform/usermessage.h"
+#include "utilities/base/textresources.h"
 #include "utilities/debuggingandexceptions/norvaexception.h"
 #include "utilities/utilitiesdll/textresourceloader.h"
-#include "utilities/utilitiesdll/textresources.h"
 
 namespace {
 

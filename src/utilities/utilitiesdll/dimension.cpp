@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 
-#include "utilities/utilitiesdll/formattext.h"
+#include "utilities/base/formattext.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "utilities/base/formattext.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
-#include "utilities/utilitiesdll/formattext.h"
 
 namespace {
 

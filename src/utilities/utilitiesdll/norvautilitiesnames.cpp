@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <span>
 
+#include "utilities/base/formattext.h"
 #include "utilities/utilitiesdll/constantnames.h"
-#include "utilities/utilitiesdll/formattext.h"
 #include "utilities/utilitiesdll/norvautilities.h"
 
 namespace {

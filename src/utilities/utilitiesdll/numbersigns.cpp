@@ -11,8 +11,8 @@
 
 #include "platform/fork.h"
 #include "platform/widechar.h"
+#include "utilities/base/textresources.h"
 #include "utilities/utilitiesdll/textresourceloader.h"
-#include "utilities/utilitiesdll/textresources.h"
 
 namespace {
 

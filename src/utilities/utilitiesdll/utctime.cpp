@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-#include "utilities/utilitiesdll/formattext.h"
+#include "utilities/base/formattext.h"
 
 CXString UtcTime::GetDisplayString() const {
     constexpr std::int64_t secondsOfDay = 86400;

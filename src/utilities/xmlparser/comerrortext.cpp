@@ -2,7 +2,7 @@
 #include "utilities/xmlparser/comerrortext.h"
 
 #include "platform/errortext.h"
-#include "utilities/utilitiesdll/formattext.h"
+#include "utilities/base/formattext.h"
 
 CXString ComErrorMessage(HRESULT result) {
     const platform::Text text = platform::ErrorText(result);

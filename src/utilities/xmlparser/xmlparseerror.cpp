@@ -1,7 +1,7 @@
 // The text of a parse error.
 #include "utilities/xmlparser/xmlparseerror.h"
 
-#include "utilities/utilitiesdll/formattext.h"
+#include "utilities/base/formattext.h"
 
 CXString nvutil::FormatParseError(const nvutil::XmlParseError& error) {
     if (error.errorCode == 0) return NV_TEXT("No MSXML Parse Error reported (error code = 0)");

@@ -15,8 +15,8 @@
 #include "environment/printer.h"
 #include "support/narrow.h"
 #include "support/platform/posix/process.h"
+#include "utilities/base/formattext.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
-#include "utilities/utilitiesdll/formattext.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 
 #include "environment/printer.h"
 #include "support/narrow.h"
-#include "utilities/utilitiesdll/formattext.h"
+#include "utilities/base/formattext.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "utilities/utilitiesdll/formattext.h"
+#include "utilities/base/formattext.h"
 
 namespace {
 

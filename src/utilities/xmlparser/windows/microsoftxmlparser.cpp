@@ -13,9 +13,9 @@
 #include <system_error>
 #include <utility>
 
-#include "utilities/xmlparser/comcall.h"
 #include "utilities/xmlparser/comerrortext.h"
-#include "utilities/xmlparser/microsoftparseerror.h"
+#include "utilities/xmlparser/windows/comcall.h"
+#include "utilities/xmlparser/windows/microsoftparseerror.h"
 #include "utilities/xmlparser/xmldocumentcheck.h"
 #include "utilities/xmlparser/xmlencoder.h"
 #include "utilities/xmlparser/xmlfailure.h"

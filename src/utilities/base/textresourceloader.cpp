@@ -2,7 +2,7 @@
 #include "utilities/utilitiesdll/textresourceloader.h"
 
 #include "platform/textmodule.h"
-#include "utilities/utilitiesdll/textresources.h"
+#include "utilities/base/textresources.h"
 
 bool TextResourceLoader::LoadText(unsigned id, CXString& text) {
     platform::Text fromModule;

@@ -1,5 +1,5 @@
 // The built-in texts that the library shows to its users.
-#include "utilities/utilitiesdll/textresources.h"
+#include "utilities/base/textresources.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // A parse error of the library's own as a COM object.
-#include "utilities/xmlparser/microsoftparseerror.h"
+#include "utilities/xmlparser/windows/microsoftparseerror.h"
 
-#include "utilities/xmlparser/comcall.h"
+#include "utilities/xmlparser/windows/comcall.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Failures of COM calls, and platform strings and variants.
-#include "utilities/xmlparser/comcall.h"
+#include "utilities/xmlparser/windows/comcall.h"
 
 #include <oleauto.h>
 

@@ -1,6 +1,6 @@
 // DeviceSettingsManager's members that reach the printer, which stands on a higher floor.
+#include "environment/devicesettingsmanager.h"
 #include "environment/printer.h"
-#include "utilities/attributebytes/devicesettingsmanager.h"
 
 const WChar* const DeviceSettingsManager::settingsValueName = NV_TEXT("NrvDeviceSettings");
 const WChar* const DeviceSettingsManager::checksumValueName = NV_TEXT("NrvDeviceSettingsCrc");

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "utilities/xmlparser/libxmltree.h"
+#include "utilities/xmlparser/posix/libxmltree.h"
 #include "utilities/xmlparser/xmldocumentcheck.h"
 #include "utilities/xmlparser/xmlparseerror.h"
 

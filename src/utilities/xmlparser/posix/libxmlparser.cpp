@@ -10,8 +10,8 @@
 
 #include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
 #include "utilities/xmlparser/comerrortext.h"
-#include "utilities/xmlparser/libxmlreader.h"
-#include "utilities/xmlparser/libxmltree.h"
+#include "utilities/xmlparser/posix/libxmlreader.h"
+#include "utilities/xmlparser/posix/libxmltree.h"
 #include "utilities/xmlparser/xmldocumentcheck.h"
 #include "utilities/xmlparser/xmlencoder.h"
 #include "utilities/xmlparser/xmlfailure.h"

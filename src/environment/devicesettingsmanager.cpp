@@ -1,5 +1,5 @@
 // DeviceSettingsManager: a printer's device settings, kept in its driver data.
-#include "utilities/attributebytes/devicesettingsmanager.h"
+#include "environment/devicesettingsmanager.h"
 
 #include <utility>
 

@@ -1,5 +1,5 @@
 // Reading with libxml2.
-#include "utilities/xmlparser/libxmlreader.h"
+#include "utilities/xmlparser/posix/libxmlreader.h"
 
 #include <libxml/SAX2.h>
 #include <libxml/parser.h>

@@ -1,5 +1,5 @@
 // DriverLoadedContext: the kind of process for each host module.
-#include "utilities/attributebytes/driverloadedcontext.h"
+#include "utilities/utilitiesdll/driverloadedcontext.h"
 
 #include <gtest/gtest.h>
 

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "utilities/xmlparser/comerror.h"
-#include "utilities/xmlparser/libxmltree.h"
+#include "utilities/xmlparser/posix/libxmltree.h"
 #include "utilities/xmlparser/xmlname.h"
 #include "utilities/xmlparser/xmltext.h"
 

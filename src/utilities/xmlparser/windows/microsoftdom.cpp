@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#include "utilities/xmlparser/comcall.h"
+#include "utilities/xmlparser/windows/comcall.h"
 #include "utilities/xmlparser/xmlname.h"
 
 using comcall::Check;

@@ -1,5 +1,5 @@
 // DeviceSettingsManager: what is stored, when it is read, and what damage does.
-#include "utilities/attributebytes/devicesettingsmanager.h"
+#include "environment/devicesettingsmanager.h"
 
 #include <gtest/gtest.h>
 
@@ -12,9 +12,9 @@
 #include "support/throws.h"
 #include "utilities/attributebytes/globalcaches.h"
 #include "utilities/attributebytes/persistentattributes.h"
+#include "utilities/base/formattext.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 #include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
-#include "utilities/utilitiesdll/formattext.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Ownership of documents and nodes of libxml2.
-#include "utilities/xmlparser/libxmltree.h"
+#include "utilities/xmlparser/posix/libxmltree.h"
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>

@@ -1,5 +1,5 @@
 // DriverLoadedContext: in which host process the library runs.
-#include "utilities/attributebytes/driverloadedcontext.h"
+#include "utilities/utilitiesdll/driverloadedcontext.h"
 
 #include "platform/fork.h"
 #include "platform/process.h"
