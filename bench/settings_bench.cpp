@@ -7,9 +7,9 @@
 #include <random>
 #include <string>
 
+#include "environment/devicesettingsmanager.h"
 #include "environment/printer.h"
 #include "settings.h"
-#include "environment/devicesettingsmanager.h"
 
 namespace {
 

@@ -10,6 +10,7 @@
 
 #include "support/bytes.h"
 #include "support/throws.h"
+#include "utilities/utilitiesdll/crc32.h"
 
 namespace {
 
@@ -283,6 +284,22 @@ TEST(NorvaUtilities, NamesConstants) {
     EXPECT_EQ(DevmodeDmFieldString(0), NV_TEXT("0"));
     EXPECT_EQ(DevmodeDmFieldString(0xC0000101), NV_TEXT("DM_ORIENTATION | DM_COPIES | 0xC0000000"));
     EXPECT_EQ(DevmodeModeString(0x1A), NV_TEXT("DM_OUT_BUFFER | DM_IN_BUFFER | 0x00000010"));
+}
+
+// On Windows the tables are held against the platform's own headers too, so that this checksum is theirs.
+TEST(NorvaUtilities, NamesAllThatThePlatformPublishes) {
+    CXString all;
+    for (int i = 0; i < 64; ++i) {
+        const DWORD bit = DWORD{1} << (i % 32);
+        const auto key =
+            reinterpret_cast<const HKEY__*>(std::uintptr_t{0x80000000} + static_cast<unsigned>(i));
+        for (const CXString& name :
+             {DeviceCapabilitiesString(static_cast<WORD>(i)), DocumentEventString(i),
+              XpsDocumentEventString(i), DevmodeDmFieldString(bit), DevmodeModeString(bit), HkeyString(key)})
+            all += name + NV_TEXT("\n");
+    }
+    const ByteBuffer text = UTF8_Encode(all);
+    EXPECT_EQ(Crc32::GetCrc(text.data(), static_cast<DWORD>(text.size())), 0x83A8E075) << Narrow(all);
 }
 
 TEST(NorvaUtilities, NamesPredefinedKeysInBothForms) {
