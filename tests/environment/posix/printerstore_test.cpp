@@ -191,9 +191,9 @@ TEST_F(PrinterStore, IsFreeWhenTheUpdaterDiesAndItsChildLives) {
     Child updater([&] {
         Printer printer(printerName);
         const PrinterDataUpdate update(printer);
-        std::ofstream{begun};
+        const std::ofstream mark(begun);
         Child heir([&] {
-            std::ofstream{begun.string() + "-child"};
+            const std::ofstream mark(begun.string() + "-child");
             while (fs::exists(begun))
                 std::this_thread::sleep_for(std::chrono::milliseconds(5));
             return true;
