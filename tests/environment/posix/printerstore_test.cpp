@@ -193,7 +193,7 @@ TEST_F(PrinterStore, IsFreeWhenTheUpdaterDiesAndItsChildLives) {
         const PrinterDataUpdate update(printer);
         const std::ofstream mark(begun);
         Child heir([&] {
-            const std::ofstream mark(begun.string() + "-child");
+            const std::ofstream ready(begun.string() + "-child");
             while (fs::exists(begun))
                 std::this_thread::sleep_for(std::chrono::milliseconds(5));
             return true;
