@@ -9,12 +9,15 @@
 #include <string_view>
 
 #include "nvutil/text.h"
+#include "platform/cabinetformat.h"
 #include "utilities/compression/cabinetentrypath.h"
 #include "utilities/compression/compressedbuffer.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
 
 namespace {
+
+using namespace platform::cabinet;
 
 constexpr std::size_t nameWidth = 18;
 
@@ -92,11 +95,13 @@ public:
     CabinetPrinter(std::span<const BYTE> cabinet, std::ostream& out) : m_cabinet(cabinet), m_out(out) {}
 
     void Write() {
-        nvutil::ByteWalk walk = WalkFrom(0);
-        if (TakeDword(walk) != signature) {
+        nvutil::ByteWalk mark = WalkFrom(0);
+        if (static_cast<std::uint32_t>(ByteBuffer::WalkBufferToGetInt(mark.cursor, mark.remaining)) !=
+            headerSignature) {
             WriteLine(m_out, "Cabinet", "none: the signature is missing");
             return;
         }
+        nvutil::ByteWalk walk = WalkFrom(0);
         WriteHeader(walk);
         WriteFolders(walk);
         WriteFiles();
@@ -104,14 +109,6 @@ public:
     }
 
 private:
-    static constexpr std::uint32_t signature = 0x4643534D;  // "MSCF"
-    static constexpr WORD flagReservedAreas = 0x0004;
-
-    struct Folder {
-        std::uint32_t firstBlock;
-        WORD blocks;
-    };
-
     nvutil::ByteWalk WalkFrom(std::size_t offset) const {
         const std::size_t begin = std::min(offset, m_cabinet.size());
         return {m_cabinet.data() + begin, m_cabinet.size() - begin};
@@ -119,11 +116,12 @@ private:
     static BYTE TakeByte(nvutil::ByteWalk& walk) {
         return ByteBuffer::WalkBufferToGetByte(walk.cursor, walk.remaining);
     }
-    static WORD TakeWord(nvutil::ByteWalk& walk) {
-        return ByteBuffer::WalkBufferToGetWord(walk.cursor, walk.remaining);
-    }
-    static std::uint32_t TakeDword(nvutil::ByteWalk& walk) {
-        return static_cast<std::uint32_t>(ByteBuffer::WalkBufferToGetInt(walk.cursor, walk.remaining));
+    template <class Structure>
+    static Structure Take(nvutil::ByteWalk& walk) {
+        BYTE bytes[encodedSize<Structure>];
+        for (BYTE& byte : bytes)
+            byte = TakeByte(walk);
+        return Decode<Structure>(bytes);
     }
     static void Skip(nvutil::ByteWalk& walk, unsigned size) {
         for (unsigned i = 0; i < size; ++i)
@@ -131,78 +129,63 @@ private:
     }
 
     void WriteHeader(nvutil::ByteWalk& walk) {
-        TakeDword(walk);  // reserved
-        const std::uint32_t size = TakeDword(walk);
-        TakeDword(walk);
-        m_filesBegin = TakeDword(walk);
-        TakeDword(walk);
-        const unsigned minorVersion = TakeByte(walk);
-        const unsigned majorVersion = TakeByte(walk);
-        m_folderCount = TakeWord(walk);
-        m_fileCount = TakeWord(walk);
-        const WORD flags = TakeWord(walk);
-        const WORD setIdentifier = TakeWord(walk);
-        const WORD index = TakeWord(walk);
-        if ((flags & flagReservedAreas) != 0) {
-            const WORD headerReserve = TakeWord(walk);
-            m_folderReserve = TakeByte(walk);
-            m_blockReserve = TakeByte(walk);
-            Skip(walk, headerReserve);
+        m_header = Take<Header>(walk);
+        if ((m_header.flags & hasReservedAreas) != 0) {
+            m_reserves = Take<ReserveSizes>(walk);
+            Skip(walk, m_reserves.header);
         }
+        const std::uint32_t size = m_header.cabinetSize;
         WriteLine(m_out, "Cabinet",
-                  CountText(size, "byte") + ", version " + std::to_string(majorVersion) + '.' +
-                      std::to_string(minorVersion) + ", flags 0x" + HexNumber(flags, 4));
-        WriteLine(m_out, "Set", std::to_string(setIdentifier) + ", cabinet " + std::to_string(index));
+                  CountText(size, "byte") + ", version " + std::to_string(m_header.majorVersion) + '.' +
+                      std::to_string(m_header.minorVersion) + ", flags 0x" + HexNumber(m_header.flags, 4));
+        WriteLine(m_out, "Set",
+                  std::to_string(m_header.setId) + ", cabinet " + std::to_string(m_header.cabinetIndex));
         WriteLine(m_out, "Entries",
-                  CountText(m_folderCount, "folder") + ", " + CountText(m_fileCount, "file"));
+                  CountText(m_header.folderCount, "folder") + ", " + CountText(m_header.fileCount, "file"));
         if (size < m_cabinet.size())
             WriteLine(m_out, "Behind the cabinet", CountText(m_cabinet.size() - size, "byte"));
     }
 
     void WriteFolders(nvutil::ByteWalk& walk) {
         constexpr std::string_view compressions[] = {"not compressed", "MSZIP", "Quantum", "LZX"};
-        for (unsigned i = 0; i < m_folderCount; ++i) {
-            const Folder folder{TakeDword(walk), TakeWord(walk)};
-            const WORD compression = TakeWord(walk);
-            Skip(walk, m_folderReserve);
+        for (unsigned i = 0; i < m_header.folderCount; ++i) {
+            const auto folder = Take<FolderEntry>(walk);
+            Skip(walk, m_reserves.folder);
             m_folders.push_back(folder);
             WriteLine(m_out, "Folder " + std::to_string(i),
-                      std::string(compressions[compression & 3]) + ", " + CountText(folder.blocks, "block") +
-                          " from offset " + std::to_string(folder.firstBlock));
+                      std::string(compressions[folder.compression & 3]) + ", " +
+                          CountText(folder.blockCount, "block") + " from offset " +
+                          std::to_string(folder.dataOffset));
         }
     }
 
     void WriteFiles() {
-        nvutil::ByteWalk walk = WalkFrom(m_filesBegin);
-        for (unsigned i = 0; i < m_fileCount; ++i) {
-            const std::uint32_t size = TakeDword(walk);
-            const std::uint32_t offset = TakeDword(walk);
-            const WORD folder = TakeWord(walk);
-            const WORD date = TakeWord(walk);
-            const WORD time = TakeWord(walk);
-            const WORD attributes = TakeWord(walk);
+        nvutil::ByteWalk walk = WalkFrom(m_header.firstFileOffset);
+        for (unsigned i = 0; i < m_header.fileCount; ++i) {
+            const auto file = Take<FileEntry>(walk);
             std::string name;
             while (const BYTE character = TakeByte(walk))
                 name += static_cast<char>(character);
             WriteLine(m_out, "File " + std::to_string(i),
-                      QuotedText(DecodeCabinetName(name, attributes)) + ", " + CountText(size, "byte") +
-                          " at offset " + std::to_string(offset) + " of folder " + std::to_string(folder) +
-                          ", " + DosTime(date, time) + ", attributes 0x" + HexNumber(attributes, 4));
+                      QuotedText(DecodeCabinetName(name, file.attributes)) + ", " +
+                          CountText(file.size, "byte") + " at offset " + std::to_string(file.offset) +
+                          " of folder " + std::to_string(file.folder) + ", " + DosTime(file.date, file.time) +
+                          ", attributes 0x" + HexNumber(file.attributes, 4));
         }
     }
 
     void WriteBlocks() {
-        for (const Folder& folder : m_folders) {
-            std::size_t offset = folder.firstBlock;
-            for (unsigned i = 0; i < folder.blocks; ++i) {
+        for (const FolderEntry& folder : m_folders) {
+            std::size_t offset = folder.dataOffset;
+            for (unsigned i = 0; i < folder.blockCount; ++i) {
                 nvutil::ByteWalk walk = WalkFrom(offset);
-                const std::uint32_t checksum = TakeDword(walk);
-                const WORD compressed = TakeWord(walk);
-                const WORD uncompressed = TakeWord(walk);
-                Skip(walk, m_blockReserve + unsigned{compressed});
+                const auto block = Take<DataHeader>(walk);
+                Skip(walk, unsigned{m_reserves.data} + block.payloadSize);
                 WriteLine(m_out, "Block " + std::to_string(i),
-                          "at offset " + std::to_string(offset) + ", checksum 0x" + HexNumber(checksum, 8) +
-                              ", " + CountText(uncompressed, "byte") + " in " + Grouped(compressed));
+                          "at offset " + std::to_string(offset) + ", checksum 0x" +
+                              HexNumber(block.checksum, 8) + ", " +
+                              CountText(block.uncompressedSize, "byte") + " in " +
+                              Grouped(block.payloadSize));
                 offset = m_cabinet.size() - walk.remaining;
             }
         }
@@ -218,12 +201,9 @@ private:
 
     std::span<const BYTE> m_cabinet;
     std::ostream& m_out;
-    std::uint32_t m_filesBegin = 0;
-    WORD m_folderCount = 0;
-    WORD m_fileCount = 0;
-    unsigned m_folderReserve = 0;
-    unsigned m_blockReserve = 0;
-    std::vector<Folder> m_folders;
+    Header m_header;
+    ReserveSizes m_reserves;  ///< Zeros where the cabinet has none.
+    std::vector<FolderEntry> m_folders;
 };
 
 }  // namespace

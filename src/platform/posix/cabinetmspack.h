@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <memory>
 
-#include "platform/posix/cabinetformat.h"
+#include "platform/cabinetformat.h"
 
 namespace platform::cabinet {
 

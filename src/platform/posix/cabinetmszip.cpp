@@ -15,7 +15,6 @@ namespace platform::cabinet {
 
 namespace {
 
-constexpr BYTE blockSignature[] = {'C', 'K'};
 constexpr int compressionLevel = 6;
 // A stored deflate block is one byte of flags, its length, the length's complement and the bytes themselves.
 constexpr std::size_t storedBlockHead = 5;

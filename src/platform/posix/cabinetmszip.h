@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <span>
 
-#include "platform/posix/cabinetformat.h"
+#include "platform/cabinetformat.h"
 #include "platform/posix/cabinetmemory.h"
 
 namespace platform::cabinet {

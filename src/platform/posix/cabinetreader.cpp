@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/posix/cabinetformat.h"
+#include "platform/cabinetformat.h"
 #include "platform/posix/cabinetfunctions.h"
 #include "platform/posix/cabinetmemory.h"
 #include "platform/posix/cabinetmspack.h"

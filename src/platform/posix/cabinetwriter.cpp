@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/posix/cabinetformat.h"
+#include "platform/cabinetformat.h"
 #include "platform/posix/cabinetfunctions.h"
 #include "platform/posix/cabinetmemory.h"
 #include "platform/posix/cabinetmszip.h"

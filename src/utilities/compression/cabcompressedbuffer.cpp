@@ -5,6 +5,7 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/cabinetformat.h"
 #include "utilities/compression/cabbufferasfile.h"
 #include "utilities/compression/cabcompressioncontext.h"
 #include "utilities/compression/cabdecompressioncontext.h"
@@ -165,48 +166,40 @@ bool CabCompressedBuffer::TryToConvertZlibData(int setting, LONG originalSize, B
 
 void CabCompressedBuffer::MakeZlibDataLookLikeCabinetData(const ByteBuffer& zlibData, LONG originalSize,
                                                           ByteBuffer& out) {
+    using namespace platform::cabinet;
     constexpr std::size_t zlibHeaderSize = 2;
-    constexpr int bytesBeforePayload = 91;
-    constexpr BYTE blockSignature[] = {'C', 'K'};
+    constexpr std::size_t nameSize = sizeof uncompressedName + 1;  // the field is a byte longer than the name
+    constexpr auto fileOffset = encodedSize<Header> + encodedSize<FolderEntry>;
+    constexpr auto blockOffset = fileOffset + encodedSize<FileEntry> + nameSize;
     const std::size_t kept = zlibData.size() > zlibHeaderSize ? zlibData.size() - zlibHeaderSize : 0;
     const std::size_t payload = sizeof blockSignature + kept;
     if (payload > 0xFFFF || static_cast<DWORD>(originalSize) > 0xFFFF) return;
-    const auto payloadSize = static_cast<short>(payload);
-    const auto blockSize = static_cast<short>(originalSize);
 
-    out.reserve(bytesBeforePayload + payload);
-    // Header.
-    constexpr BYTE cabinetSignature[] = {'M', 'S', 'C', 'F'};
-    out.appendLpbyte(cabinetSignature, sizeof cabinetSignature);
-    out.appendIntValue(0);
-    out.appendIntValue(bytesBeforePayload + static_cast<int>(payload));
-    out.appendIntValue(0);
-    out.appendIntValue(44);  // offset of the file entry
-    out.appendIntValue(0);
-    out.appendByteValue(3);  // minor and major version
-    out.appendByteValue(1);
-    out.appendShortValue(1);  // folders
-    out.appendShortValue(1);  // files
-    out.appendShortValue(0);  // flags
-    out.appendShortValue(0);  // set identifier
-    out.appendShortValue(0);  // index of the cabinet
-    // Folder entry.
-    out.appendIntValue(83);   // offset of the block
-    out.appendShortValue(1);  // blocks
-    out.appendShortValue(platform::cabinet::tcompTYPE_MSZIP);
-    // File entry.
-    out.appendIntValue(originalSize);
-    out.appendIntValue(0);         // offset in the folder
-    out.appendShortValue(0);       // folder
-    out.appendShortValue(0x226C);  // 12 March 1997
-    out.appendShortValue(0x59BA);  // 11:13:52
-    out.appendShortValue(0);       // attributes
+    const Header header{
+        .signature = headerSignature,
+        .cabinetSize = static_cast<std::uint32_t>(blockOffset + encodedSize<DataHeader> + payload),
+        .firstFileOffset = fileOffset,
+        .minorVersion = formatMinor,
+        .majorVersion = formatMajor,
+        .folderCount = 1,
+        .fileCount = 1};
+    const FolderEntry folder{.dataOffset = blockOffset, .blockCount = 1, .compression = tcompTYPE_MSZIP};
+    // 12 March 1997, 11:13:52
+    const FileEntry file{.size = static_cast<std::uint32_t>(originalSize), .date = 0x226C, .time = 0x59BA};
+    const DataHeader block{.payloadSize = static_cast<std::uint16_t>(payload),
+                           .uncompressedSize = static_cast<std::uint16_t>(originalSize)};
+    const auto append = [&out]<class Structure>(const Structure& structure) {
+        BYTE bytes[encodedSize<Structure>];
+        Encode(structure, bytes);
+        out.appendLpbyte(bytes, sizeof bytes);
+    };
+    out.reserve(header.cabinetSize);
+    append(header);
+    append(folder);
+    append(file);
     out.insert(out.end(), std::begin(uncompressedName), std::end(uncompressedName));
-    out.appendByteValue(0);  // the field of the name is a byte longer
-    // Block.
-    out.appendIntValue(0);  // no checksum
-    out.appendShortValue(payloadSize);
-    out.appendShortValue(blockSize);
+    out.appendByteValue(0);
+    append(block);
     out.appendLpbyte(blockSignature, sizeof blockSignature);
     out.insert(out.end(), zlibData.end() - static_cast<std::ptrdiff_t>(kept), zlibData.end());
 }

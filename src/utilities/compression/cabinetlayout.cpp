@@ -7,6 +7,7 @@
 #include <span>
 #include <utility>
 
+#include "platform/cabinetformat.h"
 #include "platform/deflate.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
 
@@ -14,29 +15,9 @@ namespace {
 
 using namespace platform::cabinet;
 
-constexpr std::uint32_t signature = 0x4643534D;  // "MSCF"
-constexpr WORD version = 0x0103;
-constexpr WORD flagPreviousCabinet = 0x0001;
-constexpr WORD flagNextCabinet = 0x0002;
-constexpr WORD flagReservedAreas = 0x0004;
-constexpr WORD knownFlags = flagPreviousCabinet | flagNextCabinet | flagReservedAreas;
-
-constexpr std::uint32_t reserveSizesSize = 4;
-constexpr std::uint32_t folderEntrySize = 8;
-constexpr std::uint32_t fileEntrySize = 16;
-constexpr std::uint32_t blockHeaderSize = 8;
-constexpr std::uint32_t largestBlock = 32768;
-constexpr std::uint32_t largestPayload = largestBlock + 6144;  // what the format allows for expansion
-constexpr BYTE blockSignature[] = {'C', 'K'};
-constexpr WORD compressionMethodMask = 0x0F;
-
-WORD WordAt(const BYTE* bytes) {
-    return static_cast<WORD>(bytes[0] | bytes[1] << 8);
-}
-
-std::uint32_t DwordAt(const BYTE* bytes) {
-    return WordAt(bytes) | static_cast<std::uint32_t>(WordAt(bytes + 2)) << 16;
-}
+constexpr int knownFlags = hasPreviousCabinet | hasNextCabinet | hasReservedAreas;
+constexpr std::uint32_t largestPayload = maxBlockSize + maxBlockOverhead;
+static_assert(cabinetHeaderSize == encodedSize<Header>);
 
 /// What a folder's entry tells, and what its blocks hold together.
 struct CheckedFolder {
@@ -120,53 +101,53 @@ private:
     };
 
     FDIERROR CheckHeader() {
-        BYTE header[cabinetHeaderSize];
+        BYTE bytes[cabinetHeaderSize];
         int error = 0;
         const LONG length = m_file.Seek(0, 2, error);
         m_cabinetSize = cabinetHeaderSize;  // until the header tells
-        if (length < 0 || !ReadAt(0, header)) return FDIERROR_NOT_A_CABINET;
-        const FDIERROR fault = CheckCabinetHeader(header, static_cast<std::uint64_t>(length), m_cabinetSize);
+        if (length < 0 || !ReadAt(0, std::span(bytes))) return FDIERROR_NOT_A_CABINET;
+        const FDIERROR fault = CheckCabinetHeader(bytes, static_cast<std::uint64_t>(length), m_cabinetSize);
         if (fault != FDIERROR_NONE) return fault;
-        m_position = DwordAt(header + 16);
-        m_folderCount = WordAt(header + 26);
-        m_fileCount = WordAt(header + 28);
-        const WORD flags = WordAt(header + 30);
+        const auto header = Decode<Header>(bytes);
+        m_position = header.firstFileOffset;
+        m_folderCount = header.folderCount;
+        m_fileCount = header.fileCount;
         if (m_isSingleFile && (m_folderCount != 1 || m_fileCount != 1)) return FDIERROR_CORRUPT_CABINET;
         m_foldersBegin = cabinetHeaderSize;
-        if ((flags & flagReservedAreas) == 0) return FDIERROR_NONE;
+        if ((header.flags & hasReservedAreas) == 0) return FDIERROR_NONE;
 
-        BYTE sizes[reserveSizesSize];
+        ReserveSizes sizes;
         if (!ReadAt(cabinetHeaderSize, sizes)) return FDIERROR_CORRUPT_CABINET;
-        m_foldersBegin += reserveSizesSize + WordAt(sizes);
-        m_folderReserve = sizes[2];
-        m_blockReserve = sizes[3];
+        m_foldersBegin += std::uint32_t{encodedSize<ReserveSizes>} + sizes.header;
+        m_folderReserve = sizes.folder;
+        m_blockReserve = sizes.data;
         return FDIERROR_NONE;
     }
 
     FDIERROR CheckFolders() {
         std::uint64_t position = m_foldersBegin;
         for (unsigned i = 0; i < m_folderCount; ++i) {
-            BYTE bytes[folderEntrySize];
-            if (!ReadAt(position, bytes)) return FDIERROR_CORRUPT_CABINET;
-            const WORD compression = WordAt(bytes + 6);
+            FolderEntry entry;
+            if (!ReadAt(position, entry)) return FDIERROR_CORRUPT_CABINET;
+            const WORD compression = entry.compression;
             const bool isPlain = compression == tcompTYPE_NONE || compression == tcompTYPE_MSZIP;
             if (m_isSingleFile ? !isPlain : !IsKnownCompression(compression)) return FDIERROR_BAD_COMPR_TYPE;
-            m_folders.push_back({DwordAt(bytes), WordAt(bytes + 4), compression, 0});
-            position += folderEntrySize + m_folderReserve;
+            m_folders.push_back({entry.dataOffset, entry.blockCount, compression, 0});
+            position += encodedSize<FolderEntry> + m_folderReserve;
         }
         return m_position == position ? FDIERROR_NONE : FDIERROR_CORRUPT_CABINET;
     }
 
     FDIERROR CheckFiles() {
         for (unsigned i = 0; i < m_fileCount; ++i) {
-            BYTE bytes[fileEntrySize];
-            if (!ReadAt(m_position, bytes)) return FDIERROR_CORRUPT_CABINET;
-            m_position += fileEntrySize;
+            FileEntry entry;
+            if (!ReadAt(m_position, entry)) return FDIERROR_CORRUPT_CABINET;
+            m_position += encodedSize<FileEntry>;
             CheckedFile& file = m_files.emplace_back();
-            file.entry.size = DwordAt(bytes);
-            file.offset = DwordAt(bytes + 4);
-            file.folder = WordAt(bytes + 8);
-            file.entry.attributes = WordAt(bytes + 14);
+            file.entry.size = entry.size;
+            file.offset = entry.offset;
+            file.folder = entry.folder;
+            file.entry.attributes = entry.attributes;
             if (file.folder >= m_folderCount || !ReadName(file.entry.name)) return FDIERROR_CORRUPT_CABINET;
             file.entry.method = m_folders[file.folder].compression & compressionMethodMask;
         }
@@ -193,15 +174,15 @@ private:
         if (folder.blocksBegin < m_position) return FDIERROR_CORRUPT_CABINET;
         m_position = folder.blocksBegin;
         for (unsigned block = 0; block < folder.blockCount; ++block) {
-            BYTE header[blockHeaderSize];
+            DataHeader header;
             if (!ReadAt(m_position, header)) return FDIERROR_CORRUPT_CABINET;
-            m_position += blockHeaderSize + m_blockReserve;
+            m_position += encodedSize<DataHeader> + m_blockReserve;
             const Block found{.begin = m_position,
-                              .payloadSize = WordAt(header + 4),
-                              .uncompressedSize = WordAt(header + 6),
-                              .history = std::min<std::uint64_t>(folder.size, largestBlock)};
+                              .payloadSize = header.payloadSize,
+                              .uncompressedSize = header.uncompressedSize,
+                              .history = std::min<std::uint64_t>(folder.size, maxBlockSize)};
             const bool last = block + 1 == folder.blockCount;
-            if (found.uncompressedSize > largestBlock || (!last && found.uncompressedSize != largestBlock) ||
+            if (found.uncompressedSize > maxBlockSize || (!last && found.uncompressedSize != maxBlockSize) ||
                 (found.uncompressedSize == 0 && folder.blockCount != 1) || !CheckPayload(folder, found))
                 return FDIERROR_CORRUPT_CABINET;
             m_position += found.payloadSize;
@@ -215,7 +196,7 @@ private:
         BYTE start[signatureSize];
         if (block.payloadSize > largestPayload || block.begin + block.payloadSize > m_cabinetSize)
             return false;
-        const bool isSigned = block.payloadSize >= signatureSize && ReadAt(block.begin, start) &&
+        const bool isSigned = block.payloadSize >= signatureSize && ReadAt(block.begin, std::span(start)) &&
                               std::memcmp(start, blockSignature, signatureSize) == 0;
         const bool isStored = folder.compression == tcompTYPE_NONE;
         if (isStored && block.payloadSize != block.uncompressedSize) return false;
@@ -230,7 +211,7 @@ private:
     bool Expands(const Block& block) {
         constexpr std::uint32_t signatureSize = sizeof blockSignature;
         m_payload.resize(block.payloadSize - signatureSize);
-        if (!ReadAt(block.begin + signatureSize, m_payload)) return false;
+        if (!ReadAt(block.begin + signatureSize, std::span(m_payload))) return false;
         const auto found = platform::WalkDeflate(m_payload, block.history, block.uncompressedSize);
         return found && found->size == block.uncompressedSize;
     }
@@ -257,6 +238,15 @@ private:
                m_file.Read(out.data(), static_cast<unsigned>(out.size()), error) == out.size();
     }
 
+    /// The same for one of the format's structures.
+    template <class Structure>
+    bool ReadAt(std::uint64_t position, Structure& out) {
+        BYTE bytes[encodedSize<Structure>];
+        if (!ReadAt(position, std::span(bytes))) return false;
+        out = Decode<Structure>(bytes);
+        return true;
+    }
+
     CabOpenFile& m_file;
     bool m_isSingleFile = false;
     std::uint32_t m_cabinetSize = 0;
@@ -275,15 +265,15 @@ private:
 
 FDIERROR CheckCabinetHeader(std::span<const BYTE, cabinetHeaderSize> header, std::uint64_t fileSize,
                             std::uint32_t& cabinetSize) {
-    const BYTE* const bytes = header.data();
-    const WORD flags = WordAt(bytes + 30);
-    if (DwordAt(bytes) != signature) return FDIERROR_NOT_A_CABINET;
-    if (WordAt(bytes + 24) != version) return FDIERROR_UNKNOWN_CABINET_VERSION;
-    cabinetSize = DwordAt(bytes + 8);
+    const auto found = Decode<Header>(header.data());
+    if (found.signature != headerSignature) return FDIERROR_NOT_A_CABINET;
+    if (found.majorVersion != formatMajor || found.minorVersion != formatMinor)
+        return FDIERROR_UNKNOWN_CABINET_VERSION;
+    cabinetSize = found.cabinetSize;
     if (cabinetSize > fileSize) return FDIERROR_CORRUPT_CABINET;
-    if ((flags & (flagPreviousCabinet | flagNextCabinet)) != 0) return FDIERROR_USER_ABORT;
-    const bool isEmpty = WordAt(bytes + 26) == 0 || WordAt(bytes + 28) == 0;
-    return isEmpty || (flags & ~knownFlags) != 0 ? FDIERROR_CORRUPT_CABINET : FDIERROR_NONE;
+    if ((found.flags & (hasPreviousCabinet | hasNextCabinet)) != 0) return FDIERROR_USER_ABORT;
+    const bool isEmpty = found.folderCount == 0 || found.fileCount == 0;
+    return isEmpty || (found.flags & ~knownFlags) != 0 ? FDIERROR_CORRUPT_CABINET : FDIERROR_NONE;
 }
 
 FDIERROR CheckCabinetLayout(CabOpenFile& file, DWORD& fileSize) {

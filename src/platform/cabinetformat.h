@@ -40,52 +40,55 @@ enum ContinuedFolder : std::uint16_t {
     continuedFromPreviousToNext = 0xFFFF,
 };
 
+/// What the payload of an MSZIP block begins with.
+inline constexpr BYTE blockSignature[] = {'C', 'K'};
+
 /// File attribute: to be run after extraction.
 inline constexpr std::uint16_t executeAttribute = 0x40;
 /// The bits of a compression type that name the method.
 inline constexpr std::uint16_t compressionMethodMask = 0x0F;
 
 struct Header {
-    std::uint32_t signature;        // 0
-    std::uint32_t reserved1;        // 4
-    std::uint32_t cabinetSize;      // 8
-    std::uint32_t reserved2;        // 12
-    std::uint32_t firstFileOffset;  // 16
-    std::uint32_t reserved3;        // 20
-    std::uint8_t minorVersion;      // 24
-    std::uint8_t majorVersion;      // 25
-    std::uint16_t folderCount;      // 26
-    std::uint16_t fileCount;        // 28
-    std::uint16_t flags;            // 30
-    std::uint16_t setId;            // 32
-    std::uint16_t cabinetIndex;     // 34
+    std::uint32_t signature = 0;        // 0
+    std::uint32_t reserved1 = 0;        // 4
+    std::uint32_t cabinetSize = 0;      // 8
+    std::uint32_t reserved2 = 0;        // 12
+    std::uint32_t firstFileOffset = 0;  // 16
+    std::uint32_t reserved3 = 0;        // 20
+    std::uint8_t minorVersion = 0;      // 24
+    std::uint8_t majorVersion = 0;      // 25
+    std::uint16_t folderCount = 0;      // 26
+    std::uint16_t fileCount = 0;        // 28
+    std::uint16_t flags = 0;            // 30
+    std::uint16_t setId = 0;            // 32
+    std::uint16_t cabinetIndex = 0;     // 34
 };
 
 struct ReserveSizes {
-    std::uint16_t header;  // 0
-    std::uint8_t folder;   // 2
-    std::uint8_t data;     // 3
+    std::uint16_t header = 0;  // 0
+    std::uint8_t folder = 0;   // 2
+    std::uint8_t data = 0;     // 3
 };
 
 struct FolderEntry {
-    std::uint32_t dataOffset;   // 0, of the first block, from the cabinet's start
-    std::uint16_t blockCount;   // 4
-    std::uint16_t compression;  // 6
+    std::uint32_t dataOffset = 0;   // 0, of the first block, from the cabinet's start
+    std::uint16_t blockCount = 0;   // 4
+    std::uint16_t compression = 0;  // 6
 };
 
 struct FileEntry {
-    std::uint32_t size;        // 0
-    std::uint32_t offset;      // 4, in the folder's uncompressed data
-    std::uint16_t folder;      // 8
-    std::uint16_t date;        // 10
-    std::uint16_t time;        // 12
-    std::uint16_t attributes;  // 14, followed by the name and its NUL
+    std::uint32_t size = 0;        // 0
+    std::uint32_t offset = 0;      // 4, in the folder's uncompressed data
+    std::uint16_t folder = 0;      // 8
+    std::uint16_t date = 0;        // 10
+    std::uint16_t time = 0;        // 12
+    std::uint16_t attributes = 0;  // 14, followed by the name and its NUL
 };
 
 struct DataHeader {
-    std::uint32_t checksum;          // 0, or 0 when the block has none
-    std::uint16_t payloadSize;       // 4
-    std::uint16_t uncompressedSize;  // 6, or 0 when the block goes on in the next cabinet
+    std::uint32_t checksum = 0;          // 0, or 0 when the block has none
+    std::uint16_t payloadSize = 0;       // 4
+    std::uint16_t uncompressedSize = 0;  // 6, or 0 when the block goes on in the next cabinet
 };
 
 /// The fields of a structure in the order of their bytes.
