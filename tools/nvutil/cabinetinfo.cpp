@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -11,7 +10,7 @@
 #include "nvutil/text.h"
 #include "platform/cabinetformat.h"
 #include "utilities/compression/cabinetentrypath.h"
-#include "utilities/compression/compressedbuffer.h"
+#include "utilities/compression/compressedbufferfooter.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
 
@@ -25,67 +24,18 @@ void WriteLine(std::ostream& out, std::string_view name, std::string_view value)
     out << Padded(name, nameWidth) << value << '\n';
 }
 
-/// What the last bytes of a state say. Older footers lack some of it.
-struct Footer {
-    std::string_view signature;
-    std::size_t size;
-    std::optional<unsigned> format;
-    std::optional<std::int32_t> setting;
-    std::uint32_t originalSize;
-};
-
-std::uint32_t BigEndianAt(std::span<const BYTE> bytes) {
-    std::uint32_t number = 0;
-    for (const BYTE byte : bytes.first(4))
-        number = number << 8 | byte;
-    return number;
-}
-
-/// Reads a footer by the library's rules: where the state is too short for its footer, only the fields that
-/// the oldest one had are read.
-Footer ReadFooter(std::span<const BYTE> state) {
-    constexpr std::size_t signatureSize = 4;
-    const std::size_t size = state.size();
-    const auto fieldAt = [state](std::size_t distance) {
-        return BigEndianAt(state.subspan(state.size() - distance));
-    };
-    const auto endsIn = [state](const char(&signature)[signatureSize]) {
-        return std::equal(std::begin(signature), std::end(signature), state.end() - signatureSize);
-    };
-    const bool longEnough = size >= CompressedBuffer::GetSizeOf37FooterInfo();
-    const bool isCurrent = longEnough && endsIn(CompressedBuffer::m_skrchSignatureBytes);
-    const bool isPrevious = longEnough && endsIn(CompressedBuffer::m_skrchSignatureBytes40);
-    if (!isCurrent && !isPrevious && !(longEnough && endsIn(CompressedBuffer::m_skrchSignatureBytes37))) {
-        NV_THROW(ExceptionMissingOrBadCompressedBufferFooter, "WriteBufferInfo", __LINE__,
-                 NV_TEXT("ends in no footer of a compressed buffer"));
-    }
-    Footer footer{"COMP", CompressedBuffer::GetSizeOf37FooterInfo(), std::nullopt, std::nullopt, fieldAt(8)};
-    if (isCurrent) footer.signature = "COM5";
-    if (isPrevious) footer.signature = "COM4";
-    if (isCurrent && size >= CompressedBuffer::GetSizeOfFooterInfo()) {
-        footer.size = CompressedBuffer::GetSizeOfFooterInfo();
-        footer.format = state[size - 13];
-        footer.setting = static_cast<std::int32_t>(fieldAt(12));
-    } else if (isPrevious && size >= CompressedBuffer::GetSizeOf40FooterInfo()) {
-        footer.size = CompressedBuffer::GetSizeOf40FooterInfo();
-        footer.format = CompressedBuffer::CF_ZLIB;
-        footer.setting = static_cast<std::int32_t>(fieldAt(12));
-    }
-    return footer;
-}
-
 std::string NameOfFormat(unsigned format) {
     constexpr std::string_view names[] = {"unknown", "zlib", "cabinet"};
     return std::to_string(format) + " (" + std::string(format < std::size(names) ? names[format] : names[0]) +
            ')';
 }
 
-void WriteFooter(const Footer& footer, std::size_t stateSize, std::ostream& out) {
+void WriteFooter(const CompressedBufferFooter& footer, std::size_t stateSize, std::ostream& out) {
     WriteLine(out, "State", CountText(stateSize, "byte"));
     WriteLine(out, "Footer", std::string(footer.signature) + ", " + CountText(footer.size, "byte"));
     WriteLine(out, "Format", footer.format ? NameOfFormat(*footer.format) : "not stored");
     WriteLine(out, "Setting", footer.setting ? std::to_string(*footer.setting) : "not stored");
-    WriteLine(out, "Original size", CountText(footer.originalSize, "byte"));
+    WriteLine(out, "Original size", CountText(static_cast<DWORD>(footer.originalSize), "byte"));
     WriteLine(out, "Compressed size", CountText(stateSize - footer.size, "byte"));
 }
 
@@ -209,9 +159,13 @@ private:
 }  // namespace
 
 void WriteBufferInfo(std::span<const BYTE> state, std::ostream& out) {
-    const Footer footer = ReadFooter(state);
-    WriteFooter(footer, state.size(), out);
-    const auto compressed = state.first(state.size() - footer.size);
-    if (footer.format != CompressedBuffer::CF_CABINET || compressed.empty()) return;
+    const auto footer = ReadCompressedBufferFooter(state);
+    if (!footer) {
+        NV_THROW(ExceptionMissingOrBadCompressedBufferFooter, "WriteBufferInfo", __LINE__,
+                 NV_TEXT("ends in no footer of a compressed buffer"));
+    }
+    WriteFooter(*footer, state.size(), out);
+    const auto compressed = state.first(state.size() - footer->size);
+    if (footer->format != CompressedBuffer::CF_CABINET || compressed.empty()) return;
     CabinetPrinter(compressed, out).Write();
 }

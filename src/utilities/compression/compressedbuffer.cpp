@@ -1,11 +1,11 @@
 // CompressedBuffer: the state and its footers.
 #include "utilities/compression/compressedbuffer.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <iterator>
 #include <limits>
 
+#include "utilities/compression/compressedbufferfooter.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
 namespace {
@@ -17,13 +17,6 @@ constexpr LONG largestBelievedSize = 16 * 1024 * 1024;
 void AppendBigEndian(ByteBuffer& out, std::uint32_t value) {
     for (int shift = 24; shift >= 0; shift -= 8)
         out.push_back(static_cast<BYTE>(value >> shift));
-}
-
-std::int32_t BigEndianBefore(ByteBuffer::const_iterator end) {
-    std::uint32_t value = 0;
-    for (auto byte = end - 4; byte != end; ++byte)
-        value = value << 8 | *byte;
-    return static_cast<std::int32_t>(value);
 }
 
 }  // namespace
@@ -125,33 +118,16 @@ void CompressedBuffer::AddFooterInfo(LONG originalSize, int setting, Compression
 
 bool CompressedBuffer::GetFooterInfo(const ByteBuffer& state, bool throwOnFailure, LONG& originalSize,
                                      int& setting, CompressionFormatEnum& format, DWORD& footerSize) {
-    const auto endsIn = [&state](const char(&signature)[4]) {
-        return std::equal(std::begin(signature), std::end(signature), state.end() - 4);
-    };
-    const bool longEnough = state.size() >= GetSizeOf37FooterInfo();
-    const bool current = longEnough && endsIn(m_skrchSignatureBytes);
-    const bool previous = longEnough && endsIn(m_skrchSignatureBytes40);
-    const bool oldest = longEnough && endsIn(m_skrchSignatureBytes37);
-    if (!current && !previous && !oldest) {
+    const auto footer = ReadCompressedBufferFooter(state);
+    if (!footer) {
         if (throwOnFailure)
             NV_THROW(ExceptionMissingOrBadCompressedBufferFooter, "CompressedBuffer::GetFooterInfo",
                      __LINE__);
         return false;
     }
-
-    originalSize = BigEndianBefore(state.end() - 4);
-    if (current && state.size() >= GetSizeOfFooterInfo()) {
-        setting = BigEndianBefore(state.end() - 8);
-        format = static_cast<CompressionFormatEnum>(*(state.end() - 13));
-        footerSize = GetSizeOfFooterInfo();
-    } else if (previous && state.size() >= GetSizeOf40FooterInfo()) {
-        setting = BigEndianBefore(state.end() - 8);
-        format = CF_ZLIB;
-        footerSize = GetSizeOf40FooterInfo();
-    } else {
-        // "COM5" and "COM4" in a state too short for their footers are deliberately read as the oldest one.
-        setting = -1;
-        footerSize = GetSizeOf37FooterInfo();
-    }
+    originalSize = footer->originalSize;
+    setting = footer->setting.value_or(-1);
+    if (footer->format) format = *footer->format;
+    footerSize = static_cast<DWORD>(footer->size);
     return true;
 }
