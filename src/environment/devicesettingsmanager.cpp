@@ -31,7 +31,7 @@ bool DeviceSettingsManager::GetDeviceSettingsRawListForDataModel(AttributeBytesR
     ByteBuffer state;
     DWORD size = 0;
     if (!GetDeviceSettingsDataFromStorage(state, size)) return false;
-    PersistentAttributes(state).GetAttributeBytesListForNameSpace(
+    PersistentAttributes::ReadNameSpaces(state).GetNameSpaceAttributes(
         PersistentAttributes::GetDataModelDocPropNameSpaceId(), out);
     return true;
 }

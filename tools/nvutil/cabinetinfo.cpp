@@ -33,7 +33,8 @@ std::string NameOfFormat(unsigned format) {
 void WriteFooter(const CompressedBufferFooter& footer, std::size_t stateSize, std::ostream& out) {
     WriteLine(out, "State", CountText(stateSize, "byte"));
     WriteLine(out, "Footer", std::string(footer.signature) + ", " + CountText(footer.size, "byte"));
-    WriteLine(out, "Format", footer.format ? NameOfFormat(*footer.format) : "not stored");
+    WriteLine(out, "Format",
+              footer.format ? NameOfFormat(static_cast<unsigned>(*footer.format)) : "not stored");
     WriteLine(out, "Setting", footer.setting ? std::to_string(*footer.setting) : "not stored");
     WriteLine(out, "Original size", CountText(static_cast<DWORD>(footer.originalSize), "byte"));
     WriteLine(out, "Compressed size", CountText(stateSize - footer.size, "byte"));

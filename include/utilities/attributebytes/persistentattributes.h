@@ -55,6 +55,10 @@ public:
     /// @return true
     bool ImportPersistentAttributesState(const ByteBuffer& state, DriverVersion& version,
                                          bool checkRecords = false, bool allowUpgrade = true);
+    /// The namespaces of a state, checked and thrown for as ImportPersistentAttributesState does. To be
+    /// preferred where the bytes are not needed any more: an object would keep them and expand them again.
+    static AttributeBytesNameSpaces ReadNameSpaces(const ByteBuffer& state, bool checkRecords = false,
+                                                   DriverVersion* version = nullptr);
     /// Expands the compressed part of a state.
     static void ValidateCompressedData(const ByteBuffer& compressed);
 

@@ -85,31 +85,39 @@ void PersistentAttributes::GetAttributeBytesListForNameSpace(const AttributeByte
 
 bool PersistentAttributes::ImportPersistentAttributesState(const ByteBuffer& state, DriverVersion& version,
                                                            bool checkRecords, bool /*allowUpgrade*/) {
+    ByteBuffer upgraded = UpgradeOldStateDataVersionIfNecessary(state);
+    DriverVersion writer;
+    ReadNameSpaces(upgraded, checkRecords, &writer);
+    m_state = std::move(upgraded);
+    version = writer;
+    return true;
+}
+
+AttributeBytesNameSpaces PersistentAttributes::ReadNameSpaces(const ByteBuffer& state, bool checkRecords,
+                                                              DriverVersion* version) {
     constexpr auto function = "PersistentAttributes::ImportPersistentAttributesState";
     constexpr int line = 392;
-    ByteBuffer upgraded = UpgradeOldStateDataVersionIfNecessary(state);
     Header header;
     ByteBuffer compressed;
-    GetMajorComponentsFromStateDataBuffer(upgraded, header, compressed);
+    GetMajorComponentsFromStateDataBuffer(state, header, compressed);
     if (!IsCurrentVersionHeader(header)) {
         NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat, function, line,
                  NV_TEXT("unknown format version 0x%08lx"), header.formatVersion);
     }
     ByteBuffer uncompressed;
     GetComponentsFromCompressedDataBuffer(compressed, uncompressed);
-    DriverVersion writer;
+    AttributeBytesNameSpaces nameSpaces;
     try {
-        const AttributeBytesNameSpaces nameSpaces(uncompressed, &writer);
+        const DriverVersion writer = nameSpaces.ImportAttributeBytesNameSpacesState(uncompressed);
         if (checkRecords) {
             ForEachList(nameSpaces, [](const AttributeBytesRawList& list) { list.CheckRecords(); });
         }
+        if (version != nullptr) *version = writer;
     } catch (const NorvaException& e) {
         NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat, function, line,
                  NV_TEXT("the namespaces cannot be read: %s"), e.GetExceptionIdentifierForUserDisplay());
     }
-    m_state = std::move(upgraded);
-    version = writer;
-    return true;
+    return nameSpaces;
 }
 
 void PersistentAttributes::ValidateCompressedData(const ByteBuffer& compressed) {
