@@ -193,8 +193,9 @@ public:
     /// Unpacks every cabinet that stands in a folder or below it, in the order of their names: DTD.cab and
     /// DTDs.cab as UnpackDtdCabFile does, JAR.cab and JARs.cab as UnpackJarCabFile does, every other file
     /// that ends in ".cab" as UnpackProductCabFile does, all without regard to case. Links are not followed.
-    /// Nothing is unpacked when a folder cannot be read or lies more than 64 deep. Ends at the first cabinet
-    /// that is refused.
+    /// Nothing is unpacked when a folder cannot be read, lies more than 64 deep or, like a cabinet, has a
+    /// name that is no text. Ends at the first cabinet that is refused; one that holds a file in the place of
+    /// a cabinet that waits for its turn is.
     /// @param target  where the same folders are made for what is unpacked; empty for beside the cabinets
     /// @return the paths of the cabinets
     static std::vector<CXString> UnpackCabFilesInAllDirectoriesRecursively(const CXString& folder,
@@ -222,9 +223,10 @@ public:
     /// @return the paths of the folders
     /// @throws ExceptionPrinterFailure too when a printer keeps models and does not tell from which folder,
     /// or when its folder cannot be found: the link that names it leads nowhere, the folder above it is gone
-    /// or may not be read. A folder that is missing from the one above it is not in use.
-    /// @throws ExceptionOperatingSystemFailure when a folder cannot be listed or deleted; those before it are
-    /// gone
+    /// or may not be read. A folder that is missing from the one above it is not in use, unless it is missing
+    /// from "Product Data" or a folder in it: it may be one of those that are there under another name.
+    /// @throws ExceptionOperatingSystemFailure when a folder cannot be listed or deleted, or something in it
+    /// lies more than 64 deep; the others are gone
     static std::vector<CXString> DeleteOrphanedProductDataFolders(const CXString& folder, bool dryRun);
     /// Adds the values that the installed printers keep for models.
     static void EnumeratePerPrinterRegKeysForInstalledPrinters(std::vector<PerPrinterRegKey>& keys);

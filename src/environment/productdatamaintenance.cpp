@@ -1,5 +1,6 @@
 // ProductData: what installed printers use of product data, and deleting what none of them does.
 #include <algorithm>
+#include <exception>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -145,8 +146,8 @@ bool IsKnownAbsent(const fs::path& path) {
 }
 
 /// Where the folders in use are, as they are named and as links in their names lead. Throws when one of them
-/// cannot be found out.
-std::vector<fs::path> FindUsedFolders(const std::vector<PrinterUse>& uses) {
+/// cannot be found out, or has gone from the folder that is cleaned: it may have another name there now.
+std::vector<fs::path> FindUsedFolders(const std::vector<PrinterUse>& uses, const fs::path& cleaned) {
     std::vector<fs::path> folders;
     for (const PrinterUse& use : uses) {
         if (use.folder.IsEmpty()) continue;
@@ -156,7 +157,7 @@ std::vector<fs::path> FindUsedFolders(const std::vector<PrinterUse>& uses) {
         const std::error_code error = platform::ResolvePath(path, platform::LastLink::Follow, resolved);
         if (!error) {
             folders.push_back(resolved);
-        } else if (!IsKnownAbsent(path)) {
+        } else if (!IsKnownAbsent(path) || IsInside(path.parent_path(), cleaned)) {
             NV_THROW(ExceptionPrinterFailure, "ProductData::DeleteOrphanedProductDataFolders", __LINE__,
                      NV_TEXT("%s: the printer's product data folder %s cannot be found: %s"), use.printer,
                      use.folder, CXString(error.message().c_str()));
@@ -234,9 +235,8 @@ void ProductData::EnumerateProductDataFoldersUsedByInstalledDrivers(std::set<CXS
 std::vector<CXString> ProductData::DeleteOrphanedProductDataFolders(const CXString& folder, bool dryRun) {
     const std::vector<PrinterUse> uses = ReadUses();
     RequireFoldersKnown(uses);
-    const std::vector<fs::path> used = FindUsedFolders(uses);
-
     const CXString rootPath = productfiles::JoinPath(folder, productDataFolder);
+    const std::vector<fs::path> used = FindUsedFolders(uses, productfiles::PathOf(rootPath));
     platform::Folder parent;
     RequireDone(parent.Open(Text(ViewOf(folder))), folder);
     EntryKind kind = EntryKind::None;
@@ -255,17 +255,24 @@ std::vector<CXString> ProductData::DeleteOrphanedProductDataFolders(const CXStri
     RequireDone(
         platform::ResolvePath(productfiles::PathOf(rootPath), platform::LastLink::Follow, rootIdentity),
         rootPath);
+    std::exception_ptr failure;
     for (const platform::FolderEntry& entry : entries) {
         // One whose name is no text cannot be looked at here, and stays.
+        if (!productfiles::IsPathText(entry.name)) continue;
         fs::path found;
         const fs::path named = rootIdentity / productfiles::PathOf(StringOf(entry.name));
         if (entry.kind != EntryKind::Folder ||
             platform::ResolvePath(named, platform::LastLink::Keep, found) || IsUsed(found, used))
             continue;
         const CXString path = productfiles::JoinPath(rootPath, StringOf(entry.name));
-        if (!dryRun) DeleteFolder(root, entry.name, path, 1);
-        orphans.push_back(path);
+        try {
+            if (!dryRun) DeleteFolder(root, entry.name, path, 1);
+            orphans.push_back(path);
+        } catch (const ExceptionOperatingSystemFailure&) {
+            if (failure == nullptr) failure = std::current_exception();
+        }
     }
+    if (failure != nullptr) std::rethrow_exception(failure);
     return orphans;
 }
 

@@ -2,7 +2,10 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <filesystem>
+#include <span>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "environment/productdata.h"
@@ -20,31 +23,30 @@ using platform::Text;
 
 constexpr int deepestFolder = 64;
 constexpr TextView cabExtension = NV_TEXT(".cab");
-const WChar* const dtdFolder = NV_TEXT("DTDs");
-const WChar* const jarFolder = NV_TEXT("V5.0");
+constexpr const WChar* dtdFolder = NV_TEXT("DTDs");
+constexpr const WChar* jarFolder = NV_TEXT("V5.0");
 
-using Unpack = void (*)(const CXString& cabFile, const CXString& folder);
-
-/// Cabinets that are told by their names, in lower case; all others are product cabinets.
+/// Cabinets that are told by their names, in lower case, and the folder for what they hold; all others are
+/// product cabinets.
 struct NamedCab {
     TextView name;
-    Unpack unpack;
+    const WChar* subfolder;
 };
-constexpr std::array<NamedCab, 4> namedCabs{{{NV_TEXT("dtd.cab"), &ProductData::UnpackDtdCabFile},
-                                             {NV_TEXT("dtds.cab"), &ProductData::UnpackDtdCabFile},
-                                             {NV_TEXT("jar.cab"), &ProductData::UnpackJarCabFile},
-                                             {NV_TEXT("jars.cab"), &ProductData::UnpackJarCabFile}}};
+constexpr std::array<NamedCab, 4> namedCabs{{{NV_TEXT("dtd.cab"), dtdFolder},
+                                             {NV_TEXT("dtds.cab"), dtdFolder},
+                                             {NV_TEXT("jar.cab"), jarFolder},
+                                             {NV_TEXT("jars.cab"), jarFolder}}};
 
 Text Lower(Text name) {
     std::transform(name.begin(), name.end(), name.begin(), platform::ToLower);
     return name;
 }
 
-Unpack UnpackingOf(const Text& name) {
+CXString SubfolderOf(const Text& name) {
     const Text lower = Lower(name);
     const auto* const found = std::find_if(namedCabs.begin(), namedCabs.end(),
                                            [&](const NamedCab& cab) { return cab.name == lower; });
-    return found != namedCabs.end() ? found->unpack : &ProductData::UnpackProductCabFile;
+    return found != namedCabs.end() ? found->subfolder : NV_TEXT("");
 }
 
 struct FoundCab {
@@ -72,8 +74,12 @@ void FindCabs(const platform::Folder& folder, const CXString& path, int depth, s
     std::sort(entries.begin(), entries.end(),
               [](const auto& left, const auto& right) { return Lower(left.name) < Lower(right.name); });
     for (const platform::FolderEntry& entry : entries) {
-        if (entry.kind == platform::EntryKind::File && Lower(entry.name).ends_with(cabExtension))
-            cabs.push_back({path, entry.name});
+        const bool isCab =
+            entry.kind == platform::EntryKind::File && Lower(entry.name).ends_with(cabExtension);
+        if ((isCab || entry.kind == platform::EntryKind::Folder) && !productfiles::IsPathText(entry.name))
+            RequireDone(std::make_error_code(std::errc::illegal_byte_sequence),
+                        Join(path, StringOf(entry.name)));
+        if (isCab) cabs.push_back({path, entry.name});
     }
     for (const platform::FolderEntry& entry : entries) {
         if (entry.kind != platform::EntryKind::Folder) continue;
@@ -81,6 +87,24 @@ void FindCabs(const platform::Folder& folder, const CXString& path, int depth, s
         platform::Folder subfolder;
         RequireDone(subfolder.OpenIn(folder, entry.name), subpath);
         FindCabs(subfolder, subpath, depth + 1, cabs);
+    }
+}
+
+/// Refuses a cabinet that would replace one whose turn has not come.
+void RequireNoneReplaced(const nvutil::CabinetUnpacker& cab, const CXString& path, const CXString& target,
+                         std::span<const CXString> waiting) {
+    for (const nvutil::CabinetFile& file : cab.GetFiles()) {
+        if (!Lower(Text(ViewOf(file.path))).ends_with(cabExtension)) continue;
+        const auto place = productfiles::PathOf(Join(target, file.path));
+        for (const CXString& other : waiting) {
+            std::error_code absent;
+            if (std::filesystem::equivalent(place, productfiles::PathOf(other), absent)) {
+                NV_THROW(ExceptionFileOperationCompression,
+                         "ProductData::UnpackCabFilesInAllDirectoriesRecursively", __LINE__,
+                         NV_TEXT("%s: %s would replace the cabinet %s, which is not unpacked yet"), path,
+                         file.path, other);
+            }
+        }
     }
 }
 
@@ -105,12 +129,17 @@ std::vector<CXString> ProductData::UnpackCabFilesInAllDirectoriesRecursively(con
     // All are found before the first is unpacked: what comes out of a cabinet is not unpacked again.
     std::vector<FoundCab> cabs;
     FindCabs(root, {}, 1, cabs);
-    std::vector<CXString> unpacked;
-    for (const FoundCab& cab : cabs) {
-        unpacked.push_back(Join(Join(folder, cab.folder), StringOf(cab.name)));
-        UnpackingOf(cab.name)(unpacked.back(), Join(target.IsEmpty() ? folder : target, cab.folder));
+    std::vector<CXString> paths;
+    for (const FoundCab& cab : cabs)
+        paths.push_back(Join(Join(folder, cab.folder), StringOf(cab.name)));
+    for (std::size_t i = 0; i < cabs.size(); ++i) {
+        const nvutil::CabinetUnpacker cab(paths[i]);
+        const CXString place =
+            Join(Join(target.IsEmpty() ? folder : target, cabs[i].folder), SubfolderOf(cabs[i].name));
+        RequireNoneReplaced(cab, paths[i], place, std::span(paths).subspan(i + 1));
+        cab.UnpackTo(place);
     }
-    return unpacked;
+    return paths;
 }
 
 bool ProductData::HasProductCabBeenExtracted(const CXString& cabFile, const CXString& folder) {

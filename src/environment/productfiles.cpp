@@ -81,6 +81,10 @@ CXString NameOf(const fs::path& path) {
     return StringOfNative(path.native());
 }
 
+bool IsPathText(TextView name) {
+    return ViewOf(NameOf(PathOf(StringOf(name)))) == name;
+}
+
 Identity IdentityOfFolder(const fs::path& folder) {
     fs::path found;
     if (!platform::ResolvePath(folder, platform::LastLink::Follow, found)) return found.native();

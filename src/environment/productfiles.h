@@ -21,6 +21,8 @@ constexpr std::uintmax_t largestFile = 64 * 1024 * 1024;
 NVUTIL_INTERNAL_API std::filesystem::path PathOf(const CXString& name);
 /// The name of a path; each byte in it that is not UTF-8, off Windows, becomes U+FFFD.
 NVUTIL_INTERNAL_API CXString NameOf(const std::filesystem::path& path);
+/// Whether an entry of a folder can be named in a path: not so, off Windows, with bytes that are no text.
+bool IsPathText(TextView name);
 
 /// How a folder or file is told from all others: its one path, however it is named, in the bytes of the
 /// system. One that cannot be looked at is known by its absolute path.

@@ -163,7 +163,7 @@ inline std::uint32_t Checksum(std::span<const BYTE> bytes) {
 }
 
 /// A block's checksum: it covers the payload and, as one word, the two sizes. The reserved area in between is
-/// left out, as other readers do.
+/// left out, as cabinet.dll under Wine and libmspack have it; 7-Zip counts it in.
 inline std::uint32_t BlockChecksum(const DataHeader& header, std::span<const BYTE> payload) {
     return Checksum(payload) ^ (header.payloadSize | std::uint32_t{header.uncompressedSize} << 16);
 }

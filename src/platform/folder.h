@@ -22,7 +22,7 @@ enum class EntryKind {
 };
 
 struct FolderEntry {
-    Text name;
+    Text name;  ///< Opens and removes the entry, also where it is no text (a lone surrogate is in it then).
     EntryKind kind = EntryKind::None;
 };
 

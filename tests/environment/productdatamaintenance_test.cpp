@@ -79,6 +79,12 @@ TEST(ProductCabinets, EndAtTheFirstThatIsRefused) {
         EXPECT_NE(Narrow(exception.GetExceptionMesage()).find("b.cab: the name ..\\b"), std::string::npos);
     }
     EXPECT_EQ(List(folder), (Names{"a", "a.cab", "b.cab", "c.cab"}));
+    const ProductFolder replaced;
+    replaced.Write("a.cab", StoredFile("sub\\B.cab", "4"));
+    replaced.Write("sub/B.cab", StoredFile("b", "5"));
+    EXPECT_THROW(ProductData::UnpackCabFilesInAllDirectoriesRecursively(replaced.GetName()),
+                 ExceptionFileOperationCompression);
+    EXPECT_EQ(List(replaced), (Names{"a.cab", "sub/B.cab"}));
     EXPECT_THROW(ProductData::UnpackCabFilesInAllDirectoriesRecursively(folder.NameOf("none")),
                  ExceptionOperatingSystemFailure);
 }

@@ -339,6 +339,15 @@ TEST_F(Commands, InfoOfADamagedBufferTellsWhatItCan) {
         renamed.replace(60, 2, name + std::string(attributes == 0 ? "/" : ""));
         EXPECT_NE(Nvutil({"buffer", "info", "-"}, renamed).out.find("\"\xC2\xB2"), std::string::npos);
     }
+    // Two folders that name the same two blocks.
+    std::string shared = packed;
+    shared[26] = 2;
+    shared.insert(44, shared.substr(36, 8));
+    shared[36] = shared[44] = static_cast<char>(82 + 8);
+    shared[16] = static_cast<char>(44 + 8);
+    const std::string once = Nvutil({"buffer", "info", "-"}, shared).out;
+    EXPECT_NE(once.find("Block 0           at offset 90, which is another folder's\n"), std::string::npos)
+        << once;
     for (std::size_t bit = 0; bit < packed.size() * 8; ++bit) {
         std::string damaged = packed;
         damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ 1 << bit % 8);

@@ -125,9 +125,17 @@ private:
         }
     }
 
+    /// Ends at a folder that names blocks of another one again: there could be as many as folders times
+    /// blocks.
     void WriteBlocks() {
+        std::size_t end = 0;
         for (const FolderEntry& folder : m_folders) {
             std::size_t offset = folder.dataOffset;
+            if (folder.blockCount != 0 && offset < end) {
+                WriteLine(m_out, "Block 0",
+                          "at offset " + std::to_string(offset) + ", which is another folder's");
+                return;
+            }
             for (unsigned i = 0; i < folder.blockCount; ++i) {
                 nvutil::ByteWalk walk = WalkFrom(offset);
                 const auto block = Take<DataHeader>(walk);
@@ -138,6 +146,7 @@ private:
                               CountText(block.uncompressedSize, "byte") + " in " +
                               Grouped(block.payloadSize));
                 offset = m_cabinet.size() - walk.remaining;
+                end = offset;
             }
         }
     }

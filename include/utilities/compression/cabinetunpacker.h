@@ -64,11 +64,11 @@ public:
     /// All files are first written beside their places, into a folder ".unpack-" of the target folder that is
     /// gone when this returns. Only when the last one is complete and on disk, and all folders are there, do
     /// they replace what was there, each in one step. So a damaged cabinet or a full disk changes no file. A
-    /// failure of the system in between, or a file that another program holds open on Windows, leaves some
-    /// files new and others old, but none half written. The path of the target folder may lead through
-    /// links; below it none is followed: a link, a device or a folder in the place of a file, and anything
-    /// but a folder in the place of a folder, is refused before anything is written. The times and attributes
-    /// that the cabinet tells are not kept.
+    /// failure of the system in between, an end of memory among them, or a file that another program holds
+    /// open on Windows, leaves some files new and others old, but none half written. The path of the target
+    /// folder may lead through links; below it none is followed: a link, a device or a folder in the place of
+    /// a file, and anything but a folder in the place of a folder, is refused before anything is written. The
+    /// times and attributes that the cabinet tells are not kept.
     /// @throws ExceptionCompression when the cabinet's data is damaged
     /// @throws ExceptionFileOperationCompression when a file or folder cannot be made
     /// @throws ExceptionCabinetLibraryConstructionFailure when the cabinet library cannot be had

@@ -44,15 +44,14 @@ std::unique_ptr<CabCompressedBuffer> CabCompressedBuffer::CreateWithBufferState(
 }
 
 bool CabCompressedBuffer::TryToUncompressStateData(ByteBuffer& data) {
-    bool success = false;
-    CabCompressedBuffer buffer(data, success);
-    if (!success) return false;
     try {
-        buffer.GetOriginalData(data);
+        bool success = false;
+        CabCompressedBuffer buffer(data, success);
+        if (success) buffer.GetOriginalData(data);
+        return success;
     } catch (...) {
         return false;
     }
-    return true;
 }
 
 std::unique_ptr<CabCompressedBuffer> CabCompressedBuffer::CreateWithUncompressedData(const ByteBuffer& data,

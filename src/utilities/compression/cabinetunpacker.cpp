@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <new>
 #include <optional>
 #include <random>
 #include <set>
@@ -200,10 +201,13 @@ public:
     StagingFolder(const StagingFolder&) = delete;
     StagingFolder& operator=(const StagingFolder&) = delete;
     ~StagingFolder() {
-        for (std::size_t file = 0; file < m_created; ++file)
-            static_cast<void>(m_folder.RemoveEntry(NameOf(file)));  // most have been moved away
-        m_folder = platform::Folder();
-        static_cast<void>(m_target.RemoveEmptySubfolder(m_name));
+        try {
+            for (std::size_t file = 0; file < m_created; ++file)
+                static_cast<void>(m_folder.RemoveEntry(NameOf(file)));  // most have been moved away
+            m_folder = platform::Folder();
+            static_cast<void>(m_target.RemoveEmptySubfolder(m_name));
+        } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): the folder stays where it is
+        }
     }
 
     std::error_code CreateOutput(std::size_t file, platform::OutputFile& output) {

@@ -62,8 +62,31 @@ TEST(ProductLinks, LeadToFoldersInUse) {
         fs::remove(alias);
     }
     EXPECT_EQ(deleteOrphans(), 1u) << "the printer's folder is gone";
+    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("ProductDataMappings"), Printer::typeString,
+                              ByteBuffer(folder.NameOf("Product Data/former")).appendNullChar());
+    EXPECT_THROW(deleteOrphans(), ExceptionPrinterFailure) << "it may be called \"used\" now";
+    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("ProductDataMappings"), Printer::typeString,
+                              ByteBuffer(folder.NameOf("alias")).appendNullChar());
     fs::create_directory_symlink("missing", alias);
     EXPECT_THROW(deleteOrphans(), ExceptionPrinterFailure) << "who knows where it led";
+}
+
+TEST(ProductFolders, AreDeletedWhateverTheNamesInThem) {
+    const ProductFolder folder;
+    std::string deep;
+    for (int i = 0; i < 70; ++i)
+        deep += "/d";
+    folder.Write("Product Data/a" + deep + "/file", "");
+    for (const char* const name : {"b\xFF", "b\xEF\xBF\xBD", "\xF0\x9F\x98\x80\x80", "\xC3", "\xE2\x82"})
+        folder.Write(std::string("Product Data/b/") + name + "/" + name, "");
+    folder.Write("Product Data/\xFF/kept", "");
+    const TestPrinter printer;  // sees to a store of the test's own
+    EXPECT_THROW(ProductData::DeleteOrphanedProductDataFolders(folder.GetName(), false),
+                 ExceptionOperatingSystemFailure);
+    const fs::path root = fs::path(folder.GetPath()) / "Product Data";
+    EXPECT_TRUE(fs::exists(root / "a"));
+    EXPECT_FALSE(fs::exists(root / "b")) << "what cannot be deleted is in the way of no other";
+    EXPECT_TRUE(fs::exists(root / "\xFF" / "kept"));
 }
 
 TEST(ProductValues, AreDeletedForModelsThatNoPrinterUses) {

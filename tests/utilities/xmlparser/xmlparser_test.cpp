@@ -300,6 +300,7 @@ TEST(XmlValidation, HoldsADocumentToItsDtd) {
         {"<!DOCTYPE r SYSTEM 'missing.dtd'><r/>", "r[]", "refused"},
         {"<!DOCTYPE r SYSTEM 'http://example.invalid/t.dtd'><r/>", "r[]", "refused"},
         {"<!DOCTYPE r SYSTEM '../t.dtd'><r/>", "r[]", "refused"},
+        {"<!DOCTYPE r SYSTEM './t.dtd'><r/>", "r[]", "refused"},
     };
     const auto before = std::filesystem::current_path();
     for (const auto& row : cases) {

@@ -150,6 +150,11 @@ TEST(XmlWriting, KeepsTheDeclaredEncoding) {
         Document again(written);
         ASSERT_FALSE(again.IsRefused()) << encoding << again.GetError();
         EXPECT_TRUE(again.GetRoot()->GetTextValue() == all) << encoding;
+        Document control(begin + encoding + "\"?><r>\x85</r>");
+        const bool hasControls = std::string_view(encoding).starts_with("iso-8859");
+        EXPECT_EQ(!control.IsRefused() && control.GetRoot()->GetTextValue() == CXString(NV_TEXT("\u0085")),
+                  hasControls)
+            << encoding;
     }
     const std::string ascii = begin + "UTF-16\"?>\n<r>z\"</r>\n";
     std::string wide = "\xFF\xFE";
