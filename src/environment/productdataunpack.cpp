@@ -130,6 +130,7 @@ std::vector<CXString> ProductData::UnpackCabFilesInAllDirectoriesRecursively(con
     std::vector<FoundCab> cabs;
     FindCabs(root, {}, 1, cabs);
     std::vector<CXString> paths;
+    paths.reserve(cabs.size());
     for (const FoundCab& cab : cabs)
         paths.push_back(Join(Join(folder, cab.folder), StringOf(cab.name)));
     for (std::size_t i = 0; i < cabs.size(); ++i) {

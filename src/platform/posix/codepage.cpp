@@ -2,6 +2,7 @@
 #include "platform/codepage.h"
 #include "platform/posix/converter.h"
 #include "platform/posix/environment.h"
+#include "platform/text.h"
 
 #include <iconv.h>
 
@@ -134,14 +135,6 @@ private:
 };
 
 // UTF-8
-
-bool IsHighSurrogate(char32_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-bool IsLowSurrogate(char32_t unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
 
 bool IsScalarValue(char32_t character) {
     return character <= 0x10FFFF && !IsHighSurrogate(character) && !IsLowSurrogate(character);

@@ -45,10 +45,6 @@ Text Wide(std::string_view name) {
 // a low surrogate that stands alone, U+DC80 to U+DCFF, so that every entry can be opened and removed.
 constexpr WChar escape = 0xDC00;
 
-bool IsHighSurrogate(WChar unit) {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-
 std::string NativeName(const Text& text) {
     const TextView units = text;
     std::string name;

@@ -20,15 +20,11 @@ namespace platform {
 
 namespace {
 
-WChar FoldCase(WChar unit) {
-    return unit >= 'A' && unit <= 'Z' ? static_cast<WChar>(unit - 'A' + 'a') : unit;
-}
-
 /// The byte of a printer. Two printers of one byte would merely wait for each other.
 off_t ByteOf(const Text& printer) {
     std::uint64_t hash = 14695981039346656037U;  // FNV-1a
-    for (const WChar unit : printer)
-        hash = (hash ^ FoldCase(unit)) * 1099511628211U;
+    for (const WChar unit : FoldPrinterName(printer))
+        hash = (hash ^ unit) * 1099511628211U;
     return static_cast<off_t>(hash >> 2);
 }
 

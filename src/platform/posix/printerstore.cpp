@@ -95,14 +95,6 @@ DWORD CodeOf(int result) {
     return codeOfOtherResults;
 }
 
-bool IsHighSurrogate(WChar unit) {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-
-bool IsLowSurrogate(WChar unit) {
-    return unit >= 0xDC00 && unit < 0xE000;
-}
-
 bool IsAnotherAtWork(DWORD code) {
     return code == CodeOf(SQLITE_BUSY);
 }
