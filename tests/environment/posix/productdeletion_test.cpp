@@ -93,7 +93,7 @@ TEST(ProductValues, AreDeletedForModelsThatNoPrinterUses) {
     const ProductFolder folder;
     folder.Write("all.map", "Model:A\nModel:B\nModel:C\nX:1\n");
     const TestPrinter testPrinter;
-    const Printer printer(testPrinter.GetName());
+    Printer printer(testPrinter.GetName());
     const ProductData data(printer.GetHandle(), folder.GetName(), ProductData::ModelTypeName, NV_TEXT("B"));
     EXPECT_TRUE(ProductData::DeleteOrphanedPerPrinterRegKeys(false).empty());
     folder.Write("all.map", "X:1\n");
@@ -116,6 +116,15 @@ TEST(ProductValues, AreDeletedForModelsThatNoPrinterUses) {
     EXPECT_EQ(std::set<CXString>(left.begin(), left.end()),
               (std::set<CXString>{NV_TEXT("PDMap-B"), NV_TEXT("ProductDataMappings"),
                                   NV_TEXT("xUPDCurrentModel")}));
+
+    // What is kept is found again without the folder, as far as it is text.
+    const auto isFound = [&printer] {
+        return ProductData(printer.GetHandle(), {}, ProductData::ModelTypeName, {}).IsValidated();
+    };
+    EXPECT_TRUE(isFound());
+    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("xUPDCurrentModel"), Printer::typeBinary,
+                              ByteBuffer(CXString(NV_TEXT("B"))).appendNullChar());
+    EXPECT_FALSE(isFound());
 }
 
 }  // namespace

@@ -102,6 +102,9 @@ TEST(CXStringFormatTest, LargestNumberHasAllItsDigits) {
     EXPECT_EQ(text.size(), 316U);
     EXPECT_EQ(text.substr(0, 20), "10000000000000000109");
     EXPECT_EQ(text.substr(309), ".000000");
+    EXPECT_EQ(Formatted(NV_TEXT("%.2000f"), 1.0).size(), 2002U);
+    EXPECT_EQ(Formatted(NV_TEXT("%.2000e"), 1.0).size(), 2007U);
+    EXPECT_EQ(Formatted(NV_TEXT("%.2000d"), 1).size(), 2000U);
 }
 
 TEST(CXStringFormatTest, InfinityAndNotANumber) {

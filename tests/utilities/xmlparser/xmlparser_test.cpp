@@ -108,6 +108,8 @@ TEST(XmlParsing, RefusesWhatIsNotWellFormed) {
         "<r>\0</r>"s,
         "<r>\xEF\xBF\xBE</r>",
         "<r>\xC3</r>",
+        "<r>\x80</r>",
+        "<r>\xC1\x80</r>",
         "<r>\xED\xA0\x80</r>",
         "<?xml version='1.0' encoding='UTF-16'?><r/>",
         "<?xml version='1.0' encoding='EBCDIC'?><r/>",
