@@ -1,25 +1,19 @@
 // ProductData: which printer model is served, where its files lie, and its printer-language commands.
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <set>
 #include <vector>
 
 #include "environment/ampcommand.h"
 #include "environment/mappingdata.h"
-#include "environment/printer.h"
 #include "platform/types.h"
 #include "utilities/attributebytes/datamodelids.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
 #include "utilities/utilitiesdll/cxstring.h"
-#include "utilities/utilitiesdll/ownedcriticalresource.h"
 
 namespace nvutil {
-class ModelTable;
-}
-namespace nvutil {
-class PdlCommandFile;
+class ProductModel;
 }
 
 /// The product data of a model: properties from map files, files that they name, and commands from the
@@ -99,7 +93,7 @@ public:
     /// @param folder   the product data folder; empty for none
     /// @param model    the name or id of the model; empty for the one that the printer had last
     /// @throws ExceptionInvalidPrinterHandle, and ExceptionPrinterFailure when the driver data cannot be
-    /// written
+    /// written; the object serves what it served before then
     void Initialize(HANDLE printer, const CXString& folder, _ModelType type, const CXString& model);
     /// Takes over another object's folder, model and commands.
     /// @param withPrinter   also serve its printer
@@ -107,10 +101,10 @@ public:
     void CopyFromAnother(ProductData& other, bool withPrinter, bool withCommands);
 
     /// The handle that was given to Initialize; null for none.
-    HANDLE GetAssociatedPrinterHandle() const { return m_printerHandle; }
-    bool IsInitialized() const { return m_isInitialized; }
+    HANDLE GetAssociatedPrinterHandle() const;
+    bool IsInitialized() const;
     /// Whether the current model is one that product data knows.
-    bool IsValidated() const { return m_isValidated; }
+    bool IsValidated() const;
 
     // Look-ups
 
@@ -276,28 +270,5 @@ public:
     static void OutputAMPValue(ByteBuffer& out, const AMPCMD* entry, void* context);
 
 private:
-    static CriticalResource& GetLock();
-
-    void Reset();
-    void KeepFolderName();
-    CXString GetValue(const CXString& key);
-    void SetModel(const MappingData& mapping, const CXString& uniqueId);
-    bool FindModel(_ModelType type, const CXString& model);
-    bool FindByName(const CXString& model);
-    bool FindById(const CXString& key, const CXString& id);
-    void AddMappings(const std::filesystem::path::string_type& file,
-                     std::unique_ptr<nvutil::ModelTable> table);
-    void ReadCommands();
-
-    HANDLE m_printerHandle = nullptr;
-    std::unique_ptr<Printer> m_printer;  ///< Null when transient.
-    CXString m_folder;
-    std::filesystem::path::string_type m_folderIdentity;  ///< However the folder is named; empty for none.
-    bool m_isInitialized = false;
-    bool m_isValidated = false;
-    MappingData m_mapping;
-    CXString m_uniqueId;
-    CXString m_lastKey;                                        ///< The key last looked up,
-    CXString m_lastValue;                                      ///< and its value.
-    std::shared_ptr<const nvutil::PdlCommandFile> m_commands;  ///< Null until they are read.
+    std::unique_ptr<nvutil::ProductModel> m_model;
 };

@@ -5,6 +5,19 @@
 #include <span>
 #include <utility>
 
+#include "platform/fork.h"
+
+namespace {
+
+[[maybe_unused]] const bool isMadeBeforeForks = platform::MakeBeforeForks([] { KnownMappings::OfProcess(); });
+
+}  // namespace
+
+KnownMappings& KnownMappings::OfProcess() {
+    static KnownMappings& known = *new KnownMappings;  // never destroyed: others may end later
+    return known;
+}
+
 MappingData KnownMappings::Entry::GetMapping() const {
     return MappingData(StringOf(GetModel()), StringOf(table->GetData(index)));
 }

@@ -46,6 +46,9 @@ public:
     /// The most that a refresh takes over of properties that no map file tells, in bytes.
     static constexpr std::uint64_t mostReadBack = 256 * 1024 * 1024;
 
+    /// Those of this process.
+    static KnownMappings& OfProcess();
+
     /// Takes what a map file said for a printer, in the place of what it said before.
     /// @param file  not empty
     void Add(const Text& printer, const Identity& file, std::unique_ptr<nvutil::ModelTable> table);

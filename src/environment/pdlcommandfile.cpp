@@ -2,11 +2,18 @@
 #include "environment/pdlcommandfile.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 
 #include "platform/text.h"
 
 namespace {
+
+constexpr std::pair<const WChar*, ProductData::PdlType> pdlTypes[] = {
+    {NV_TEXT("PCL"), ProductData::PdlTypePcl},   {NV_TEXT("PCL5"), ProductData::PdlTypePcl5},
+    {NV_TEXT("PCL6"), ProductData::PdlTypePcl6}, {NV_TEXT("PS"), ProductData::PdlTypePs},
+    {NV_TEXT("PJL"), ProductData::PdlTypePjl},
+};
 
 /// The content of the first element of a name.
 std::optional<TextView> FindElement(TextView text, const WChar* name) {
@@ -29,6 +36,13 @@ bool TakePdlElement(TextView& text, const WChar* name, TextView& before, TextVie
     content = text.substr(begin + opening.size(), end - begin - opening.size());
     text.remove_prefix(end + closing.size());
     return true;
+}
+
+ProductData::PdlType nvutil::PdlTypeOf(const CXString& name) {
+    const auto found = std::find_if(std::begin(pdlTypes), std::end(pdlTypes), [&name](const auto& each) {
+        return name.CompareNoCase(each.first) == 0;
+    });
+    return found != std::end(pdlTypes) ? found->second : ProductData::PdlTypeOther;
 }
 
 nvutil::PdlCommandFile::PdlCommandFile(const CXString& text) : m_text(StringOf(ViewOf(text))) {
@@ -64,7 +78,7 @@ void nvutil::PdlCommandFile::ReadSets(TextView text, TextView feature, TextView 
     while (TakePdlElement(text, NV_TEXT("PDLSet"), before, set)) {
         const std::optional<TextView> language = FindElement(set, NV_TEXT("PDL"));
         if (!language) continue;
-        const ProductData::PdlType type = ProductData::GetPDLType(StringOf(*language));
+        const ProductData::PdlType type = PdlTypeOf(StringOf(*language));
         const TextView qualifier = FindElement(set, NV_TEXT("Qualifier")).value_or(TextView());
         for (TextView source; TakePdlElement(set, NV_TEXT("Instruction"), before, source);) {
             CXString instruction = StringOf(source);

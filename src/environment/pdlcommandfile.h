@@ -30,6 +30,9 @@ NVUTIL_INTERNAL_API bool TakePdlElement(TextView& text, const WChar* name, TextV
 
 namespace nvutil {
 
+/// The language of a name in any case; PdlTypeOther for any other text.
+ProductData::PdlType PdlTypeOf(const CXString& name);
+
 /// A command file that has been read; it does not change.
 class NVUTIL_INTERNAL_API PdlCommandFile {
 public:

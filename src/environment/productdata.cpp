@@ -1,306 +1,254 @@
-// ProductData: the current model, and the tables of map files that it comes from.
+// ProductData: which printer model is served, where its files lie, and its printer-language commands.
 #include "environment/productdata.h"
 
-#include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <optional>
-#include <unordered_map>
 #include <utility>
 
 #include "environment/knownmappings.h"
 #include "environment/modeltable.h"
-#include "environment/pdlcommandfile.h"
+#include "environment/printermappings.h"
+#include "environment/productcodes.h"
 #include "environment/productfiles.h"
-#include "environment/storedtext.h"
-#include "platform/fork.h"
-#include "utilities/debuggingandexceptions/norvaexception.h"
+#include "environment/productkeys.h"
+#include "environment/productmodel.h"
+#include "environment/textview.h"
+#include "utilities/utilitiesdll/ownedcriticalresource.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-using platform::Text;
+using nvutil::ProductModel;
 
-/// What the driver data of a printer takes of the properties of models, in bytes.
-constexpr std::uint64_t mostStored = 256 * 1024 * 1024;
-
-const WChar* const noPrinter = NV_TEXT("Transient");
-const WChar* const currentModelValue = NV_TEXT("xUPDCurrentModel");
-
-KnownMappings& GetKnownMappings() {
-    static KnownMappings& known = *new KnownMappings;
-    return known;
+/// Guards the tables of the process and every look-up.
+CriticalResource& GetLock() {
+    return GetProcessLock(ProcessLock::ProductData);
 }
 
-[[maybe_unused]] const bool isMadeBeforeForks = platform::MakeBeforeForks([] { GetKnownMappings(); });
-
-/// The name that a printer's mappings stand under.
-Text TableNameOf(const Printer* printer) {
-    return printer != nullptr ? Text(ViewOf(printer->GetName())) : Text(noPrinter);
-}
-
-/// A model among those of a table: of the map files in a folder, else of any source.
-std::optional<KnownMappings::Entry> FindEntry(const Text& table, TextView model,
-                                              const productfiles::Identity& folder) {
-    const KnownMappings& known = GetKnownMappings();
-    const auto found = known.FindModel(table, model, productfiles::PrefixOf(folder));
-    return found ? found : known.FindModel(table, model, {});
-}
-
-CXString ValueNameOf(TextView model) {
-    return MappingData::valueNamePrefix + StringOf(model);
-}
-
-std::uint64_t SizeOf(std::uint64_t length) {
-    return sizeof(WChar) * (length + 1);
-}
-
-/// The properties of models in the driver data of a printer.
-class PrinterMappings final : public KnownMappings::StoredMappings {
+/// A model for as long as the lock is held. Public functions take it once and never call another that does.
+class LockedModel {
 public:
-    explicit PrinterMappings(Printer& printer) : m_printer(printer) {}
+    explicit LockedModel(const std::unique_ptr<ProductModel>& model) : m_lock(GetLock()), m_model(*model) {}
 
-    std::vector<CXString> ListModels() const override {
-        std::vector<CXString> models;
-        const TextView prefix = MappingData::valueNamePrefix;
-        for (const CXString& name : m_printer.EnumeratePrinterDataExW(Printer::driverDataKey)) {
-            if (ViewOf(name).starts_with(prefix)) models.push_back(name.Mid(static_cast<int>(prefix.size())));
-        }
-        return models;
+    ProductModel* operator->() const { return &m_model; }
+
+private:
+    OwnedCriticalResource m_lock;
+    ProductModel& m_model;
+};
+
+/// Takes map files into the tables of the process, and into the driver data of a model's printer if it has
+/// one. The files are read without the lock, for which look-ups of other threads would have to wait.
+class MapFileReader {
+public:
+    explicit MapFileReader(const ProductModel& model) : m_table(model.GetTableName()) {
+        if (Printer* const printer = model.GetPrinter()) m_kept.emplace(*printer);
     }
 
-    CXString ReadData(TextView model) const override {
-        return storedtext::Read(m_printer, ValueNameOf(model));
+    void ReadFolder(const CXString& folder) {
+        // The files are named below the folder's own path, which is that of no other.
+        const fs::path root = productfiles::IdentityOfFolder(productfiles::PathOf(folder));
+        for (const fs::path& file : productfiles::FindMapFiles(root).files)
+            Read(file, file.native());
     }
 
-    /// Keeps what a map file says, as far as there is room: a model without gets an empty text.
-    void Keep(const nvutil::ModelTable& table) {
-        if (table.GetCount() == 0) return;
-        MeasureStored();
-        PrinterDataUpdate update(m_printer);
-        for (std::size_t i = 0; i < table.GetCount(); ++i) {
-            std::uint64_t& size = m_sizes[Text(table.GetModel(i))];
-            const bool fits = m_stored - size + SizeOf(table.GetDataLength(i)) <= mostStored;
-            if (!fits && size <= SizeOf(0)) continue;
-            const Text data = fits ? table.GetData(i) : Text();
-            storedtext::Write(m_printer, ValueNameOf(table.GetModel(i)), StringOf(data));
-            m_stored = m_stored - size + SizeOf(data.size());
-            size = SizeOf(data.size());
-        }
-        update.Commit();
+    void Read(const fs::path& file, const productfiles::Identity& identity) {
+        const CXString text = productfiles::TextOf(productfiles::ReadFile(file).value_or(ByteBuffer()));
+        auto models = std::make_unique<nvutil::ModelTable>(ViewOf(text));
+        if (m_kept) m_kept->Keep(*models);
+        const OwnedCriticalResource lock(GetLock());
+        KnownMappings::OfProcess().Add(m_table, identity, std::move(models));
     }
 
 private:
-    /// Sees once what is there already.
-    void MeasureStored() {
-        if (std::exchange(m_isMeasured, true)) return;
-        for (const CXString& model : ListModels()) {
-            std::uint64_t& size = m_sizes[Text(ViewOf(model))];
-            size = SizeOf(static_cast<std::uint64_t>(ReadData(ViewOf(model)).GetLength()));
-            m_stored += size;
-        }
-    }
-
-    Printer& m_printer;
-    std::unordered_map<Text, std::uint64_t> m_sizes;  ///< Of values, in bytes, by model.
-    std::uint64_t m_stored = 0;                       ///< All of them together.
-    bool m_isMeasured = false;
+    platform::Text m_table;
+    std::optional<PrinterMappings> m_kept;
 };
 
-/// Reads a map file and keeps what it says in the driver data of a printer, if there is one.
-std::unique_ptr<nvutil::ModelTable> ReadMapFile(const fs::path& file, std::optional<PrinterMappings>& kept) {
-    const CXString text = productfiles::TextOf(productfiles::ReadFile(file).value_or(ByteBuffer()));
-    auto table = std::make_unique<nvutil::ModelTable>(ViewOf(text));
-    if (kept) kept->Keep(*table);
-    return table;
+/// Hands out a result, or an empty text where there is none.
+bool Take(const std::optional<CXString>& result, CXString& out) {
+    out = result.value_or(CXString());
+    return result.has_value();
 }
 
-std::optional<PrinterMappings> MappingsOf(Printer* printer) {
-    return printer != nullptr ? std::optional<PrinterMappings>(*printer) : std::nullopt;
+/// Converts an instruction into the bytes of its command, if there is one.
+bool Convert(const PdlInstruction* instruction, ByteBuffer& out, void* context) {
+    if (instruction == nullptr) return false;
+    out.clear();
+    return ProductData::ConvertAmpCommands(instruction->instruction, out, context);
 }
 
 }  // namespace
 
 const DWORD ProductData::largestFile = productfiles::largestFile;
 
-ProductData::ProductData() = default;
+ProductData::ProductData() : m_model(std::make_unique<ProductModel>()) {}
 
-ProductData::ProductData(HANDLE printer, const CXString& folder, _ModelType type, const CXString& model) {
+ProductData::ProductData(HANDLE printer, const CXString& folder, _ModelType type, const CXString& model)
+    : ProductData() {
     Initialize(printer, folder, type, model);
 }
 
 ProductData::~ProductData() = default;
 
-/// The lock of the process's tables and of every look-up.
-CriticalResource& ProductData::GetLock() {
-    return GetProcessLock(ProcessLock::ProductData);
-}
-
 void ProductData::Initialize(HANDLE printer, const CXString& folder, _ModelType type, const CXString& model) {
-    Reset();
-    m_printerHandle = printer;
-    if (printer != nullptr) m_printer = std::make_unique<Printer>(printer);
-    m_folder = folder;
-    if (!folder.IsEmpty()) {
-        m_folderIdentity = productfiles::IdentityOfFolder(productfiles::PathOf(folder));
-        UpdateRegistryMappings(folder);
-        KeepFolderName();
-    }
-    if (!model.IsEmpty()) {
-        FindModel(type, model);
-    } else if (m_printer != nullptr) {
-        FindByName(storedtext::Read(*m_printer, currentModelValue));
-    }
-    if (m_isValidated) {
-        UpdateRegistryWithProductDataValues();
-    } else if (type == ModelTypeName) {
-        m_mapping = MappingData(model);  // a name that nobody knows is still the model's name
-    }
-    m_isInitialized = true;
-}
-
-void ProductData::Reset() {
-    m_printer.reset();
-    m_printerHandle = nullptr;
-    m_folder.Empty();
-    m_folderIdentity.clear();
-    m_commands.reset();
-    SetModel({}, {});
-    m_isInitialized = m_isValidated = false;
+    auto served = std::make_unique<ProductModel>(printer, folder);
+    if (!folder.IsEmpty()) MapFileReader(*served).ReadFolder(folder);
+    served->KeepFolderName();
+    LockedModel(served)->Initialize(type, model);
+    if (served->IsValidated()) served->KeepModelName();
+    m_model = std::move(served);
 }
 
 void ProductData::CopyFromAnother(ProductData& other, bool withPrinter, bool withCommands) {
-    if (&other == this) return;
-    const OwnedCriticalResource lock(GetLock());
-    if (withPrinter) {
-        m_printer = other.m_printer != nullptr ? std::make_unique<Printer>(other.m_printerHandle) : nullptr;
-        m_printerHandle = other.m_printerHandle;
+    if (&other != this) LockedModel(m_model)->CopyFrom(*other.m_model, withPrinter, withCommands);
+}
+
+HANDLE ProductData::GetAssociatedPrinterHandle() const {
+    return m_model->GetPrinterHandle();
+}
+
+bool ProductData::IsInitialized() const {
+    return m_model->IsInitialized();
+}
+
+bool ProductData::IsValidated() const {
+    return m_model->IsValidated();
+}
+
+// Look-ups
+
+bool ProductData::GetPath(InfoType type, CXString& out) {
+    const WChar* const key = productkeys::Of(type).path;
+    return Take(key != nullptr ? LockedModel(m_model)->GetPath(key) : std::nullopt, out);
+}
+
+bool ProductData::GetPath(const CXString& key, CXString& out) {
+    return Take(LockedModel(m_model)->GetPath(key), out);
+}
+
+bool ProductData::GetMapFilePathFromRegistry(const CXString& key, CXString& out, bool isWholePath) {
+    const LockedModel model(m_model);
+    return Take(isWholePath ? model->GetPath(key) : model->GetRelativePath(key), out);
+}
+
+bool ProductData::GetInfo(InfoType type, CXString& out) {
+    const LockedModel model(m_model);
+    const WChar* const key = productkeys::Of(type).info;
+    if (type == InfoTypeModel) {
+        out = model->GetModelName();
+    } else if (type == InfoTypeProductUniqueId) {
+        out = model->GetUniqueId();
+    } else {
+        out = key != nullptr ? model->GetValue(key) : CXString();
     }
-    m_folder = StringOf(ViewOf(other.m_folder));
-    m_folderIdentity = other.m_folderIdentity;
-    SetModel(other.GetMapping(), other.m_uniqueId);
-    m_isInitialized = other.m_isInitialized;
-    m_isValidated = other.m_isValidated;
-    m_commands = withCommands ? other.m_commands : nullptr;
+    return !out.IsEmpty();
+}
+
+CXString ProductData::GetModelName() {
+    return LockedModel(m_model)->GetModelName();
+}
+
+CXString ProductData::GetPrinterProductUniqueId() {
+    return LockedModel(m_model)->GetUniqueId();
+}
+
+DataModelIds::tagControllerFamilyEnum ProductData::GetControllerFamily() {
+    return productcodes::ControllerFamilyOf(LockedModel(m_model)->GetValue(productkeys::controllerFamily));
+}
+
+DataModelIds::tagCompanyEnum ProductData::GetCompanyName() {
+    return productcodes::CompanyOf(LockedModel(m_model)->GetValue(productkeys::companyName));
+}
+
+double ProductData::GetPlatformVersion() {
+    return productcodes::LeadingNumber(LockedModel(m_model)->GetValue(productkeys::platformVersion));
+}
+
+int ProductData::GetRatedSpeed() {
+    return productcodes::LeadingInteger(LockedModel(m_model)->GetValue(productkeys::ratedSpeed));
+}
+
+DWORD ProductData::GetSupportedPDLS() {
+    return productcodes::SupportedPdlsOf(LockedModel(m_model)->GetValue(productkeys::printerLanguages));
+}
+
+bool ProductData::LoadFile(InfoType type, ByteBuffer& out) {
+    const WChar* const key = productkeys::Of(type).path;
+    auto bytes = key != nullptr ? LockedModel(m_model)->LoadFile(key) : std::nullopt;
+    const bool isLoaded = bytes.has_value();
+    out = std::move(bytes).value_or(ByteBuffer());
+    return isLoaded;
+}
+
+CXString ProductData::GenerateDmCacheFileName() {
+    return LockedModel(m_model)->GetCacheFileName();
 }
 
 // Models
 
-/// Makes a model the current one; nothing that was looked up for the former one is kept.
-void ProductData::SetModel(const MappingData& mapping, const CXString& uniqueId) {
-    m_mapping = mapping;
-    m_uniqueId = StringOf(ViewOf(uniqueId));
-    m_lastKey.Empty();
-    m_lastValue.Empty();
-    m_commands.reset();
-    m_isValidated = true;
-}
-
-bool ProductData::FindModel(_ModelType type, const CXString& model) {
-    switch (type) {
-        case ModelTypeUsbProductId:
-            return FindById(MappingData::usbProductIdKey, model);
-        case ModelTypeSysObjectId:
-            return FindById(MappingData::sysObjectIdKey, model);
-        default:
-            return FindByName(model);
-    }
-}
-
-bool ProductData::FindByName(const CXString& model) {
-    if (model.IsEmpty()) return false;
-    const OwnedCriticalResource lock(GetLock());
-    const auto found = FindEntry(TableNameOf(m_printer.get()), ViewOf(model), m_folderIdentity);
-    MappingData mapping = found ? found->GetMapping() : MappingData(StringOf(ViewOf(model)));
-    if (m_printer != nullptr) mapping.GetData(MappingData::usbProductIdKey, *m_printer);
-    if (!found && mapping.GetAllData().IsBlank()) return false;
-    SetModel(mapping, mapping.GetData(MappingData::usbProductIdKey));
-    return true;
-}
-
-bool ProductData::FindById(const CXString& key, const CXString& id) {
-    if (id.IsEmpty()) return false;  // a model without an id has none to be found by
-    const OwnedCriticalResource lock(GetLock());
-    const auto found = GetKnownMappings().FindByValue(TableNameOf(m_printer.get()), ViewOf(key), ViewOf(id));
-    if (!found) return false;
-    SetModel(found->GetMapping(), id);
-    return true;
-}
-
 bool ProductData::ValidateUsbProductId(const CXString& id) {
-    const OwnedCriticalResource lock(GetLock());
-    UpdateCachedMapData();
-    FindById(MappingData::usbProductIdKey, id);
-    return m_isValidated;
+    const LockedModel model(m_model);
+    model->Refresh();
+    model->FindById(MappingData::usbProductIdKey, id);
+    return model->IsValidated();
 }
 
 bool ProductData::ValidateModelInfo(CXString& model, bool refresh) {
-    const OwnedCriticalResource lock(GetLock());
-    if (refresh) UpdateCachedMapData();
-    if (!FindByName(model)) return false;
-    model = StringOf(ViewOf(m_mapping.GetModel()));
+    const LockedModel served(m_model);
+    if (refresh) served->Refresh();
+    if (!served->FindByName(model)) return false;
+    model = served->GetModelName();
     return true;
 }
 
 void ProductData::EnumerateInstalledDriverModels(std::set<CXString>& models) {
     const OwnedCriticalResource lock(GetLock());
-    for (const Text& model : GetKnownMappings().GetModels())
+    for (const platform::Text& model : KnownMappings::OfProcess().GetModels())
         models.insert(StringOf(model));
 }
 
 MappingData ProductData::GetMapping() {
-    const OwnedCriticalResource lock(GetLock());
-    // No string of an object is shared with one outside, which another thread may use.
-    return MappingData(StringOf(ViewOf(m_mapping.GetModel())), StringOf(ViewOf(m_mapping.GetAllData())));
+    return LockedModel(m_model)->GetMapping();
 }
 
 std::vector<CXString> ProductData::GetModels() {
-    const OwnedCriticalResource lock(GetLock());
-    std::vector<CXString> models;
-    const Text table = TableNameOf(m_printer.get());
-    for (const KnownMappings::Entry& entry :
-         GetKnownMappings().GetEntries(table, productfiles::PrefixOf(m_folderIdentity)))
-        models.push_back(StringOf(entry.GetModel()));
-    return models;
+    return LockedModel(m_model)->GetModels();
 }
 
 // Map files and the driver data
 
 void ProductData::UpdateRegistryMappings(const CXString& folder) {
-    std::optional<PrinterMappings> kept = MappingsOf(m_printer.get());
-    // The files are named below the folder's own path, which is that of no other.
-    const fs::path root = productfiles::IdentityOfFolder(productfiles::PathOf(folder));
-    for (const fs::path& file : productfiles::FindMapFiles(root).files)
-        AddMappings(file.native(), ReadMapFile(file, kept));
+    MapFileReader(*m_model).ReadFolder(folder);
 }
 
 void ProductData::ParseMapFile(const CXString& path) {
-    std::optional<PrinterMappings> kept = MappingsOf(m_printer.get());
     const fs::path file = productfiles::PathOf(path);
-    AddMappings(productfiles::IdentityOfFile(file), ReadMapFile(file, kept));
-}
-
-/// Takes what a map file said into the tables of the process.
-void ProductData::AddMappings(const fs::path::string_type& file, std::unique_ptr<nvutil::ModelTable> table) {
-    const OwnedCriticalResource lock(GetLock());
-    GetKnownMappings().Add(TableNameOf(m_printer.get()), file, std::move(table));
+    MapFileReader(*m_model).Read(file, productfiles::IdentityOfFile(file));
 }
 
 void ProductData::UpdateCachedMapData() {
-    if (m_printer == nullptr) return;
-    const OwnedCriticalResource lock(GetLock());
-    KnownMappings& known = GetKnownMappings();
-    const Text name = TableNameOf(m_printer.get());
-    try {
-        known.Refresh(name, PrinterMappings(*m_printer));
-    } catch (const NorvaException&) {
-        return;  // what was known is as good as it gets
-    }
-    if (const auto current = FindEntry(name, ViewOf(m_mapping.GetModel()), m_folderIdentity))
-        m_mapping = current->GetMapping();
-    m_lastKey.Empty();
+    LockedModel(m_model)->Refresh();
 }
 
 void ProductData::UpdateRegistryWithProductDataValues() {
-    if (m_printer != nullptr) storedtext::Write(*m_printer, currentModelValue, m_mapping.GetModel());
+    m_model->KeepModelName();
+}
+
+// Commands
+
+bool ProductData::GetPDLCommand(const CXString& feature, const CXString& option, PdlType type,
+                                ByteBuffer& out, void* context, const CXString& qualifier, bool reload) {
+    const LockedModel model(m_model);
+    if (reload) model->ForgetCommands();
+    model->ReadCommands();
+    return Convert(model->FindInstruction(feature, option, type, qualifier), out, context);
+}
+
+bool ProductData::FindPDLInstruction(const CXString& feature, const CXString& option, PdlType type,
+                                     const CXString& qualifier, ByteBuffer& out, void* context) {
+    const LockedModel model(m_model);
+    return Convert(model->FindInstruction(feature, option, type, qualifier), out, context);
 }

@@ -14,6 +14,7 @@
 #include "environment/printer.h"
 #include "environment/productdata.h"
 #include "environment/productfiles.h"
+#include "environment/productkeys.h"
 #include "environment/storedtext.h"
 #include "environment/textview.h"
 #include "platform/folder.h"
@@ -30,8 +31,6 @@ using platform::Text;
 
 constexpr int deepestFolder = 64;
 const WChar* const productDataFolder = NV_TEXT("Product Data");
-const WChar* const folderValue = NV_TEXT("ProductDataMappings");
-const WChar* const currentModelValue = NV_TEXT("xUPDCurrentModel");
 
 /// What an installed printer's driver data keeps of product data.
 struct PrinterUse {
@@ -64,8 +63,8 @@ std::vector<PrinterUse> ReadUses() {
         const Printer printer(name);
         PrinterUse& use = uses.emplace_back();
         use.printer = name;
-        use.folder = ReadText(printer, folderValue);
-        use.model = ReadText(printer, currentModelValue);
+        use.folder = ReadText(printer, productkeys::folderValue);
+        use.model = ReadText(printer, productkeys::currentModelValue);
         use.mappings = printer.EnumeratePrinterDataExW(Printer::driverDataKey);
         std::erase_if(use.mappings, [](const CXString& value) { return !IsMappingName(value); });
         std::sort(use.mappings.begin(), use.mappings.end());
@@ -215,18 +214,6 @@ private:
 };
 
 }  // namespace
-
-/// Lets maintenance know that the folder is in use, by the one path that stays right in other sessions.
-/// Nothing is written when the driver data tells it already.
-void ProductData::KeepFolderName() {
-    if (m_printer == nullptr) return;
-    std::error_code error;
-    CXString path = productfiles::NameOf(m_folderIdentity);
-    if (productfiles::PathOf(path) != fs::path(m_folderIdentity))  // whose bytes are no text
-        path = productfiles::NameOf(fs::absolute(productfiles::PathOf(m_folder), error));
-    if (!error && storedtext::Read(*m_printer, folderValue) != path)
-        storedtext::Write(*m_printer, folderValue, path);
-}
 
 void ProductData::EnumerateProductDataFoldersUsedByInstalledDrivers(std::set<CXString>& folders) {
     folders.merge(ListUsedFolders(ReadUses()));
