@@ -4,13 +4,12 @@
 #include <optional>
 #include <utility>
 
-#include "platform/errortext.h"
 #include "platform/printerdata.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
 namespace {
 
-using platform::PrinterStatus;
+using platform::Status;
 using platform::Text;
 
 /// A name as the platform takes it, which would cut it at a zero.
@@ -33,15 +32,13 @@ std::vector<CXString> StringsOf(const std::vector<Text>& texts) {
     return strings;
 }
 
-CXString ReasonOf(const PrinterStatus& status) {
-    const Text& known =
-        status.detail.empty() ? platform::ErrorText(static_cast<HRESULT>(status.code)) : status.detail;
-    return FormatText(NV_TEXT("%s (error %lu)"), StringOf(known), status.code);
+CXString ReasonOf(const Status& status) {
+    return FormatText(NV_TEXT("%s (error %lu)"), StringOf(status.GetReason()), status.code);
 }
 
 /// Throws unless an operation succeeded.
 /// @param printer  empty for an operation on all printers
-void Require(const PrinterStatus& status, const CXString& printer, const char* function, int line) {
+void Require(const Status& status, const CXString& printer, const char* function, int line) {
     if (status.IsSuccess()) return;
     const CXString subject =
         printer.IsEmpty() ? NV_TEXT("printers") : FormatText(NV_TEXT("printer \"%s\""), printer);
@@ -53,7 +50,7 @@ void Require(const PrinterStatus& status, const CXString& printer, const char* f
 
 /// The same for an operation on a value.
 /// @return whether the value is there
-bool RequirePresent(const PrinterStatus& status, const CXString& printer, const char* function, int line) {
+bool RequirePresent(const Status& status, const CXString& printer, const char* function, int line) {
     if (status.code == platform::printerValueAbsent) return false;
     Require(status, printer, function, line);
     return true;
@@ -71,8 +68,8 @@ Printer::Printer(const CXString& name, Opening opening) : m_handle(nullptr), m_i
 
 Printer::Printer(HANDLE handle) : m_handle(handle), m_isOwned(false) {
     Text name;
-    const PrinterStatus status = handle == nullptr ? PrinterStatus{platform::invalidPrinterHandle, {}}
-                                                   : platform::GetPrinterName(handle, name);
+    const Status status = handle == nullptr ? Status{platform::invalidPrinterHandle, {}}
+                                            : platform::GetPrinterName(handle, name);
     Require(status, CXString(), "Printer::Printer", __LINE__);
     m_name = StringOf(name);
 }
@@ -88,7 +85,7 @@ bool Printer::GetPrinterDataW(const CXString& valueName, DWORD& type, ByteBuffer
 bool Printer::GetPrinterDataExW(const CXString& key, const CXString& valueName, DWORD& type,
                                 ByteBuffer& data) const {
     platform::PrinterValue value;
-    const PrinterStatus status = platform::ReadPrinterValue(m_handle, TextOf(key), TextOf(valueName), value);
+    const Status status = platform::ReadPrinterValue(m_handle, TextOf(key), TextOf(valueName), value);
     if (!RequirePresent(status, m_name, "Printer::GetPrinterDataExW", __LINE__)) return false;
     type = value.type;
     static_cast<std::vector<BYTE>&>(data) = std::move(value.data);
@@ -120,8 +117,7 @@ std::vector<CXString> Printer::EnumeratePrinterDataExW(const CXString& key) cons
 
 bool Printer::GetPrinterDataTime(const CXString& key, const CXString& valueName, UtcTime& time) const {
     std::optional<std::int64_t> seconds;
-    const PrinterStatus status =
-        platform::ReadPrinterValueTime(m_handle, TextOf(key), TextOf(valueName), seconds);
+    const Status status = platform::ReadPrinterValueTime(m_handle, TextOf(key), TextOf(valueName), seconds);
     if (!RequirePresent(status, m_name, "Printer::GetPrinterDataTime", __LINE__)) return false;
     if (seconds) time = UtcTime(*seconds);
     return seconds.has_value();

@@ -5,9 +5,9 @@
 #include <string>
 #include <utility>
 
-#include "platform/codepage.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/utf8.h"
 #include "utilities/utilitiesdll/devicename.h"
 #include "utilities/utilitiesdll/norvautilities.h"
 
@@ -63,11 +63,7 @@ bool IsPlainName(TextView name) {
 }
 
 [[maybe_unused]] CXString StringOfNative(const std::string& utf8) {
-    CXString text;
-    const int size = static_cast<int>(utf8.size());
-    WChar* const units = text.GetBufferSetLength(size);  // no byte becomes more than one unit
-    const int length = platform::WideFromNarrow(platform::CodePage::Utf8, utf8.data(), size, units, size);
-    return text.Left(length);
+    return StringOf(platform::TextOfUtf8(utf8));
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/internalapi.h"
-#include "platform/text.h"
+#include "platform/status.h"
 #include "platform/types.h"
 
 namespace platform {
@@ -14,15 +14,13 @@ namespace platform {
 /// @param description  terminated text that is kept with the data, readable and protected against changes
 /// @param entropy      bytes that must be given again to unseal
 /// @param sealed       receives the sealed data; unchanged on failure
-/// @return why it failed; empty on success
-NVUTIL_INTERNAL_API Text ProtectData(std::span<const BYTE> plain, const WChar* description,
-                                     std::span<const BYTE> entropy, std::vector<BYTE>& sealed);
+NVUTIL_INTERNAL_API Status ProtectData(std::span<const BYTE> plain, const WChar* description,
+                                       std::span<const BYTE> entropy, std::vector<BYTE>& sealed);
 
 /// Unseals what ProtectData sealed. The user is never asked anything.
 /// @param plain  receives the data; unchanged on failure
-/// @return why it failed; empty on success
-NVUTIL_INTERNAL_API Text UnprotectData(std::span<const BYTE> sealed, std::span<const BYTE> entropy,
-                                       std::vector<BYTE>& plain);
+NVUTIL_INTERNAL_API Status UnprotectData(std::span<const BYTE> sealed, std::span<const BYTE> entropy,
+                                         std::vector<BYTE>& plain);
 
 /// Overwrites memory with zeros, also when nothing reads it afterwards.
 NVUTIL_INTERNAL_API void WipeMemory(std::span<BYTE> memory);

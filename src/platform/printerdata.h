@@ -5,20 +5,13 @@
 #include <optional>
 #include <vector>
 
+#include "platform/status.h"
 #include "platform/text.h"
 #include "platform/types.h"
 
 namespace platform {
 
-/// How an operation on a printer ended.
-struct PrinterStatus {
-    DWORD code = 0;  ///< The platform's error code; 0 is success. The codes below mean the same everywhere.
-    Text detail;     ///< What failed, for people; empty when the text of the code says all.
-
-    bool IsSuccess() const { return code == 0; }
-};
-
-// Codes that callers tell apart.
+// Codes that callers tell apart; they mean the same everywhere.
 constexpr DWORD printerValueAbsent = 2;
 constexpr DWORD invalidPrinterHandle = 6;
 constexpr DWORD invalidPrinterParameter = 87;
@@ -40,31 +33,31 @@ struct PrinterValue {
 /// that is so for ASCII letters only.
 /// @param mayBeNew  accept a name that is not known where the platform has no spooler that installs printers;
 ///                  the printer then comes into being with its first value
-PrinterStatus OpenPrinterByName(const Text& name, bool mayBeNew, HANDLE& handle);
+Status OpenPrinterByName(const Text& name, bool mayBeNew, HANDLE& handle);
 void ClosePrinterHandle(HANDLE handle);
-PrinterStatus GetPrinterName(HANDLE handle, Text& name);
+Status GetPrinterName(HANDLE handle, Text& name);
 
 /// Reads a value whole, also when it grows meanwhile. The code is `printerValueAbsent` when there is none.
-PrinterStatus ReadPrinterValue(HANDLE handle, const Text& key, const Text& name, PrinterValue& value);
-PrinterStatus WritePrinterValue(HANDLE handle, const Text& key, const Text& name, const PrinterValue& value);
-PrinterStatus DeletePrinterValue(HANDLE handle, const Text& key, const Text& name);
+Status ReadPrinterValue(HANDLE handle, const Text& key, const Text& name, PrinterValue& value);
+Status WritePrinterValue(HANDLE handle, const Text& key, const Text& name, const PrinterValue& value);
+Status DeletePrinterValue(HANDLE handle, const Text& key, const Text& name);
 /// The names of a key's values; none for a key that does not exist.
-PrinterStatus ListPrinterValues(HANDLE handle, const Text& key, std::vector<Text>& names);
+Status ListPrinterValues(HANDLE handle, const Text& key, std::vector<Text>& names);
 /// When a value was written, in seconds since 1970-01-01 00:00:00 UTC; empty where the platform does not
 /// keep it.
-PrinterStatus ReadPrinterValueTime(HANDLE handle, const Text& key, const Text& name,
-                                   std::optional<std::int64_t>& seconds);
+Status ReadPrinterValueTime(HANDLE handle, const Text& key, const Text& name,
+                            std::optional<std::int64_t>& seconds);
 /// The names of all printers.
-PrinterStatus ListPrinters(std::vector<Text>& names);
+Status ListPrinters(std::vector<Text>& names);
 
 /// What a process holds while nobody else may begin an update of the same printer.
 struct PrinterUpdate;
 
 /// Waits until no other process or thread updates the printer, up to `printerPatience`.
-PrinterStatus BeginPrinterUpdate(HANDLE handle, PrinterUpdate*& update);
+Status BeginPrinterUpdate(HANDLE handle, PrinterUpdate*& update);
 /// Ends an update and keeps what was written. On failure nothing of it is kept where updates can be taken
 /// back.
-PrinterStatus CommitPrinterUpdate(PrinterUpdate* update);
+Status CommitPrinterUpdate(PrinterUpdate* update);
 /// Ends an update and takes back what was written, where the platform can do so.
 void AbandonPrinterUpdate(PrinterUpdate* update);
 

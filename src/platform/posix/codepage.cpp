@@ -3,6 +3,7 @@
 #include "platform/posix/converter.h"
 #include "platform/posix/environment.h"
 #include "platform/text.h"
+#include "platform/utf8.h"
 
 #include <iconv.h>
 
@@ -136,10 +137,6 @@ private:
 
 // UTF-8
 
-bool IsScalarValue(char32_t character) {
-    return character <= 0x10FFFF && !IsHighSurrogate(character) && !IsLowSurrogate(character);
-}
-
 // Reads one character; a lone surrogate is the replacement character.
 char32_t ReadUtf16(const WChar*& cursor, const WChar* end) {
     const char32_t unit = *cursor++;
@@ -159,87 +156,41 @@ void WriteUtf16(Writer& out, char32_t character) {
     }
 }
 
-// How many bytes a sequence has whose first byte is this one; 0 when none begins with it.
+// How many bytes a sequence has that begins with this byte, which is not ASCII; 0 when none does.
 int Utf8SequenceLength(unsigned char first) {
-    if (first < 0x80) return 1;
     if (first < 0xC2) return 0;
     if (first < 0xE0) return 2;
     if (first < 0xF0) return 3;
     return first < 0xF5 ? 4 : 0;
 }
 
-// Reads one character; each malformed sequence is one replacement character. The second byte belongs to the
+// Passes over a malformed sequence, which becomes one replacement character. The second byte belongs to the
 // sequence even when it makes it overlong, a surrogate or too large a number.
-char32_t ReadAnyUtf8(const char*& cursor, const char* end) {
+void SkipMalformedUtf8(const char*& cursor, const char* end) {
     constexpr std::array<char32_t, 5> smallest = {0, 0, 0x80, 0x800, 0x10000};
     const auto first = static_cast<unsigned char>(*cursor++);
     const int length = Utf8SequenceLength(first);
-    if (length == 0) return replacementCharacter;
-    if (length == 1) return first;
-
     char32_t character = first & (0xFFU >> (length + 1));
-    for (int read = 1; read < length; ++read) {
-        if (cursor == end || (static_cast<unsigned char>(*cursor) & 0xC0) != 0x80)
-            return replacementCharacter;
+    for (int left = length - 1; left > 0; --left) {
+        if (cursor == end || (static_cast<unsigned char>(*cursor) & 0xC0) != 0x80) return;
         character = character << 6 | (static_cast<unsigned char>(*cursor++) & 0x3F);
-        const int bitsLeft = 6 * (length - 1 - read);
+        const int bitsLeft = 6 * (left - 1);
         const char32_t lowest = character << bitsLeft;
         const char32_t highest = lowest | ((char32_t{1} << bitsLeft) - 1);
         if (highest < smallest[static_cast<std::size_t>(length)] ||
-            !(IsScalarValue(lowest) || IsScalarValue(highest))) {
-            return replacementCharacter;
-        }
+            !(IsScalarValue(lowest) || IsScalarValue(highest)))
+            return;
     }
-    return character;
 }
 
-// Reads one character that is not ASCII; the sound ones at once.
+// Reads one character that is not ASCII.
 char32_t ReadUtf8(const char*& cursor, const char* end) {
-    const auto byteAt = [&cursor](int i) { return char32_t{static_cast<unsigned char>(cursor[i])}; };
-    const auto isTrail = [&byteAt](int i) { return (byteAt(i) & 0xC0) == 0x80; };
-    const auto left = end - cursor;
-    if (left >= 2 && byteAt(0) >= 0xC2 && byteAt(0) < 0xE0 && isTrail(1)) {
-        const char32_t character = (byteAt(0) & 0x1F) << 6 | (byteAt(1) & 0x3F);
-        cursor += 2;
-        return character;
-    }
-    if (left >= 3 && byteAt(0) >= 0xE0 && byteAt(0) < 0xF0 && isTrail(1) && isTrail(2)) {
-        const char32_t character = (byteAt(0) & 0x0F) << 12 | (byteAt(1) & 0x3F) << 6 | (byteAt(2) & 0x3F);
-        if (character >= 0x800 && IsScalarValue(character)) {
-            cursor += 3;
-            return character;
-        }
-    }
-    if (left >= 4 && byteAt(0) >= 0xF0 && byteAt(0) < 0xF5 && isTrail(1) && isTrail(2) && isTrail(3)) {
-        const char32_t character = (byteAt(0) & 0x07) << 18 | (byteAt(1) & 0x3F) << 12 |
-                                   (byteAt(2) & 0x3F) << 6 | (byteAt(3) & 0x3F);
-        if (character >= 0x10000 && IsScalarValue(character)) {
-            cursor += 4;
-            return character;
-        }
-    }
-    return ReadAnyUtf8(cursor, end);
-}
-
-template <class Writer>
-void WriteUtf8(Writer& out, char32_t character) {
-    const auto put = [&out](char32_t byte) { out.Put(static_cast<char>(byte)); };
-    const auto putTrail = [&put, character](int shift) { put(0x80 | ((character >> shift) & 0x3F)); };
-    if (character < 0x80) {
-        put(character);
-    } else if (character < 0x800) {
-        put(0xC0 | character >> 6);
-        putTrail(0);
-    } else if (character < 0x10000) {
-        put(0xE0 | character >> 12);
-        putTrail(6);
-        putTrail(0);
-    } else {
-        put(0xF0 | character >> 18);
-        putTrail(12);
-        putTrail(6);
-        putTrail(0);
-    }
+    char32_t character = replacementCharacter;
+    const std::size_t length = DecodeUtf8(cursor, static_cast<std::size_t>(end - cursor), character);
+    cursor += length;
+    if (length != 0) return character;
+    SkipMalformedUtf8(cursor, end);
+    return replacementCharacter;
 }
 
 template <class Writer>
@@ -247,7 +198,7 @@ void Utf8FromWide(Writer& out, const WChar* text, const WChar* end) {
     while ((text = out.PutAscii(text, end)) != end) {
         do {
             text = out.PutTwoByteBlocks(text, end);
-            WriteUtf8(out, ReadUtf16(text, end));
+            EncodeUtf8(ReadUtf16(text, end), [&out](char byte) { out.Put(byte); });
         } while (text != end && *text >= 0x80);
     }
 }

@@ -11,8 +11,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/codepage.h"
 #include "platform/posix/masterkey.h"
+#include "platform/utf8.h"
 
 namespace platform {
 
@@ -97,32 +97,29 @@ std::vector<BYTE> Unseal(std::span<const BYTE> sealed, std::span<const BYTE> ent
     return plain;
 }
 
-Text TextOf(std::string_view utf8) {
-    const int length = static_cast<int>(utf8.size());
-    Text text(utf8.size(), WChar{0});
-    text.resize(
-        static_cast<std::size_t>(WideFromNarrow(CodePage::Utf8, utf8.data(), length, text.data(), length)));
-    return text;
+Status StatusOf(const ProtectionFailure& failure) {
+    constexpr DWORD generalFailure = 31;
+    return {generalFailure, TextOfUtf8(failure.what())};
 }
 
 }  // namespace
 
-Text ProtectData(std::span<const BYTE> plain, const WChar* description, std::span<const BYTE> entropy,
-                 std::vector<BYTE>& sealed) {
+Status ProtectData(std::span<const BYTE> plain, const WChar* description, std::span<const BYTE> entropy,
+                   std::vector<BYTE>& sealed) {
     try {
         sealed = Seal(plain, description, entropy);
         return {};
     } catch (const ProtectionFailure& failure) {
-        return TextOf(failure.what());
+        return StatusOf(failure);
     }
 }
 
-Text UnprotectData(std::span<const BYTE> sealed, std::span<const BYTE> entropy, std::vector<BYTE>& plain) {
+Status UnprotectData(std::span<const BYTE> sealed, std::span<const BYTE> entropy, std::vector<BYTE>& plain) {
     try {
         plain = Unseal(sealed, entropy);
         return {};
     } catch (const ProtectionFailure& failure) {
-        return TextOf(failure.what());
+        return StatusOf(failure);
     }
 }
 

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/codepage.h"
+#include "platform/utf8.h"
 
 namespace platform {
 
@@ -24,22 +24,6 @@ using TextView = std::basic_string_view<WChar>;
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 constexpr mode_t folderMode = 0777;
 constexpr mode_t fileMode = 0666;
-
-std::string Narrow(TextView text) {
-    const auto length = static_cast<int>(text.size());
-    std::string name(
-        static_cast<std::size_t>(NarrowFromWide(CodePage::Utf8, text.data(), length, nullptr, 0)), '\0');
-    NarrowFromWide(CodePage::Utf8, text.data(), length, name.data(), static_cast<int>(name.size()));
-    return name;
-}
-
-Text Wide(std::string_view name) {
-    const auto length = static_cast<int>(name.size());
-    Text text(static_cast<std::size_t>(WideFromNarrow(CodePage::Utf8, name.data(), length, nullptr, 0)),
-              u'\0');
-    WideFromNarrow(CodePage::Utf8, name.data(), length, text.data(), static_cast<int>(text.size()));
-    return text;
-}
 
 // Files are named in UTF-8 here, whatever the ANSI code page. A byte that is not, 0x80 to 0xFF, is listed as
 // a low surrogate that stands alone, U+DC80 to U+DCFF, so that every entry can be opened and removed.
@@ -52,21 +36,21 @@ std::string NativeName(const Text& text) {
     for (std::size_t i = 0; i < units.size(); ++i) {
         const bool isLone = i == 0 || !IsHighSurrogate(units[i - 1]);
         if (!isLone || units[i] < escape + 0x80 || units[i] > escape + 0xFF) continue;
-        name += Narrow(units.substr(begin, i - begin)) + static_cast<char>(units[i] - escape);
+        name += Utf8Of(units.substr(begin, i - begin)) + static_cast<char>(units[i] - escape);
         begin = i + 1;
     }
-    return name + Narrow(units.substr(begin));
+    return name + Utf8Of(units.substr(begin));
 }
 
 Text TextOf(std::string_view name) {
-    Text text = Wide(name);
-    if (Narrow(text) == name) return text;
+    Text text = TextOfUtf8(name);
+    if (Utf8Of(text) == name) return text;
     text.clear();
     while (!name.empty()) {
         const auto lead = static_cast<BYTE>(name[0]);
         const std::string_view part = name.substr(0, lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4);
-        const Text units = Wide(part);
-        const bool isText = Narrow(units) == part;
+        const Text units = TextOfUtf8(part);
+        const bool isText = Utf8Of(units) == part;
         text += isText ? units : Text(1, static_cast<WChar>(escape + lead));
         name.remove_prefix(isText ? part.size() : 1);
     }

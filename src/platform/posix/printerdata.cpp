@@ -235,7 +235,7 @@ private:
 
 /// Runs an operation on an open printer; what it throws becomes the status.
 template <class Operation>
-PrinterStatus WithPrinter(HANDLE handle, Operation operation) {
+Status WithPrinter(HANDLE handle, Operation operation) {
     try {
         PrinterInUse printer(handle);
         try {
@@ -253,7 +253,7 @@ void RequireNames(const Text& key, const Text& name) {
     if (!IsPrinterName(key) || !IsPrinterName(name)) throw PrinterStoreError{{invalidPrinterParameter, {}}};
 }
 
-constexpr PrinterStatus absent() {
+constexpr Status absent() {
     return {printerValueAbsent, {}};
 }
 
@@ -263,7 +263,7 @@ struct PrinterUpdate {
     HANDLE handle;
 };
 
-PrinterStatus OpenPrinterByName(const Text& name, bool mayBeNew, HANDLE& handle) {
+Status OpenPrinterByName(const Text& name, bool mayBeNew, HANDLE& handle) {
     if (!IsPrinterName(name)) return {unknownPrinter, {}};
     try {
         handle = OpenPrinters::Get().Add(name);
@@ -271,7 +271,7 @@ PrinterStatus OpenPrinterByName(const Text& name, bool mayBeNew, HANDLE& handle)
         return error.status;
     }
     if (mayBeNew) return {};
-    PrinterStatus status = WithPrinter(handle, [&](PrinterInUse& printer) -> PrinterStatus {
+    Status status = WithPrinter(handle, [&](PrinterInUse& printer) -> Status {
         PrinterStore* const store = printer.FindStore();
         if (store != nullptr && store->HasPrinter(name)) return {};
         return {unknownPrinter, {}};
@@ -284,15 +284,15 @@ void ClosePrinterHandle(HANDLE handle) {
     OpenPrinters::Get().Remove(handle);
 }
 
-PrinterStatus GetPrinterName(HANDLE handle, Text& name) {
+Status GetPrinterName(HANDLE handle, Text& name) {
     return WithPrinter(handle, [&](PrinterInUse& printer) {
         name = printer.GetName();
-        return PrinterStatus{};
+        return Status{};
     });
 }
 
-PrinterStatus ReadPrinterValue(HANDLE handle, const Text& key, const Text& name, PrinterValue& value) {
-    return WithPrinter(handle, [&](PrinterInUse& printer) -> PrinterStatus {
+Status ReadPrinterValue(HANDLE handle, const Text& key, const Text& name, PrinterValue& value) {
+    return WithPrinter(handle, [&](PrinterInUse& printer) -> Status {
         RequireNames(key, name);
         if (const PrinterChange* change = printer.FindChange(key, name)) {
             if (!change->value) return absent();
@@ -301,80 +301,80 @@ PrinterStatus ReadPrinterValue(HANDLE handle, const Text& key, const Text& name,
         }
         PrinterStore* const store = printer.FindStore();
         const bool isThere = store != nullptr && store->Read({printer.GetName(), key, name}, value);
-        return isThere ? PrinterStatus{} : absent();
+        return isThere ? Status{} : absent();
     });
 }
 
-PrinterStatus WritePrinterValue(HANDLE handle, const Text& key, const Text& name, const PrinterValue& value) {
+Status WritePrinterValue(HANDLE handle, const Text& key, const Text& name, const PrinterValue& value) {
     return WithPrinter(handle, [&](PrinterInUse& printer) {
         RequireNames(key, name);
         printer.Change({key, name, value});
-        return PrinterStatus{};
+        return Status{};
     });
 }
 
-PrinterStatus DeletePrinterValue(HANDLE handle, const Text& key, const Text& name) {
+Status DeletePrinterValue(HANDLE handle, const Text& key, const Text& name) {
     return WithPrinter(handle, [&](PrinterInUse& printer) {
         RequireNames(key, name);
-        return printer.Change({key, name, std::nullopt}) ? PrinterStatus{} : absent();
+        return printer.Change({key, name, std::nullopt}) ? Status{} : absent();
     });
 }
 
-PrinterStatus ListPrinterValues(HANDLE handle, const Text& key, std::vector<Text>& names) {
+Status ListPrinterValues(HANDLE handle, const Text& key, std::vector<Text>& names) {
     return WithPrinter(handle, [&](PrinterInUse& printer) {
         RequireNames(key, key);
         PrinterStore* const store = printer.FindStore();
         if (store != nullptr) names = store->ListValues(printer.GetName(), key);
         printer.ChangeNames(key, names);
-        return PrinterStatus{};
+        return Status{};
     });
 }
 
-PrinterStatus ReadPrinterValueTime(HANDLE handle, const Text& key, const Text& name,
-                                   std::optional<std::int64_t>& seconds) {
+Status ReadPrinterValueTime(HANDLE handle, const Text& key, const Text& name,
+                            std::optional<std::int64_t>& seconds) {
     return WithPrinter(handle, [&](PrinterInUse& printer) {
         RequireNames(key, name);
         seconds = printer.FindTime(key, name);
-        return seconds ? PrinterStatus{} : absent();
+        return seconds ? Status{} : absent();
     });
 }
 
-PrinterStatus ListPrinters(std::vector<Text>& names) {
+Status ListPrinters(std::vector<Text>& names) {
     HANDLE handle = nullptr;  // of no printer, but with a connection like any other
-    PrinterStatus status = OpenPrinterByName(NV_TEXT("*"), true, handle);
+    Status status = OpenPrinterByName(NV_TEXT("*"), true, handle);
     if (!status.IsSuccess()) return status;
     status = WithPrinter(handle, [&](PrinterInUse& printer) {
         if (PrinterStore* const store = printer.FindStore()) names = store->ListPrinters();
-        return PrinterStatus{};
+        return Status{};
     });
     ClosePrinterHandle(handle);
     return status;
 }
 
-PrinterStatus BeginPrinterUpdate(HANDLE handle, PrinterUpdate*& update) {
+Status BeginPrinterUpdate(HANDLE handle, PrinterUpdate*& update) {
     auto begun = std::make_unique<PrinterUpdate>(PrinterUpdate{handle});
-    PrinterStatus status = WithPrinter(handle, [](PrinterInUse& printer) {
+    Status status = WithPrinter(handle, [](PrinterInUse& printer) {
         printer.BeginUpdate();
-        return PrinterStatus{};
+        return Status{};
     });
     if (status.IsSuccess()) update = begun.release();
     return status;
 }
 
-PrinterStatus CommitPrinterUpdate(PrinterUpdate* update) {
+Status CommitPrinterUpdate(PrinterUpdate* update) {
     const std::unique_ptr<PrinterUpdate> ending(update);
     return WithPrinter(ending->handle, [](PrinterInUse& printer) {
         printer.CommitUpdate();
-        return PrinterStatus{};
+        return Status{};
     });
 }
 
 void AbandonPrinterUpdate(PrinterUpdate* update) {
     const std::unique_ptr<PrinterUpdate> ending(update);
-    WithPrinter(ending->handle, [](PrinterInUse& printer) {
+    static_cast<void>(WithPrinter(ending->handle, [](PrinterInUse& printer) {
         printer.AbandonUpdate();
-        return PrinterStatus{};
-    });
+        return Status{};
+    }));
 }
 
 }  // namespace platform

@@ -16,8 +16,8 @@
 #include <thread>
 #include <utility>
 
-#include "platform/codepage.h"
 #include "platform/posix/environment.h"
+#include "platform/utf8.h"
 
 namespace platform {
 
@@ -54,22 +54,6 @@ constexpr const char* statementTexts[] = {
     writeSql,
     "DELETE FROM printerdata WHERE printer = ?1 AND key = ?2 AND value = ?3",
 };
-
-Text Wide(std::string_view utf8) {
-    const int length = static_cast<int>(utf8.size());
-    const int size = WideFromNarrow(CodePage::Utf8, utf8.data(), length, nullptr, 0);
-    Text text(static_cast<std::size_t>(size), 0);
-    WideFromNarrow(CodePage::Utf8, utf8.data(), length, text.data(), size);
-    return text;
-}
-
-std::string Utf8(const Text& text) {
-    const int length = static_cast<int>(text.size());
-    const int size = NarrowFromWide(CodePage::Utf8, text.data(), length, nullptr, 0);
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    NarrowFromWide(CodePage::Utf8, text.data(), length, bytes.data(), size);
-    return bytes;
-}
 
 struct CodeOfResult {
     int result;
@@ -122,7 +106,7 @@ constinit std::mutex openingLock;
 }  // namespace
 
 void FailWithPrinterFile(const fs::path& file, DWORD code, const std::string& problem) {
-    throw PrinterStoreError{{code, Wide(file.string() + ": " + problem)}};
+    throw PrinterStoreError{{code, TextOfUtf8(file.string() + ": " + problem)}};
 }
 
 DWORD CodeOfErrno(int error) {
@@ -170,7 +154,7 @@ public:
     }
 
     Statement& Bind(const Text& text) {
-        const std::string bytes = Utf8(text);
+        const std::string bytes = Utf8Of(text);
         m_store.Require(sqlite3_bind_text64(m_statement, ++m_bound, bytes.data(), bytes.size(),
                                             SQLITE_TRANSIENT, SQLITE_UTF8));
         return *this;
@@ -208,8 +192,8 @@ public:
         while (Step()) {
             const std::vector<BYTE> data = GetBytes(0);
             const std::string_view bytes(reinterpret_cast<const char*>(data.data()), data.size());
-            Text name = Wide(bytes);
-            if (IsPrinterName(name) && Utf8(name) == bytes) names.push_back(std::move(name));
+            Text name = TextOfUtf8(bytes);
+            if (IsPrinterName(name) && Utf8Of(name) == bytes) names.push_back(std::move(name));
         }
         return names;
     }
@@ -347,7 +331,7 @@ void PrinterStore::RequireOwnLayout() {
     const std::int64_t version = ReadNumber("PRAGMA user_version");
     if (version > layoutVersion)
         Fail(invalidData, NV_TEXT("has a newer schema than this version of the library knows: ") +
-                              Wide(std::to_string(version)));
+                              TextOfUtf8(std::to_string(version)));
     const OwnedStatement encoding = Compile("PRAGMA encoding", false);
     const bool isUtf8 =
         sqlite3_step(encoding.get()) == SQLITE_ROW &&
@@ -456,7 +440,7 @@ void PrinterStore::Fail(int result) {
 }
 
 void PrinterStore::Fail(DWORD code, const Text& problem) {
-    FailWithPrinterFile(m_file, code, Utf8(problem));
+    FailWithPrinterFile(m_file, code, Utf8Of(problem));
 }
 
 }  // namespace platform

@@ -22,7 +22,7 @@ namespace platform {
 
 /// What the members of a store throw: the status that the seam reports.
 struct PrinterStoreError {
-    PrinterStatus status;
+    Status status;
 };
 
 /// Throws a failure whose detail names the file.

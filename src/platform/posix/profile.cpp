@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/codepage.h"
 #include "platform/posix/profilefile.h"
 #include "platform/posix/profiletext.h"
+#include "platform/utf8.h"
 
 namespace platform::profile {
 
@@ -22,15 +22,8 @@ constexpr std::size_t listTerminators = 2;
 /// Files are named in UTF-8 here, whatever the ANSI code page. A name that UTF-8 cannot tell exactly must not
 /// become that of another file, so it becomes the empty one, which no file has.
 std::string PathOf(const WChar* file) {
-    const std::basic_string_view<WChar> name = file;
-    const auto length = static_cast<int>(name.size());
-    std::string path(static_cast<std::size_t>(NarrowFromWide(CodePage::Utf8, file, length, nullptr, 0)),
-                     '\0');
-    const auto size = static_cast<int>(path.size());
-    NarrowFromWide(CodePage::Utf8, file, length, path.data(), size);
-    std::basic_string<WChar> back(name.size(), WChar{0});
-    const int backLength = WideFromNarrow(CodePage::Utf8, path.data(), size, back.data(), length);
-    return backLength == length && back == name ? path : std::string();
+    std::string path = Utf8Of(file);
+    return TextOfUtf8(path) == file ? path : std::string();
 }
 
 FileContent Read(const WChar* file) {

@@ -4,15 +4,12 @@
 #include <cstdio>
 #include <string>
 
-#include "platform/codepage.h"
+#include "platform/utf8.h"
 
 namespace platform {
 
 void WriteToStandardError(const Text& text) {
-    const int length = static_cast<int>(text.size());
-    const int size = NarrowFromWide(CodePage::Utf8, text.data(), length, nullptr, 0);
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    NarrowFromWide(CodePage::Utf8, text.data(), length, bytes.data(), size);
+    const std::string bytes = Utf8Of(text);
     std::fwrite(bytes.data(), 1, bytes.size(), stderr);
 }
 

@@ -41,35 +41,40 @@ DATA_BLOB BlobOf(std::span<const BYTE> bytes) {
     return {static_cast<DWORD>(bytes.size()), static_cast<BYTE*>(const_cast<void*>(first))};
 }
 
-Text LastErrorText() {
+Status LastErrorStatus() {
     const DWORD error = GetLastError();
-    Text text = ErrorText(static_cast<HRESULT>(error));
-    return text.empty() ? L"system error " + std::to_wstring(error) : text;
+    return {error,
+            ErrorText(static_cast<HRESULT>(error)).empty() ? L"system error " + std::to_wstring(error) : L""};
+}
+
+/// Whether the system, which counts in 32 bits, can take the data.
+Status CheckSize(std::span<const BYTE> data) {
+    return data.size() <= UINT32_MAX ? Status{} : Status{ERROR_INVALID_PARAMETER, L"too much data"};
 }
 
 }  // namespace
 
-Text ProtectData(std::span<const BYTE> plain, const WChar* description, std::span<const BYTE> entropy,
-                 std::vector<BYTE>& sealed) {
-    if (plain.size() > UINT32_MAX) return L"too much data";
+Status ProtectData(std::span<const BYTE> plain, const WChar* description, std::span<const BYTE> entropy,
+                   std::vector<BYTE>& sealed) {
+    if (Status size = CheckSize(plain); !size.IsSuccess()) return size;
     DATA_BLOB in = BlobOf(plain);
     DATA_BLOB optionalEntropy = BlobOf(entropy);
     SystemBlob out;
     if (CryptProtectData(&in, description, &optionalEntropy, nullptr, nullptr, 0, out.Receive()) == 0)
-        return LastErrorText();
+        return LastErrorStatus();
     out.CopyTo(sealed);
     return {};
 }
 
-Text UnprotectData(std::span<const BYTE> sealed, std::span<const BYTE> entropy, std::vector<BYTE>& plain) {
-    if (sealed.size() > UINT32_MAX) return L"too much data";
+Status UnprotectData(std::span<const BYTE> sealed, std::span<const BYTE> entropy, std::vector<BYTE>& plain) {
+    if (Status size = CheckSize(sealed); !size.IsSuccess()) return size;
     DATA_BLOB in = BlobOf(sealed);
     DATA_BLOB optionalEntropy = BlobOf(entropy);
     SystemBlob out;
     // The flags differ from those of sealing deliberately.
     if (CryptUnprotectData(&in, nullptr, &optionalEntropy, nullptr, nullptr, CRYPTPROTECT_UI_FORBIDDEN,
                            out.Receive()) == 0) {
-        return LastErrorText();
+        return LastErrorStatus();
     }
     out.CopyTo(plain);
     return {};

@@ -21,11 +21,11 @@ namespace {
 // Someone who keeps enlarging what is asked for must not hold us for ever.
 constexpr int mostAttempts = 100;
 
-PrinterStatus StatusOfLastError() {
+Status StatusOfLastError() {
     return {GetLastError(), {}};
 }
 
-PrinterStatus StatusOf(DWORD code) {
+Status StatusOf(DWORD code) {
     return {code, {}};
 }
 
@@ -80,21 +80,21 @@ struct PrinterUpdate {
     OwnedMutex mutex;
 };
 
-PrinterStatus OpenPrinterByName(const Text& name, bool /*mayBeNew*/, HANDLE& handle) {
+Status OpenPrinterByName(const Text& name, bool /*mayBeNew*/, HANDLE& handle) {
     if (name.empty()) return StatusOf(unknownPrinter);  // it would stand for the server
     Text writable = name;
     PRINTER_DEFAULTSW defaults{nullptr, nullptr, PRINTER_ACCESS_ADMINISTER | PRINTER_ACCESS_USE};
     if (OpenPrinterW(writable.data(), &handle, &defaults) != FALSE) return {};
     if (GetLastError() != ERROR_ACCESS_DENIED) return StatusOfLastError();
     defaults.DesiredAccess = PRINTER_ACCESS_USE;  // enough for reading
-    return OpenPrinterW(writable.data(), &handle, &defaults) != FALSE ? PrinterStatus{} : StatusOfLastError();
+    return OpenPrinterW(writable.data(), &handle, &defaults) != FALSE ? Status{} : StatusOfLastError();
 }
 
 void ClosePrinterHandle(HANDLE handle) {
     ClosePrinter(handle);
 }
 
-PrinterStatus GetPrinterName(HANDLE handle, Text& name) {
+Status GetPrinterName(HANDLE handle, Text& name) {
     std::vector<BYTE> buffer;
     const DWORD code = ReadWhole(buffer, [&](BYTE* bytes, DWORD size, DWORD& needed) {
         return GetPrinterW(handle, 2, bytes, size, &needed) != FALSE ? ERROR_SUCCESS : GetLastError();
@@ -104,24 +104,24 @@ PrinterStatus GetPrinterName(HANDLE handle, Text& name) {
     return {};
 }
 
-PrinterStatus ReadPrinterValue(HANDLE handle, const Text& key, const Text& name, PrinterValue& value) {
+Status ReadPrinterValue(HANDLE handle, const Text& key, const Text& name, PrinterValue& value) {
     return StatusOf(ReadWhole(value.data, [&](BYTE* bytes, DWORD size, DWORD& needed) {
         return GetPrinterDataExW(handle, key.c_str(), name.c_str(), &value.type, bytes, size, &needed);
     }));
 }
 
-PrinterStatus WritePrinterValue(HANDLE handle, const Text& key, const Text& name, const PrinterValue& value) {
+Status WritePrinterValue(HANDLE handle, const Text& key, const Text& name, const PrinterValue& value) {
     BYTE none = 0;
     BYTE* const bytes = value.data.empty() ? &none : const_cast<BYTE*>(value.data.data());
     return StatusOf(SetPrinterDataExW(handle, key.c_str(), name.c_str(), value.type, bytes,
                                       static_cast<DWORD>(value.data.size())));
 }
 
-PrinterStatus DeletePrinterValue(HANDLE handle, const Text& key, const Text& name) {
+Status DeletePrinterValue(HANDLE handle, const Text& key, const Text& name) {
     return StatusOf(DeletePrinterDataExW(handle, key.c_str(), name.c_str()));
 }
 
-PrinterStatus ListPrinterValues(HANDLE handle, const Text& key, std::vector<Text>& names) {
+Status ListPrinterValues(HANDLE handle, const Text& key, std::vector<Text>& names) {
     std::vector<BYTE> buffer;
     DWORD count = 0;
     const DWORD code = ReadWhole(buffer, [&](BYTE* bytes, DWORD size, DWORD& needed) {
@@ -135,13 +135,13 @@ PrinterStatus ListPrinterValues(HANDLE handle, const Text& key, std::vector<Text
     return {};
 }
 
-PrinterStatus ReadPrinterValueTime(HANDLE handle, const Text& key, const Text& name,
-                                   std::optional<std::int64_t>& /*seconds*/) {
+Status ReadPrinterValueTime(HANDLE handle, const Text& key, const Text& name,
+                            std::optional<std::int64_t>& /*seconds*/) {
     PrinterValue value;  // the spooler keeps no times, but an absent value is told apart all the same
     return ReadPrinterValue(handle, key, name, value);
 }
 
-PrinterStatus ListPrinters(std::vector<Text>& names) {
+Status ListPrinters(std::vector<Text>& names) {
     std::vector<BYTE> buffer;
     DWORD count = 0;
     const DWORD code = ReadWhole(buffer, [&](BYTE* bytes, DWORD size, DWORD& needed) {
@@ -156,9 +156,9 @@ PrinterStatus ListPrinters(std::vector<Text>& names) {
     return {};
 }
 
-PrinterStatus BeginPrinterUpdate(HANDLE handle, PrinterUpdate*& update) {
+Status BeginPrinterUpdate(HANDLE handle, PrinterUpdate*& update) {
     Text name;
-    PrinterStatus status = GetPrinterName(handle, name);
+    Status status = GetPrinterName(handle, name);
     if (!status.IsSuccess()) return status;
     auto begun = std::make_unique<PrinterUpdate>(PrinterUpdate{OpenUpdateMutex(name)});
     if (begun->mutex == nullptr) return StatusOfLastError();
@@ -170,7 +170,7 @@ PrinterStatus BeginPrinterUpdate(HANDLE handle, PrinterUpdate*& update) {
     return {};
 }
 
-PrinterStatus CommitPrinterUpdate(PrinterUpdate* update) {
+Status CommitPrinterUpdate(PrinterUpdate* update) {
     AbandonPrinterUpdate(update);
     return {};
 }

@@ -6,6 +6,7 @@
 
 #include "platform/codepage.h"
 #include "platform/text.h"
+#include "platform/utf8.h"
 #include "utilities/utilitiesdll/devicename.h"
 
 namespace {
@@ -13,19 +14,18 @@ namespace {
 using platform::Text;
 using TextView = std::basic_string_view<WChar>;
 
-constexpr int longestName = 255;  // in bytes of UTF-8
+constexpr std::size_t longestName = 255;  // in bytes of UTF-8
 constexpr TextView separators = NV_TEXT("\\/");
 constexpr TextView forbiddenCharacters = NV_TEXT("<>:\"|?*");
 constexpr TextView blanksAndDots = NV_TEXT(" .");
 constexpr WChar replacementCharacter = 0xFFFD;
 
 Text Decode(std::string_view name, WORD attributes) {
-    const bool isUtf8 = (attributes & cabinetNameIsUtf8) != 0;
-    const platform::CodePage codePage = isUtf8 ? platform::CodePage::Utf8 : platform::CodePage::Ansi;
+    if ((attributes & cabinetNameIsUtf8) != 0) return platform::TextOfUtf8(name);
     const auto length = static_cast<int>(name.size());
-    const int size = platform::WideFromNarrow(codePage, name.data(), length, nullptr, 0);
+    const int size = platform::WideFromNarrow(platform::CodePage::Ansi, name.data(), length, nullptr, 0);
     Text text(static_cast<std::size_t>(size), WChar{0});
-    platform::WideFromNarrow(codePage, name.data(), length, text.data(), size);
+    platform::WideFromNarrow(platform::CodePage::Ansi, name.data(), length, text.data(), size);
     return text;
 }
 
@@ -38,12 +38,8 @@ bool IsControl(WChar character) {
 
 /// Whether a name can be written as it stands: every surrogate has its other half.
 bool IsWellFormed(TextView name) {
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        const unsigned kind = name[i] & 0xFC00U;
-        if (name[i] == replacementCharacter || kind == 0xDC00) return false;
-        if (kind == 0xD800 && (++i == name.size() || (name[i] & 0xFC00U) != 0xDC00)) return false;
-    }
-    return true;
+    return name.find(replacementCharacter) == TextView::npos &&
+           platform::TextOfUtf8(platform::Utf8Of(name)) == name;
 }
 
 const WChar* FindFault(TextView name) {
@@ -54,9 +50,7 @@ const WChar* FindFault(TextView name) {
         std::any_of(name.begin(), name.end(), IsControl) || !IsWellFormed(name))
         return NV_TEXT("has a character that no file name may have");
     if (IsDeviceName(name)) return NV_TEXT("has the name of a device in it");
-    const auto length = static_cast<int>(name.size());
-    if (platform::NarrowFromWide(platform::CodePage::Utf8, name.data(), length, nullptr, 0) > longestName)
-        return NV_TEXT("has a part that is too long");
+    if (platform::Utf8Of(name).size() > longestName) return NV_TEXT("has a part that is too long");
     return nullptr;
 }
 

@@ -41,19 +41,19 @@ const DataEncrypter& DataEncrypter::GetInstance() {
 ByteBuffer DataEncrypter::EncryptBytes(const ByteBuffer& plain) {
     GetInstance();
     ByteBuffer sealed;
-    const platform::Text failure = platform::ProtectData(plain, description, processEntropy, sealed);
-    if (failure.empty()) return sealed;
+    const platform::Status status = platform::ProtectData(plain, description, processEntropy, sealed);
+    if (status.IsSuccess()) return sealed;
     NV_THROW(ExceptionDataEncrypterFailure, "DataEncrypter::EncryptBytes", __LINE__, NV_TEXT("%s"),
-             failure.c_str());
+             status.GetReason().c_str());
 }
 
 ByteBuffer DataEncrypter::DecryptBytes(const ByteBuffer& sealed) {
     GetInstance();
     ByteBuffer plain;
-    const platform::Text failure = platform::UnprotectData(sealed, processEntropy, plain);
-    if (failure.empty()) return plain;
+    const platform::Status status = platform::UnprotectData(sealed, processEntropy, plain);
+    if (status.IsSuccess()) return plain;
     NV_THROW(ExceptionDataEncrypterFailure, "DataEncrypter::DecryptBytes", __LINE__, NV_TEXT("%s"),
-             failure.c_str());
+             status.GetReason().c_str());
 }
 
 ByteBuffer DataEncrypter::EncryptString(const CXString& text) {

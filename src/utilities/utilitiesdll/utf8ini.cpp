@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/codepage.h"
 #include "platform/profile.h"
+#include "platform/utf8.h"
 #include "utilities/utilitiesdll/norvautilities.h"
 
 namespace {
@@ -36,24 +36,12 @@ std::string Utf8List(const WChar* list) {
     while (list[length] != 0)
         length += std::char_traits<WChar>::length(list + length) + 1;
     if (length > INT_MAX) throw std::bad_alloc();
-    const auto units = static_cast<int>(length);
-    const int size = platform::NarrowFromWide(platform::CodePage::Utf8, list, units, nullptr, 0);
-    std::string utf8(static_cast<std::size_t>(size), '\0');
-    platform::NarrowFromWide(platform::CodePage::Utf8, list, units, utf8.data(), size);
-    return utf8;
-}
-
-std::vector<WChar> Decoded(const std::string& utf8) {
-    const int length = static_cast<int>(std::min<std::size_t>(utf8.size(), INT_MAX));
-    const int units = platform::WideFromNarrow(platform::CodePage::Utf8, utf8.data(), length, nullptr, 0);
-    std::vector<WChar> wide(static_cast<std::size_t>(units));
-    platform::WideFromNarrow(platform::CodePage::Utf8, utf8.data(), length, wide.data(), units);
-    return wide;
+    return platform::Utf8Of({list, length});
 }
 
 /// Decodes into the caller's buffer as far as it and the terminators fit.
 DWORD Deliver(const std::string& utf8, WChar* out, std::size_t size, std::size_t terminators) {
-    const std::vector<WChar> wide = Decoded(utf8);
+    const platform::Text wide = platform::TextOfUtf8(utf8);
     const std::size_t count = std::min(wide.size(), size > terminators ? size - terminators : 0);
     std::copy_n(wide.begin(), count, out);
     std::fill_n(out + count, std::min(terminators, size), WChar{0});

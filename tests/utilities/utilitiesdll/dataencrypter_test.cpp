@@ -62,15 +62,15 @@ TEST(DataEncrypterTest, OtherEntropyUnsealsNothing) {
     const ByteBuffer plain = Bytes("53 45 43 52 45 54");
     const ByteBuffer entropy = Bytes("01 02 03");
     ByteBuffer sealed;
-    ASSERT_TRUE(platform::ProtectData(plain, NV_TEXT("abc"), entropy, sealed).empty());
+    ASSERT_TRUE(platform::ProtectData(plain, NV_TEXT("abc"), entropy, sealed).IsSuccess());
     EXPECT_THROW(DataEncrypter::DecryptBytes(sealed), ExceptionDataEncrypterFailure);
     for (const char* const other : {"", "01 02", "01 02 03 00", "01 02 04"}) {
         ByteBuffer out = Bytes("AA");
-        EXPECT_FALSE(platform::UnprotectData(sealed, Bytes(other), out).empty()) << other;
+        EXPECT_FALSE(platform::UnprotectData(sealed, Bytes(other), out).IsSuccess()) << other;
         EXPECT_EQ(Hex(out), "AA") << other;
     }
     ByteBuffer out;
-    EXPECT_TRUE(platform::UnprotectData(sealed, entropy, out).empty());
+    EXPECT_TRUE(platform::UnprotectData(sealed, entropy, out).IsSuccess());
     EXPECT_EQ(out, plain);
 }
 
