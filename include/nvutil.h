@@ -1,4 +1,4 @@
-// Everything that users of the library include.
+// What a user needs on the road from settings to a printer; all else has a header of its own.
 #pragma once
 
 #include "environment/devicesettingsmanager.h"
@@ -17,7 +17,6 @@
 #include "utilities/attributebytes/attributebytesvalue.h"
 #include "utilities/attributebytes/attributebytesvaluefactory.h"
 #include "utilities/attributebytes/datamodelids.h"
-#include "utilities/attributebytes/globalcaches.h"
 #include "utilities/attributebytes/persistentattributes.h"
 #include "utilities/compression/cabcompressedbuffer.h"
 #include "utilities/compression/cabinetunpacker.h"
@@ -25,9 +24,7 @@
 #include "utilities/debuggingandexceptions/exceptions.h"
 #include "utilities/debuggingandexceptions/executioncontext.h"
 #include "utilities/debuggingandexceptions/norvaexception.h"
-#include "utilities/debuggingandexceptions/usermessage.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
-#include "utilities/utilitiesdll/checksum.h"
 #include "utilities/utilitiesdll/crc32.h"
 #include "utilities/utilitiesdll/cxstring.h"
 #include "utilities/utilitiesdll/dataencrypter.h"
@@ -35,15 +32,10 @@
 #include "utilities/utilitiesdll/dimension.h"
 #include "utilities/utilitiesdll/driverloadedcontext.h"
 #include "utilities/utilitiesdll/driverversion.h"
-#include "utilities/utilitiesdll/hash32.h"
 #include "utilities/utilitiesdll/norvautilities.h"
 #include "utilities/utilitiesdll/number.h"
-#include "utilities/utilitiesdll/ownedcriticalresource.h"
-#include "utilities/utilitiesdll/sharedptr.h"
-#include "utilities/utilitiesdll/textresourceloader.h"
 #include "utilities/utilitiesdll/utctime.h"
 #include "utilities/utilitiesdll/utf8ini.h"
-#include "utilities/utilitiesdll/utilitiesdllperthreadstorage.h"
 #include "utilities/xmlparser/norvaxmlparser.h"
 #include "utilities/xmlparser/npifparseexception.h"
 #include "utilities/xmlparser/platformxmlparser.h"

@@ -167,7 +167,8 @@ public:
     /// What cannot be read is passed over.
     /// @throws ExceptionPrinterFailure when the driver data cannot be written
     void UpdateRegistryMappings(const CXString& folder);
-    /// Reads a map file; what it said before is forgotten.
+    /// Reads a map file; what it said before is forgotten. What a printer keeps of a file outside of its
+    /// product data folder counts as orphaned there (see DeleteOrphanedPerPrinterRegKeys).
     /// @throws ExceptionPrinterFailure when the driver data cannot be written
     void ParseMapFile(const CXString& path);
     /// Writes the current model's name to the printer's driver data; does nothing without one.

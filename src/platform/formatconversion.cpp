@@ -2,6 +2,7 @@
 #include "platform/formatconversion.h"
 
 #include <climits>
+#include <cstdlib>
 
 namespace platform {
 
@@ -41,18 +42,44 @@ bool ReadArgumentMark(const WChar*& cursor) {
     return true;
 }
 
-bool IsIntegerType(WChar character) {
-    switch (character) {
+FormatConversion::Kind KindOf(WChar type) {
+    using Kind = FormatConversion::Kind;
+    switch (type) {
+        case 0:
+            return Kind::End;
+        case NV_TEXT('s'):
+        case NV_TEXT('S'):
+            return Kind::String;
+        case NV_TEXT('c'):
+        case NV_TEXT('C'):
+            return Kind::Character;
         case NV_TEXT('d'):
         case NV_TEXT('i'):
+            return Kind::Signed;
         case NV_TEXT('o'):
         case NV_TEXT('u'):
         case NV_TEXT('x'):
         case NV_TEXT('X'):
-            return true;
+            return Kind::Unsigned;
+        case NV_TEXT('e'):
+        case NV_TEXT('E'):
+        case NV_TEXT('f'):
+        case NV_TEXT('g'):
+        case NV_TEXT('G'):
+        case NV_TEXT('a'):
+        case NV_TEXT('A'):
+            return Kind::Float;
+        case NV_TEXT('p'):
+            return Kind::Pointer;
+        case NV_TEXT('n'):
+            return Kind::Store;
         default:
-            return false;
+            return Kind::Unknown;
     }
+}
+
+bool IsInteger(FormatConversion::Kind kind) {
+    return kind == FormatConversion::Kind::Signed || kind == FormatConversion::Kind::Unsigned;
 }
 
 // "I64", "I32", or "I" alone in front of an integer, which has the size of a pointer.
@@ -63,7 +90,7 @@ bool ReadSizeI(const WChar*& cursor, FormatConversion& conversion) {
     } else if (cursor[1] == NV_TEXT('3') && cursor[2] == NV_TEXT('2')) {
         conversion.size = FormatConversion::Size::Default;
         cursor += 3;
-    } else if (IsIntegerType(cursor[1])) {
+    } else if (IsInteger(KindOf(cursor[1]))) {
         conversion.size = FormatConversion::Size::Bits64;
         ++cursor;
     } else {
@@ -82,10 +109,8 @@ bool ReadSize(const WChar*& cursor, FormatConversion& conversion) {
             conversion.size = Size::Short;
             break;
         case NV_TEXT('l'):
-            if (cursor[1] == NV_TEXT('l'))
-                ++cursor, conversion.size = Size::Bits64;
-            else
-                conversion.size = Size::Long;
+            conversion.size = cursor[1] == NV_TEXT('l') ? Size::Bits64 : Size::Long;
+            if (conversion.size == Size::Bits64) ++cursor;
             break;
         case NV_TEXT('w'):
             conversion.size = Size::Long;
@@ -129,9 +154,17 @@ FormatConversion ReadFormatConversion(const WChar*& cursor) {
     return conversion;
 }
 
-void FormatConversion::SetWidth(int argument) {
-    if (argument < 0) leftAligned = true;
-    width = argument == INT_MIN ? INT_MAX : argument < 0 ? -argument : argument;
+FormatConversion::Kind FormatConversion::GetKind() const {
+    return KindOf(type);
+}
+
+void FormatConversion::FetchStars(FormatArguments& arguments) {
+    if (widthIsArgument) {
+        const int argument = va_arg(arguments.list, int);
+        if (argument < 0) leftAligned = true;
+        width = argument == INT_MIN ? INT_MAX : std::abs(argument);
+    }
+    if (precisionIsArgument) precision = va_arg(arguments.list, int);
 }
 
 bool FormatConversion::IsNarrowText() const {

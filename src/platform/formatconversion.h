@@ -7,9 +7,14 @@
 
 namespace platform {
 
+struct FormatArguments;
+
 /// One conversion, as it is written; widths and precisions that come from arguments are not fetched.
 struct FormatConversion {
     enum class Size { Default, Short, Long, Bits64 };
+    /// What a conversion prints. A store, "%n", prints and stores nothing; an unknown letter stands for
+    /// itself.
+    enum class Kind { End, String, Character, Signed, Unsigned, Float, Pointer, Store, Unknown };
 
     bool leftAligned = false;    ///< Flag "-".
     bool plusSign = false;       ///< Flag "+".
@@ -25,8 +30,9 @@ struct FormatConversion {
     Size size = Size::Default;  ///< Default is 32 bits, and so is Long.
     WChar type = 0;             ///< The letter that ends the conversion; 0 where the text ends before it.
 
-    /// Takes a width that was an argument: a negative one means left alignment.
-    void SetWidth(int argument);
+    Kind GetKind() const;
+    /// Fetches the width and the precision if they are arguments. A negative width means left alignment.
+    void FetchStars(FormatArguments& arguments);
 
     /// Whether the conversion takes or prints 8-bit text, for the types "c", "C", "s" and "S". Only "h", "l"
     /// and "w" say which; a prefix that gives the size of an integer changes neither.

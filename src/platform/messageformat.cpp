@@ -53,26 +53,22 @@ void AppendConverted(Text& out, const WChar* format, ...) {
 template <class... Stars>
 bool FormatArgument(Text& out, const Text& format, const FormatConversion& conversion,
                     std::uintptr_t argument, Stars... stars) {
-    switch (conversion.type) {
-        case 0:
+    using Kind = FormatConversion::Kind;
+    switch (conversion.GetKind()) {
+        case Kind::End:
             return true;
-        case NV_TEXT('s'):
-        case NV_TEXT('S'):
-        case NV_TEXT('p'):
+        case Kind::String:
+        case Kind::Pointer:
             AppendConverted(out, format.c_str(), stars..., reinterpret_cast<const void*>(argument));
             return true;
-        case NV_TEXT('c'):
-        case NV_TEXT('C'):
-        case NV_TEXT('d'):
-        case NV_TEXT('i'):
-        case NV_TEXT('o'):
-        case NV_TEXT('u'):
-        case NV_TEXT('x'):
-        case NV_TEXT('X'):
-            if (conversion.size == FormatConversion::Size::Bits64)
+        case Kind::Character:
+        case Kind::Signed:
+        case Kind::Unsigned:
+            if (conversion.size == FormatConversion::Size::Bits64) {
                 AppendConverted(out, format.c_str(), stars..., static_cast<std::int64_t>(argument));
-            else
+            } else {
                 AppendConverted(out, format.c_str(), stars..., static_cast<int>(argument));
+            }
             return true;
         default:
             return false;

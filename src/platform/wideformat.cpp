@@ -344,42 +344,30 @@ std::uint64_t FetchUnsigned(const FormatConversion& conversion, FormatArguments&
 }
 
 void WriteConversion(BoundedWriter& out, FormatConversion conversion, FormatArguments& arguments) {
-    if (conversion.widthIsArgument) conversion.SetWidth(va_arg(arguments.list, int));
-    if (conversion.precisionIsArgument) conversion.precision = va_arg(arguments.list, int);
-    switch (conversion.type) {
-        case NV_TEXT('s'):
-        case NV_TEXT('S'):
+    using Kind = FormatConversion::Kind;
+    conversion.FetchStars(arguments);
+    switch (conversion.GetKind()) {
+        case Kind::String:
             if (conversion.IsNarrowText())
                 return WriteText(out, conversion, va_arg(arguments.list, const char*));
             return WriteText(out, conversion, va_arg(arguments.list, const WChar*));
-        case NV_TEXT('c'):
-        case NV_TEXT('C'):
+        case Kind::Character:
             return WriteCharacter(out, conversion, va_arg(arguments.list, int));
-        case NV_TEXT('d'):
-        case NV_TEXT('i'):
+        case Kind::Signed:
             return WriteSigned(out, conversion, FetchSigned(conversion, arguments));
-        case NV_TEXT('o'):
-        case NV_TEXT('u'):
-        case NV_TEXT('x'):
-        case NV_TEXT('X'):
+        case Kind::Unsigned:
             return WriteUnsigned(out, conversion, FetchUnsigned(conversion, arguments));
-        case NV_TEXT('e'):
-        case NV_TEXT('E'):
-        case NV_TEXT('f'):
-        case NV_TEXT('g'):
-        case NV_TEXT('G'):
-        case NV_TEXT('a'):
-        case NV_TEXT('A'):
+        case Kind::Float:
             return WriteDouble(out, conversion, va_arg(arguments.list, double));
-        case NV_TEXT('p'):
+        case Kind::Pointer:
             return WritePointer(out, conversion, va_arg(arguments.list, const void*));
-        case NV_TEXT('n'):
+        case Kind::Store:
             static_cast<void>(va_arg(arguments.list, void*));
             return;
-        case 0:
+        case Kind::End:
             return;
-        default:
-            out.Put(conversion.type);  // an unknown letter stands for itself
+        case Kind::Unknown:
+            out.Put(conversion.type);
     }
 }
 

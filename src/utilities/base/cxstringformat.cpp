@@ -31,56 +31,37 @@ std::size_t TextBound(const Character* text, int precision) {
     return std::max<std::size_t>(length, 1);
 }
 
-void FetchStars(FormatConversion& conversion, FormatArguments& arguments) {
-    if (conversion.widthIsArgument) conversion.SetWidth(va_arg(arguments.list, int));
-    if (conversion.precisionIsArgument) conversion.precision = va_arg(arguments.list, int);
-}
-
 // The upper bound of one conversion without its width; fetches its argument.
 std::size_t ConversionBound(const FormatConversion& conversion, FormatArguments& arguments) {
+    using Kind = FormatConversion::Kind;
     const auto precision = static_cast<std::size_t>(std::max(conversion.precision, 0));
-    switch (conversion.type) {
-        case NV_TEXT('s'):
-        case NV_TEXT('S'):
-            if (conversion.IsNarrowText()) {
+    switch (conversion.GetKind()) {
+        case Kind::String:
+            if (conversion.IsNarrowText())
                 return TextBound(va_arg(arguments.list, const char*), conversion.precision);
-            }
             return TextBound(va_arg(arguments.list, const WChar*), conversion.precision);
-        case NV_TEXT('c'):
-        case NV_TEXT('C'):
+        case Kind::Character:
             static_cast<void>(va_arg(arguments.list, int));
             return 2;
-        case NV_TEXT('d'):
-        case NV_TEXT('i'):
-        case NV_TEXT('o'):
-        case NV_TEXT('u'):
-        case NV_TEXT('x'):
-        case NV_TEXT('X'):
+        case Kind::Signed:
+        case Kind::Unsigned:
             if (conversion.size == FormatConversion::Size::Bits64) {
                 static_cast<void>(va_arg(arguments.list, std::int64_t));
             } else {
                 static_cast<void>(va_arg(arguments.list, int));
             }
             return std::max(integerBound, integerBound / 8 + precision);
-        case NV_TEXT('e'):
-        case NV_TEXT('E'):
-        case NV_TEXT('g'):
-        case NV_TEXT('G'):
-        case NV_TEXT('a'):
-        case NV_TEXT('A'):
+        case Kind::Float:
             static_cast<void>(va_arg(arguments.list, double));
-            return floatBound + precision;
-        case NV_TEXT('f'):
-            static_cast<void>(va_arg(arguments.list, double));
-            return fixedPointBound + precision;
-        case NV_TEXT('p'):
+            return (conversion.type == NV_TEXT('f') ? fixedPointBound : floatBound) + precision;
+        case Kind::Pointer:
             static_cast<void>(va_arg(arguments.list, void*));
             return integerBound;
-        case NV_TEXT('n'):
+        case Kind::Store:
             static_cast<void>(va_arg(arguments.list, void*));
             return 0;
         default:
-            return 1;  // an unknown letter stands for itself
+            return 1;
     }
 }
 
@@ -96,7 +77,7 @@ std::size_t FormattedLengthBound(const WChar* format, va_list list) {
             ++bound;
         } else {
             FormatConversion conversion = platform::ReadFormatConversion(format);
-            FetchStars(conversion, arguments);
+            conversion.FetchStars(arguments);
             if (conversion.alternateForm) bound += 2;
             bound +=
                 std::max(static_cast<std::size_t>(conversion.width), ConversionBound(conversion, arguments));
