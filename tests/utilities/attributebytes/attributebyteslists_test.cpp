@@ -91,9 +91,12 @@ TEST(AttributeBytesLists, ImportFromEachOther) {
     AttributeBytesIndexedList sharing;
     sharing.ImportFromOtherList(indexed);
     EXPECT_EQ(sharing.GetAttributeBytesPtr(Feature(9)), indexed.GetAttributeBytesPtr(Feature(9)));
-}
+    sharing = indexed;
+    EXPECT_EQ(sharing.GetAttributeBytesPtr(Feature(9)), indexed.GetAttributeBytesPtr(Feature(9)));
+    sharing.DeleteAttributesBytes(Feature(3));
+    EXPECT_EQ(FeaturesOf(indexed), "3 9 ");
 
-TEST(AttributeBytesLists, CanBeFilledFromAListInsideThem) {
+    // A list inside of the list that it fills.
     AttributeBytesIndexedList outer;
     outer.SetAttributeBytes(Feature(1), AttributeBytesListValue(0, RawListOf({5, 6})));
     const auto inner = [&]() -> const AttributeBytesRawList& {
@@ -174,14 +177,6 @@ TEST(AttributeBytes, KeepsBothPartsWhateverItIsGiven) {
     EXPECT_EQ(StateOf(list), before);
 }
 
-TEST(AttributeBytesRawList, IsEmptyAfterItsRecordsWereMovedAway) {
-    AttributeBytesRawList list = RawListOf({1});
-    const AttributeBytesRawList moved = std::move(list);
-    EXPECT_TRUE(list.IsEmpty());  // NOLINT(bugprone-use-after-move): that is what is tested
-    EXPECT_EQ(Hex(list.GetAttributeBytesRawListState()), emptyRaw);
-    EXPECT_EQ(FeaturesOf(moved), "1 ");
-}
-
 TEST(AttributeBytesRawList, ChecksListsThatNestDeeplyInLinearTime) {
     const auto nested = [](const ByteBuffer& innermost) {
         constexpr int levels = 20000;
@@ -225,6 +220,11 @@ TEST(AttributeBytesRawList, StepsOverListValues) {
     EXPECT_FALSE(list.LengthIsExactlyOne());
     list.AddAttributeBytes(AttributeBytes(Feature(3), Integer(3)));
     EXPECT_EQ(FeaturesOf(list), "1 2 3 ");
+
+    const AttributeBytesRawList moved = std::move(list);
+    EXPECT_TRUE(list.IsEmpty());  // NOLINT(bugprone-use-after-move): that is what is tested
+    EXPECT_EQ(Hex(list.GetAttributeBytesRawListState()), emptyRaw);
+    EXPECT_EQ(FeaturesOf(moved), "1 2 3 ");
 
     AttributeBytesRawList onlyAList;
     EXPECT_FALSE(onlyAList.LengthIsExactlyOne());
@@ -270,15 +270,6 @@ TEST(AttributeBytesIndexedList, SetsDeletesAndFindsRecords) {
     EXPECT_TRUE(list.GetAttributeBytesRef(Feature(5)) == AttributeBytes(Feature(5), Integer(2)));
 }
 
-TEST(AttributeBytesIndexedList, SharesItsRecordsWithItsCopies) {
-    AttributeBytesIndexedList list;
-    list.ImportFromRawList(RawListOf({1, 2}));
-    AttributeBytesIndexedList copy = list;
-    EXPECT_EQ(copy.GetAttributeBytesPtr(Feature(1)), list.GetAttributeBytesPtr(Feature(1)));
-    copy.DeleteAttributesBytes(Feature(1));
-    EXPECT_EQ(FeaturesOf(list), "1 2 ");
-}
-
 TEST(AttributeBytesIndexedList, FindsEveryKeyOfEveryKind) {
     // Among them capabilities that are less than one another both ways, and texts that differ late.
     const AttributeBytesCapabilityId capabilities[] = {{5, 1}, {3, 2}, {3, -1}, {-4, 7}, {4, 0}, {5, 0}};
@@ -292,20 +283,20 @@ TEST(AttributeBytesIndexedList, FindsEveryKeyOfEveryKind) {
         AttributeBytesNewFeatureId(NV_TEXT("trax")), AttributeBytesNewFeatureId(),
         AttributeBytesNewFeatureId(CXString(NV_TEXT("tra\0"), 4))};
     AttributeBytesIndexedList list;
-    const auto addAll = [&](const auto& ids) {
+    const auto addAll = [&list](const auto& ids) {
         for (const auto& id : ids)
             list.AddAttributeBytes(AttributeBytes(id, Integer(1)));
     };
-    addAll(capabilities);
-    addAll(newCapabilities);
-    addAll(texts);
-    const auto expectAll = [&](const auto& ids) {
+    const auto expectAll = [&list](const auto& ids) {
         for (const auto& id : ids) {
             EXPECT_NE(list.GetAttributeBytesPtr(id), nullptr) << Narrow(id.GetDumpDisplayString());
             EXPECT_THROW(list.AddAttributeBytes(AttributeBytes(id, Integer(1))),
                          ExceptionDuplicateAttributeId);
         }
     };
+    addAll(capabilities);
+    addAll(newCapabilities);
+    addAll(texts);
     expectAll(capabilities);
     expectAll(newCapabilities);
     expectAll(texts);
@@ -317,9 +308,8 @@ TEST(AttributeBytesIndexedList, FindsEveryKeyOfEveryKind) {
 
 TEST(AttributeBytesIndexedList, ImportsALongListInTheWorstOrderQuickly) {
     AttributeBytesRawList raw;
-    for (LONG feature = 50000; feature > 0; --feature) {
+    for (LONG feature = 50000; feature > 0; --feature)
         raw.AddAttributeBytes(AttributeBytes(Feature(feature), Integer(0)));
-    }
     AttributeBytesIndexedList list;
     list.ImportFromRawList(raw);
     EXPECT_EQ(list.GetCount(), 50000u);
@@ -354,52 +344,35 @@ AttributeBytesIndexedList ListOfAllKinds() {
 
 TEST(AttributeBytesIndexedList, ReadsEveryKindOnlyWhenPresentAndSpecified) {
     const AttributeBytesIndexedList list = ListOfAllKinds();
-    // What each typed read gives for an identifier, as text, with the flag that it reports.
-    const auto read = [&](LONG kind, const AttributeBytesId& id) -> std::string {
+    /// @param read  what a typed read gives for an identifier, as text
+    const auto expect = [](LONG kind, const std::string& specified, const std::string& otherwise, auto read) {
+        SCOPED_TRACE(kind);
         bool flag = false;
-        const auto result = [&]() -> std::string {
-            switch (kind) {
-                case AttributeBytesValue::ABVTE_OPTION:
-                    return std::to_string(list.GetOptionValue(id, &flag));
-                case AttributeBytesValue::ABVTE_INTEGER:
-                    return std::to_string(list.GetIntegerValue(id, &flag));
-                case AttributeBytesValue::ABVTE_STRING:
-                    return Narrow(list.GetStringValue(id, &flag));
-                case AttributeBytesValue::ABVTE_BOOLEAN:
-                    return list.GetBooleanValue(id, &flag) ? "true" : "false";
-                case AttributeBytesValue::ABVTE_DIMENSION:
-                    return std::to_string(list.GetDimensionValue(id, &flag)
-                                              .GetValue(Dimension::Millimetres)
-                                              .GetIntValue(0.499999));
-                case AttributeBytesValue::ABVTE_DATABLOB: {
-                    ByteBuffer out = Bytes("EE");
-                    list.GetDataBlobValue(id, out, &flag);
-                    return Hex(out);
-                }
-                default:
-                    return std::to_string(list.GetDateTimeValue(id, &flag).GetTime64Value());
-            }
-        }();
-        return result + (flag ? " specified" : " not");
-    };
-    struct Case {
-        LONG kind;
-        const char* specified;
-        const char* otherwise;
-    };
-    const Case cases[] = {
-        {2, "77 specified", "5001 not"},    {3, "300 specified", "0 not"}, {4, "text specified", " not"},
-        {5, "true specified", "false not"}, {8, "210 specified", "0 not"}, {10, "0A specified", "EE not"},
-        {12, "7 specified", "0 not"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.kind);
-        EXPECT_EQ(read(c.kind, Feature(c.kind)), c.specified);
-        EXPECT_EQ(read(c.kind, Feature(100 + c.kind)), c.otherwise);
-        EXPECT_EQ(read(c.kind, Feature(999)), c.otherwise);
-        EXPECT_THROWS(read(c.kind, Feature(11)), ExceptionAttributeValueTypeMismatch, 839,
+        EXPECT_EQ(read(Feature(kind), &flag), specified);
+        EXPECT_TRUE(flag);
+        for (const LONG absent : {100 + kind, LONG{999}}) {
+            EXPECT_EQ(read(Feature(absent), &flag), otherwise);
+            EXPECT_FALSE(flag);
+        }
+        EXPECT_THROWS(read(Feature(11), &flag), ExceptionAttributeValueTypeMismatch, 839,
                       "AttributeBytesIndexedList::GetAttributeBytesValue");
-    }
+    };
+    using Id = const Feature&;
+    expect(2, "77", "5001", [&](Id id, bool* flag) { return std::to_string(list.GetOptionValue(id, flag)); });
+    expect(3, "300", "0", [&](Id id, bool* flag) { return std::to_string(list.GetIntegerValue(id, flag)); });
+    expect(4, "text", "", [&](Id id, bool* flag) { return Narrow(list.GetStringValue(id, flag)); });
+    expect(5, "1", "0", [&](Id id, bool* flag) { return std::to_string(list.GetBooleanValue(id, flag)); });
+    expect(8, "210.00", "0.00", [&](Id id, bool* flag) {
+        return Narrow(list.GetDimensionValue(id, flag).GetStringValue(Dimension::Millimetres, 2, 0.499999));
+    });
+    expect(10, "0A", "EE", [&](Id id, bool* flag) {
+        ByteBuffer out = Bytes("EE");
+        list.GetDataBlobValue(id, out, flag);
+        return Hex(out);
+    });
+    expect(12, "7", "0", [&](Id id, bool* flag) {
+        return std::to_string(list.GetDateTimeValue(id, flag).GetTime64Value());
+    });
 }
 
 TEST(AttributeBytesIndexedList, ReadsOptionsByTheKindOfIdentifierTheyHold) {
@@ -453,15 +426,11 @@ TEST(AttributeBytesIndexedList, ReadsCollections) {
     EXPECT_TRUE(height == Dimension(11, Dimension::Inches));
 }
 
-/// A reader over a list that the test changes.
-class ListReader final : public AttributeBytesReader {
-public:
-    const AttributeBytesIndexedList& GetAttributeBytesIndexedListRef() const override { return list; }
-    AttributeBytesIndexedList list;
-};
-
 TEST(AttributeBytesReader, AnswersFromTheListOfTheMoment) {
-    ListReader reader;
+    struct : AttributeBytesReader {
+        const AttributeBytesIndexedList& GetAttributeBytesIndexedListRef() const override { return list; }
+        AttributeBytesIndexedList list;
+    } reader;
     EXPECT_TRUE(reader.IsAttributeBytesListEmpty());
     EXPECT_EQ(reader.GetValueTypeFromAttributeBytes(Feature(3)), AttributeBytesValue::ABVTE_UNSPECIFIED);
     reader.list = ListOfAllKinds();

@@ -97,6 +97,10 @@ TEST(AttributeBytesValue, OfEveryKindIsWrittenReadAndShown) {
         EXPECT_TRUE(read->IsEqual(*c.value));
         EXPECT_EQ(walk.remaining, 1u);
         EXPECT_EQ(Hex(read->Clone()->GetTypeAndValueState()), c.bytes);
+        for (unsigned length = 0; length < size; ++length) {
+            EXPECT_THROW(Read(ByteBuffer(bytes.data(), length)), ExceptionNotEnoughBytesForDesiredDataType)
+                << "cut to " << length;
+        }
         const std::string flag = c.value->IsSpecified() ? " value <specified>: " : " value <unspecified>: ";
         const std::string head = Narrow(c.value->GetTypeDebugDisplayString()) + flag;
         if (c.display == nullptr) continue;
@@ -104,34 +108,13 @@ TEST(AttributeBytesValue, OfEveryKindIsWrittenReadAndShown) {
     }
 }
 
-TEST(AttributeBytesValue, CutShortIsRefused) {
-    for (const ValueCase& c : AllKinds()) {
-        const ByteBuffer bytes = Bytes(c.bytes);
-        for (std::size_t length = 0; length < bytes.size(); ++length) {
-            EXPECT_THROW(Read(ByteBuffer(bytes.begin(), bytes.begin() + static_cast<long>(length))),
-                         ExceptionNotEnoughBytesForDesiredDataType)
-                << c.bytes << " cut to " << length;
-        }
-    }
-}
-
 TEST(AttributeBytesValue, OfAnUnknownKindIsRefused) {
     for (const char* bytes : {"00 00", "01 00", "0D 00"}) {
         EXPECT_THROW(Read(Bytes(bytes)), ExceptionUnhandledSyntax) << bytes;
     }
-}
-
-TEST(AttributeBytesValue, ReadsAnyNonZeroByteAsTrue) {
+    // Any byte but zero is true.
     EXPECT_FALSE(Read(Bytes("05 80 02"))->IsSpecified());
     EXPECT_EQ(Hex(Read(Bytes("05 80 02"))->GetTypeAndValueState()), "05 01 01");
-}
-
-TEST(AttributeBytesListValue, LowersTheRemainingCountWithoutMovingTheCursor) {
-    const ByteBuffer bytes = Bytes("0B 00 09 04 00 00 00 41 42 52 4C EE");
-    nvutil::ByteWalk walk(bytes);
-    AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(walk.cursor, walk.remaining);
-    EXPECT_EQ(walk.cursor, bytes.data() + 7);
-    EXPECT_EQ(walk.remaining, 1u);
 }
 
 TEST(AttributeBytesListValue, LongerThanItsBytesIsRefusedBeforeAnythingIsRead) {
@@ -139,6 +122,12 @@ TEST(AttributeBytesListValue, LongerThanItsBytesIsRefusedBeforeAnythingIsRead) {
         EXPECT_THROW(Read(Bytes(bytes)), ExceptionNotEnoughBytesForDesiredDataType) << bytes;
     }
     EXPECT_THROW(Read(Bytes("0B 00 00 03 00 00 00 41 42 52 4C")), ExceptionMissingOrBadAttributeBytesFormat);
+    // A list lowers the remaining count without moving the cursor.
+    const ByteBuffer bytes = Bytes("0B 00 09 04 00 00 00 41 42 52 4C EE");
+    nvutil::ByteWalk walk(bytes);
+    AttributeBytesValue::WalkBufferToGetTypeAndCreateValue(walk.cursor, walk.remaining);
+    EXPECT_EQ(walk.cursor, bytes.data() + 7);
+    EXPECT_EQ(walk.remaining, 1u);
 }
 
 TEST(AttributeBytesValue, OrdersByKindThenPayload) {

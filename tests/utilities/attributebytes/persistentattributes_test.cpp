@@ -31,6 +31,22 @@ std::string StateOf(const AttributeBytesNameSpaces& nameSpaces) {
     return Hex(state);
 }
 
+AttributeBytesNameSpaces TwoNameSpaces() {
+    AttributeBytesNameSpaces nameSpaces;
+    nameSpaces.SetNameSpaceAttributes(NameSpace(3), ListOf(30));
+    nameSpaces.SetNameSpaceAttributes(NameSpace(1), ListOf(10));
+    return nameSpaces;
+}
+
+/// A persisted state whose compressed part holds any bytes.
+ByteBuffer StateAround(const ByteBuffer& uncompressed) {
+    PersistentAttributes::PersistentAttributesHeaderType header;
+    PersistentAttributes::InitializeHeaderStructure(header);
+    ByteBuffer state;
+    PersistentAttributes::CreateStateDataFromComponents(header, uncompressed, state);
+    return state;
+}
+
 /// Stamps states with a version for the length of a test.
 class NameSpacesTest : public testing::Test {
 protected:
@@ -40,30 +56,12 @@ protected:
 private:
     DriverVersion m_before = DriverVersion::GetCurrentDriverVersion();
 };
-
-class PersistentAttributesTest : public NameSpacesTest {
-protected:
-    static AttributeBytesNameSpaces TwoNameSpaces() {
-        AttributeBytesNameSpaces nameSpaces;
-        nameSpaces.SetNameSpaceAttributes(NameSpace(3), ListOf(30));
-        nameSpaces.SetNameSpaceAttributes(NameSpace(1), ListOf(10));
-        return nameSpaces;
-    }
-    /// A persisted state whose compressed part holds any bytes.
-    static ByteBuffer StateAround(const ByteBuffer& uncompressed) {
-        PersistentAttributes::PersistentAttributesHeaderType header;
-        PersistentAttributes::InitializeHeaderStructure(header);
-        ByteBuffer state;
-        PersistentAttributes::CreateStateDataFromComponents(header, uncompressed, state);
-        return state;
-    }
-};
+using PersistentAttributesTest = NameSpacesTest;
 
 TEST_F(NameSpacesTest, AreWrittenWithTheCurrentVersionInTheOrderOfTheirNumbers) {
     AttributeBytesNameSpaces nameSpaces;
     EXPECT_EQ(StateOf(nameSpaces), "41 42 4E 53 01 00 02 00 03 00 04 00 41 42 49 4C 41 42 52 4C");
-    nameSpaces.SetNameSpaceAttributes(NameSpace(3), ListOf(30));
-    nameSpaces.SetNameSpaceAttributes(NameSpace(1), ListOf(10));
+    nameSpaces = TwoNameSpaces();
     EXPECT_EQ(StateOf(nameSpaces),
               "41 42 4E 53 01 00 02 00 03 00 04 00 41 42 49 4C 41 42 52 4C "
               "09 01 00 00 00 0B 00 00 0F 00 00 00 41 42 52 4C 02 0A 00 00 00 03 00 0A 00 00 00 "
@@ -95,20 +93,17 @@ TEST_F(NameSpacesTest, AreSetReplacedAndDeletedWithoutTouchingCopies) {
 
 TEST_F(NameSpacesTest, RefuseDamagedStates) {
     AttributeBytesNameSpaces nameSpaces;
+    const auto import = [&](const std::string& bytes) {
+        nameSpaces.ImportAttributeBytesNameSpacesState(Bytes(bytes));
+    };
     const std::string head = "41 42 4E 53 01 00 02 00 03 00 04 00 ";
     const std::string entry = "09 01 00 00 00 0B 00 00 04 00 00 00 41 42 52 4C ";
-    EXPECT_THROW(nameSpaces.ImportAttributeBytesNameSpacesState(Bytes("41 42 4E")),
-                 ExceptionNotEnoughBytesForDesiredDataType);
-    EXPECT_THROW(nameSpaces.ImportAttributeBytesNameSpacesState(Bytes("41 42 4E 53 01 00 02 00 03 00 04")),
-                 ExceptionNotEnoughBytesForDesiredDataType);
-    EXPECT_THROWS(nameSpaces.ImportAttributeBytesNameSpacesState(Bytes("41 42 4E 54 01 00 02 00")),
-                  ExceptionMissingOrBadAttributeBytesFormat, 226,
+    EXPECT_THROW(import("41 42 4E"), ExceptionNotEnoughBytesForDesiredDataType);
+    EXPECT_THROW(import("41 42 4E 53 01 00 02 00 03 00 04"), ExceptionNotEnoughBytesForDesiredDataType);
+    EXPECT_THROWS(import("41 42 4E 54 01 00 02 00"), ExceptionMissingOrBadAttributeBytesFormat, 226,
                   "AttributeBytesNameSpaces::ImportAttributeBytesNameSpacesState");
-    EXPECT_THROW(nameSpaces.ImportAttributeBytesNameSpacesState(Bytes(head)),
-                 ExceptionMissingOrBadAttributeBytesFormat);
-    EXPECT_THROW(nameSpaces.ImportAttributeBytesNameSpacesState(
-                     Bytes(head + "41 42 49 4C 41 42 52 4C " + entry + entry)),
-                 ExceptionDuplicateAttributeId);
+    EXPECT_THROW(import(head), ExceptionMissingOrBadAttributeBytesFormat);
+    EXPECT_THROW(import(head + "41 42 49 4C 41 42 52 4C " + entry + entry), ExceptionDuplicateAttributeId);
 
     DriverVersion version;
     const AttributeBytesNameSpaces notALists(

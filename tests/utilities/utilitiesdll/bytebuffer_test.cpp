@@ -79,13 +79,11 @@ TEST(ByteBuffer, CopiesItselfToABlockOfItsOwn) {
 }
 
 // One walk, the bytes that it needs, and the name that its failure carries.
-struct WalkCase {
+const struct {
     const char* name;
     unsigned width;
     std::function<void(BYTE*&, unsigned&)> walk;
-};
-
-const WalkCase walkCases[] = {
+} walkCases[] = {
     {"ByteBuffer::WalkBufferToGetByte", 1, ByteBuffer::WalkBufferToGetByte},
     {"ByteBuffer::WalkBufferToGetByte", 1, ByteBuffer::WalkBufferToGetBool},
     {"ByteBuffer::WalkBufferToGetShort", 2, ByteBuffer::WalkBufferToGetShort},
@@ -97,7 +95,7 @@ const WalkCase walkCases[] = {
 
 TEST(ByteBufferWalk, OfAFixedWidthNeedsExactlyItsBytes) {
     const ByteBuffer buffer(8, 0xFF);
-    for (const WalkCase& walk : walkCases) {
+    for (const auto& walk : walkCases) {
         SCOPED_TRACE(walk.name);
         nvutil::ByteWalk exact(buffer.data(), walk.width);
         walk.walk(exact.cursor, exact.remaining);
@@ -119,28 +117,24 @@ TEST(ByteBufferWalk, OfAFixedWidthNeedsExactlyItsBytes) {
 }
 
 TEST(ByteBufferWalk, OfCountedKindsStopsBehindTheCountWhenBytesAreMissing) {
-    struct Case {
-        const char* bytes;
-        bool isString;
-        unsigned consumed;
-    };
-    const Case cases[] = {
-        {"03 00 41 00 42 00", true, 2},  // three code units, bytes for two
-        {"FF FF 41 00", true, 2},        // a negative count
-        {"00 80 41 00", true, 2},       {"03", true, 0},        {"03 00 00 00 AA BB", false, 4},
-        {"FF FF FF FF AA", false, 4},   {"03 00 00", false, 0},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.bytes);
-        const ByteBuffer buffer = Bytes(c.bytes);
+    const auto expect = [](const char* bytes, bool isString, unsigned consumed) {
+        SCOPED_TRACE(bytes);
+        const ByteBuffer buffer = Bytes(bytes);
         nvutil::ByteWalk walk(buffer);
         ByteBuffer out;
-        EXPECT_THROW(c.isString ? void(ByteBuffer::WalkBufferToGetCountedString(walk.cursor, walk.remaining))
-                                : ByteBuffer::WalkBufferToGetCountedBytes(walk.cursor, walk.remaining, out),
+        EXPECT_THROW(isString ? void(ByteBuffer::WalkBufferToGetCountedString(walk.cursor, walk.remaining))
+                              : ByteBuffer::WalkBufferToGetCountedBytes(walk.cursor, walk.remaining, out),
                      ExceptionNotEnoughBytesForDesiredDataType);
-        EXPECT_EQ(walk.cursor, buffer.data() + c.consumed);
-        EXPECT_EQ(walk.remaining, buffer.size() - c.consumed);
-    }
+        EXPECT_EQ(walk.cursor, buffer.data() + consumed);
+        EXPECT_EQ(walk.remaining, buffer.size() - consumed);
+    };
+    expect("03 00 41 00 42 00", true, 2);  // three code units, bytes for two
+    expect("FF FF 41 00", true, 2);        // a negative count
+    expect("00 80 41 00", true, 2);
+    expect("03", true, 0);
+    expect("03 00 00 00 AA BB", false, 4);
+    expect("FF FF FF FF AA", false, 4);
+    expect("03 00 00", false, 0);
 }
 
 TEST(ByteBufferWalk, ReadsWhatWasWritten) {
@@ -160,28 +154,22 @@ TEST(ByteBufferWalk, ReadsWhatWasWritten) {
 }
 
 TEST(ByteBufferHex, ReadsTextOfAnyLength) {
-    struct Case {
-        const WChar* text;
-        bool isValid;
-        const char* bytes;
-    };
-    const Case cases[] = {
-        {NV_TEXT(""), true, ""},      {NV_TEXT("abc"), true, "0A BC"}, {NV_TEXT("0AfF"), true, "0A FF"},
-        {NV_TEXT("0G"), false, ""},   {NV_TEXT("12g"), false, ""},     {NV_TEXT("@@"), true, "99"},
-        {NV_TEXT(":?"), true, "38"},  {NV_TEXT("/0"), false, ""},      {NV_TEXT("\x0660\x0660"), true, "30"},
-        {NV_TEXT("12 3"), false, ""},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(Narrow(c.text));
+    const auto expect = [](const WChar* text, bool isValid, const char* bytes) {
         ByteBuffer out = Bytes("77");
-        EXPECT_EQ(ByteBuffer::ConvertHexBinaryStringToByteBuffer(c.text, out), c.isValid);
-        EXPECT_EQ(Hex(out), c.bytes);
-    }
+        EXPECT_EQ(ByteBuffer::ConvertHexBinaryStringToByteBuffer(text, out), isValid) << Narrow(text);
+        EXPECT_EQ(Hex(out), bytes) << Narrow(text);
+    };
+    expect(NV_TEXT(""), true, "");
+    expect(NV_TEXT("abc"), true, "0A BC");
+    expect(NV_TEXT("0AfF"), true, "0A FF");
+    expect(NV_TEXT("@@"), true, "99");
+    expect(NV_TEXT(":?"), true, "38");
+    expect(NV_TEXT("\x0660\x0660"), true, "30");
+    for (const WChar* const text : {NV_TEXT("0G"), NV_TEXT("12g"), NV_TEXT("/0"), NV_TEXT("12 3")})
+        expect(text, false, "");
     EXPECT_EQ(Narrow(Bytes("0A FF").getAsHexBinaryString()), "0AFF");
     EXPECT_TRUE(Bytes("").getAsHexBinaryString().IsEmpty());
-}
 
-TEST(ByteBufferHex, ConvertsSingleDigits) {
     unsigned short character = 0;
     EXPECT_TRUE(ByteBuffer::ConvertValueToSingleHexChar(10, character, true));
     EXPECT_EQ(character, 'a');
@@ -202,9 +190,8 @@ TEST(ByteBufferStream, RestoresABlockBelow65536Bytes) {
         EXPECT_EQ(restored, block);
         EXPECT_EQ(cursor, stream.data() + stream.size());
     }
-}
 
-TEST(ByteBufferStream, CutsTheCountOfALongerBlock) {
+    // The count of a longer block is cut.
     const ByteBuffer block(65537, 0x5A);
     ByteBuffer stream;
     block.persistToByteStream(stream);

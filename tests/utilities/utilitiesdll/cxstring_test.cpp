@@ -82,19 +82,19 @@ TEST(CXStringTest, LockedBufferIsNotShared) {
 }
 
 TEST(CXStringTest, ConstructorsAcceptNullAndNegativeCounts) {
-    EXPECT_TRUE(CXString(static_cast<const WChar*>(nullptr)).IsEmpty());
-    EXPECT_TRUE(CXString(static_cast<const char*>(nullptr)).IsEmpty());
-    EXPECT_TRUE(CXString(static_cast<const WChar*>(nullptr), 5).IsEmpty());
-    EXPECT_TRUE(CXString(static_cast<const char*>(nullptr), 5).IsEmpty());
-    EXPECT_TRUE(CXString(NV_TEXT("abc"), -1).IsEmpty());
-    EXPECT_TRUE(CXString("abc", -1).IsEmpty());
-    EXPECT_TRUE(CXString(NV_TEXT('x'), -1).IsEmpty());
+    const WChar* const noText = nullptr;
+    const char* const noNarrowText = nullptr;
+    for (const CXString& text :
+         {CXString(noText), CXString(noNarrowText), CXString(noText, 5), CXString(noNarrowText, 5),
+          CXString(NV_TEXT("abc"), -1), CXString("abc", -1), CXString(NV_TEXT('x'), -1), CXString() + noText})
+        EXPECT_TRUE(text.IsEmpty());
     EXPECT_EQ(CXString(NV_TEXT('x'), 3), NV_TEXT("xxx"));
     EXPECT_EQ(CXString(NV_TEXT("a\0b"), 3).GetLength(), 3);
 }
 
 TEST(CXStringTest, TextMayBeItsOwnArgument) {
-    CXString text(NV_TEXT("abc"));
+    CXString text(NV_TEXT("bc"));
+    text = NV_TEXT('a') + text;
     const CXString& same = text;
     text = same;
     text += same;
@@ -126,16 +126,6 @@ TEST(CXStringTest, TooLongTextIsOutOfMemory) {
     const CXString replacement(NV_TEXT('y'), 100000);
     EXPECT_THROW(many.Replace(NV_TEXT("x"), replacement), ExceptionOutOfMemory);
     EXPECT_EQ(text, NV_TEXT("abc"));
-}
-
-TEST(CXStringTest, ConcatenatesEveryKind) {
-    const CXString text(NV_TEXT("b"));
-    EXPECT_EQ(text + text, NV_TEXT("bb"));
-    EXPECT_EQ(text + NV_TEXT("c"), NV_TEXT("bc"));
-    EXPECT_EQ(NV_TEXT("a") + text, NV_TEXT("ab"));
-    EXPECT_EQ(text + NV_TEXT('c'), NV_TEXT("bc"));
-    EXPECT_EQ(NV_TEXT('a') + text, NV_TEXT("ab"));
-    EXPECT_EQ(text + static_cast<const WChar*>(nullptr), NV_TEXT("b"));
 }
 
 TEST(CXStringTest, AppendingPieceByPieceGrowsSeldom) {
@@ -312,15 +302,13 @@ TEST(CXStringTest, ConvertsToTheAnsiCodePage) {
 
 // Code page 1252: the Windows build is tested where it is the system's, the native one has it by default.
 TEST(CXStringTest, MapsCodePage1252BothWays) {
-    const std::vector<std::pair<std::string, CXString>> cases = {
-        {"\x80 \x82\x8C\x99\x9F", Text(NV_TEXT("\x20AC \x201A\x0152\x2122\x0178"))},
-        {"\xA0\xE4\xFF", Text(NV_TEXT("\x00A0\x00E4\x00FF"))},
-        {"\x81\x8D\x8F\x90\x9D", Text(NV_TEXT("\x0081\x008D\x008F\x0090\x009D"))},
+    const auto expect = [](const char* bytes, const WChar* text) {
+        EXPECT_EQ(CXString(bytes), text);
+        EXPECT_STREQ(Text(text).GetAsMultiByte().data(), bytes);
     };
-    for (const auto& [bytes, text] : cases) {
-        EXPECT_EQ(CXString(bytes.c_str()), text);
-        EXPECT_EQ(std::string(text.GetAsMultiByte().data()), bytes);
-    }
+    expect("\x80 \x82\x8C\x99\x9F", NV_TEXT("\x20AC \x201A\x0152\x2122\x0178"));
+    expect("\xA0\xE4\xFF", NV_TEXT("\x00A0\x00E4\x00FF"));
+    expect("\x81\x8D\x8F\x90\x9D", NV_TEXT("\x0081\x008D\x008F\x0090\x009D"));
     EXPECT_EQ(std::string(Text(NV_TEXT("a\x4E2D\xD83D\xDE00z")).GetAsMultiByte().data()), "a???z");
     // What the code page lacks becomes a character that looks like it, if there is one.
     EXPECT_EQ(std::string(Text(NV_TEXT("\x0141\x2010\xFF0F\x0416")).GetAsMultiByte().data()), "L-/?");
@@ -334,13 +322,6 @@ TEST(CXStringTest, MapsCodePage1252BothWays) {
     CXString assigned(NV_TEXT("long text before"));
     assigned = "\xE4";
     EXPECT_EQ(assigned, NV_TEXT("\x00E4"));
-}
-
-TEST(CXStringTest, NoWindowHasNoText) {
-    CXString text(NV_TEXT("before"));
-    text.GetWindowTextW(nullptr);
-    EXPECT_TRUE(text.IsEmpty());
-    text.SetWindowTextW(nullptr);
 }
 
 }  // namespace

@@ -39,6 +39,10 @@ TEST(Integrity, CrcHasTheStandardValues) {
     EXPECT_EQ(Crc32::GetCrc(Text("The quick brown fox jumps over the lazy dog").data(), 43), 0x414FA339u);
     EXPECT_EQ(Crc32::GetCrc(nullptr, 0), 0u);
     EXPECT_EQ(Crc32::GetCrc(nullptr, 0, 0x12345678), 0xEDCBA987u);
+    // Chained, the value must be inverted in between.
+    const DWORD first = Crc32::GetCrc(Text("1234").data(), 4);
+    EXPECT_NE(Crc32::GetCrc(Text("56789").data(), 5, first), 0xCBF43926u);
+    EXPECT_EQ(Crc32::GetCrc(Text("56789").data(), 5, ~first), 0xCBF43926u);
 }
 
 TEST(Integrity, CrcIsTheSameForEveryLengthAlignmentAndSeed) {
@@ -51,14 +55,6 @@ TEST(Integrity, CrcIsTheSameForEveryLengthAlignmentAndSeed) {
                 << length << " bytes from " << start;
         }
     }
-}
-
-TEST(Integrity, ChainedCrcIsNotTheOneOfTheJoinedBytes) {
-    const ByteBuffer bytes = Text("123456789");
-    const DWORD first = Crc32::GetCrc(bytes.data(), 4);
-    EXPECT_EQ(Crc32::GetCrc(bytes.data() + 4, 5, first), PlainCrc(bytes.data() + 4, 5, first));
-    EXPECT_NE(Crc32::GetCrc(bytes.data() + 4, 5, first), 0xCBF43926u);
-    EXPECT_EQ(Crc32::GetCrc(bytes.data() + 4, 5, ~first), 0xCBF43926u);
 }
 
 TEST(Integrity, HashOfNothingIsZeroAndOfAnythingElseIsNot) {
@@ -80,12 +76,14 @@ TEST(Integrity, HashHasTheStoredValues) {
     EXPECT_EQ(Hash32::GetHash32(Text("123456789")), 0x0678AEE9u ^ 0xCBF43926u);
     EXPECT_EQ(Hash32::GetHash32(CXString(NV_TEXT("12\u20AC"))),
               Hash32::GetHash32(Bytes("31 00 32 00 AC 20")));
-    const struct {
-        DWORD hash;
-        WORD fold;
-    } folds[] = {{0xFFFFFFFF, 0xFFFE}, {0, 0}, {0x00010001, 2}, {0x8000FFFF, 0x7FFF}, {0x12345678, 0x68AC}};
-    for (const auto& c : folds)
-        EXPECT_EQ(Hash32::Hash16FromHash32(c.hash), c.fold) << c.hash;
+    const auto expectFold = [](DWORD hash, WORD fold) {
+        EXPECT_EQ(Hash32::Hash16FromHash32(hash), fold) << hash;
+    };
+    expectFold(0xFFFFFFFF, 0xFFFE);
+    expectFold(0, 0);
+    expectFold(0x00010001, 2);
+    expectFold(0x8000FFFF, 0x7FFF);
+    expectFold(0x12345678, 0x68AC);
     EXPECT_EQ(Hash32::GetHash16(Text("a").data(), 1), Hash32::Hash16FromHash32(0xE8B7BE22));
 }
 
@@ -106,21 +104,17 @@ TEST(Integrity, HashOfADeviceModeCoversBothOfItsParts) {
 }
 
 TEST(Integrity, ChecksumOfOddLengthsCountsTwoBytesBehindTheEnd) {
-    const struct {
-        const char* bytes;  // of which the last two lie behind the end when the length is odd
-        DWORD length;
-        WORD expected;
-    } cases[] = {
-        {"", 0, 0xFFFF},
-        {"01 02", 2, 0xFDFC},
-        {"FF FF FF FF", 4, 0xFFFB},  // two carries fold back in
-        {"FF FF 02 00", 4, 0xFFF9},
-        {"01 00 00", 1, 0xFFFD},        // 1 + 0 + 0 + the length
-        {"01 02 03", 1, 0xFDFA},        // 0x0201 + 3 + 1
-        {"01 02 03 04 05", 3, 0xF9F3},  // 0x0201 + 0x0403 + 5 + 3
+    // Of the bytes the last two lie behind the end when the length is odd.
+    const auto expect = [](const char* bytes, DWORD length, WORD expected) {
+        EXPECT_EQ(Checksum::GetChecksum(Bytes(bytes).data(), length), expected) << bytes;
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(Checksum::GetChecksum(Bytes(c.bytes).data(), c.length), c.expected) << c.bytes;
+    expect("", 0, 0xFFFF);
+    expect("01 02", 2, 0xFDFC);
+    expect("FF FF FF FF", 4, 0xFFFB);  // two carries fold back in
+    expect("FF FF 02 00", 4, 0xFFF9);
+    expect("01 00 00", 1, 0xFFFD);        // 1 + 0 + 0 + the length
+    expect("01 02 03", 1, 0xFDFA);        // 0x0201 + 3 + 1
+    expect("01 02 03 04 05", 3, 0xF9F3);  // 0x0201 + 0x0403 + 5 + 3
 }
 
 }  // namespace

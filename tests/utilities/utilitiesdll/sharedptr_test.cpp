@@ -3,9 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
-#include <vector>
 
 struct SharedPtrTestAccess {
     template <class Pointer>
@@ -57,16 +55,12 @@ TEST(SharedPtr, DestroysAnOwnedObjectWithItsLastCopy) {
     EXPECT_EQ(0, Counted::alive);
 }
 
-TEST(SharedPtr, LeavesAnObjectThatItDoesNotOwn) {
-    const auto object = std::make_unique<Counted>(1);
+TEST(SharedPtr, LeavesAnObjectThatItDoesNotOwnOrNoMore) {
+    std::unique_ptr<Counted> object = std::make_unique<Counted>(1);
     { const Pointer pointer(object.get(), false); }
     EXPECT_EQ(1, Counted::alive);
-}
-
-TEST(SharedPtr, ReleasedOwnershipHoldsForAllCopies) {
-    std::unique_ptr<Counted> object;
     {
-        Pointer pointer(new Counted(1), true);
+        Pointer pointer(object.release(), true);
         const Pointer copy = pointer;
         object.reset(pointer.ReleaseOwnership());
         EXPECT_EQ(object.get(), copy.Get());
@@ -89,21 +83,16 @@ TEST(SharedPtr, ResetSharesAnotherObject) {
     EXPECT_EQ(1, Counted::alive);
 }
 
-TEST(SharedPtr, SurvivesSelfAssignment) {
-    Pointer pointer(new Counted(1), true);
-    const Pointer& itself = pointer;
-    pointer = itself;
-    EXPECT_EQ(1u, Count(pointer));
-    EXPECT_EQ(1, pointer->value);
-}
-
-TEST(SharedPtr, AssignsFromAPointerInsideItsOwnObject) {
+TEST(SharedPtr, AssignsFromItselfAndFromAPointerInsideItsOwnObject) {
     struct Node {
         int value;
         SharedPtr<Node> next;
         bool IsEqual(const Node&) const { return false; }
     };
     SharedPtr<Node> head(new Node{1, SharedPtr<Node>(new Node{2, SharedPtr<Node>()})});
+    const SharedPtr<Node>& itself = head;
+    head = itself;
+    EXPECT_EQ(1, head->value);
     head = head->next;
     EXPECT_EQ(2, head->value);
 }
@@ -121,11 +110,6 @@ TEST(SharedPtr, ComparesObjects) {
     EXPECT_TRUE(null == Pointer());
     EXPECT_TRUE(null < one);
     EXPECT_FALSE(one < null);
-
-    std::vector<Pointer> pointers{two, null, one};
-    std::sort(pointers.begin(), pointers.end());
-    EXPECT_EQ(nullptr, pointers[0].Get());
-    EXPECT_EQ(2, pointers[2]->value);
 }
 
 TEST(SharedPtr, KeepsItsRecordWhenItIsMovedFrom) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/profilefiles.h"
@@ -14,11 +15,8 @@ namespace {
 using profiletest::File;
 using Text = std::basic_string<WChar>;
 
-/// What a function leaves in a buffer of some size.
-struct Filled {
-    DWORD count;
-    std::string text;  // "|" for zeros, "~" for what was not touched
-};
+/// What a function returns, and leaves in a buffer: "|" for zeros, "~" for what was not touched.
+using Filled = std::pair<DWORD, std::string>;
 
 template <class Function>
 Filled Fill(std::size_t size, Function function) {
@@ -82,42 +80,30 @@ TEST_F(Utf8Ini, CutsWhatDoesNotFit) {
     const File file(m_folder / "cut.ini",
                     "[ab]\r\nk=12\xE2\x82\xAC"
                     "45\r\n[cd]\r\n");
-    const struct {
-        std::size_t size;
-        Filled value;
-        Filled entries;
-        Filled names;
-    } cases[] = {
-        {9, {5, "12?45|~~~"}, {7, "k=12?45||"}, {6, "ab|cd|||~"}},
-        {8, {5, "12?45|~~"}, {6, "k=12?4||"}, {6, "ab|cd|||"}},
-        {6, {5, "12?45|"}, {4, "k=12||"}, {4, "ab|c||"}},
-        {5, {4, "12?4|"}, {3, "k=1||"}, {3, "ab|||"}},
-        {2, {1, "1|"}, {0, "||"}, {0, "||"}},
-        {1, {0, "|"}, {0, "|"}, {0, "|"}},
-        {0, {0, ""}, {0, ""}, {0, ""}},
+    const auto expect = [&file](DWORD room, const Filled& value, const Filled& entries, const Filled& names) {
+        EXPECT_EQ(Fill(room,
+                       [&](WChar* out, DWORD size) {
+                           return UTF8Ini::GetPrivateProfileStringW(NV_TEXT("ab"), NV_TEXT("k"), nullptr, out,
+                                                                    size, file);
+                       }),
+                  value);
+        EXPECT_EQ(Fill(room,
+                       [&](WChar* out, DWORD size) {
+                           return UTF8Ini::GetPrivateProfileSectionW(NV_TEXT("ab"), out, size, file);
+                       }),
+                  entries);
+        EXPECT_EQ(
+            Fill(room, [&](WChar* out,
+                           DWORD size) { return UTF8Ini::GetPrivateProfileSectionNamesW(out, size, file); }),
+            names);
     };
-    for (const auto& c : cases) {
-        const auto check = [&c](const Filled& actual, const Filled& expected) {
-            EXPECT_EQ(actual.count, expected.count) << c.size;
-            EXPECT_EQ(actual.text, expected.text) << c.size;
-        };
-        check(Fill(c.size,
-                   [&file](WChar* out, DWORD size) {
-                       return UTF8Ini::GetPrivateProfileStringW(NV_TEXT("ab"), NV_TEXT("k"), nullptr, out,
-                                                                size, file);
-                   }),
-              c.value);
-        check(Fill(c.size,
-                   [&file](WChar* out, DWORD size) {
-                       return UTF8Ini::GetPrivateProfileSectionW(NV_TEXT("ab"), out, size, file);
-                   }),
-              c.entries);
-        check(Fill(c.size,
-                   [&file](WChar* out, DWORD size) {
-                       return UTF8Ini::GetPrivateProfileSectionNamesW(out, size, file);
-                   }),
-              c.names);
-    }
+    expect(9, {5, "12?45|~~~"}, {7, "k=12?45||"}, {6, "ab|cd|||~"});
+    expect(8, {5, "12?45|~~"}, {6, "k=12?4||"}, {6, "ab|cd|||"});
+    expect(6, {5, "12?45|"}, {4, "k=12||"}, {4, "ab|c||"});
+    expect(5, {4, "12?4|"}, {3, "k=1||"}, {3, "ab|||"});
+    expect(2, {1, "1|"}, {0, "||"}, {0, "||"});
+    expect(1, {0, "|"}, {0, "|"}, {0, "|"});
+    expect(0, {0, ""}, {0, ""}, {0, ""});
 }
 
 TEST_F(Utf8Ini, BelievesInAnySizeAndAllocatesForTheFile) {

@@ -46,30 +46,19 @@ std::string ContextsOfThrownException() {
 
 }  // namespace
 
-TEST(PerThreadStorage, IsTheSameForAThreadAndAnotherForEachThread) {
-    Storage* const own = &Storage::GetUtilitiesDllPerThreadStorageObject();
-    EXPECT_EQ(own, &Storage::GetUtilitiesDllPerThreadStorageObject());
-    EXPECT_EQ(&Storage::GetExecutionContextStack(), &Storage::GetExecutionContextStack());
-    std::thread([own] { EXPECT_NE(own, &Storage::GetUtilitiesDllPerThreadStorageObject()); }).join();
-}
-
 TEST(PerThreadStorage, EndsWithItsThread) {
+    Storage* const own = &Storage::GetUtilitiesDllPerThreadStorageObject();
     const std::size_t before = Storage::GetObjectCount();
-    std::thread([before] {
+    std::thread([before, own] {
+        EXPECT_EQ("<No Context>", ContextsOfThrownException());
+        EXPECT_EQ(before, Storage::GetObjectCount()) << "made for a thread that only throws";
         LeaveContextOnStack();
+        EXPECT_NE(own, &Storage::GetUtilitiesDllPerThreadStorageObject());
         EXPECT_EQ(before + 1, Storage::GetObjectCount());
         EXPECT_EQ(1, CountedContext::alive);
     }).join();
     EXPECT_EQ(before, Storage::GetObjectCount());
     EXPECT_EQ(0, CountedContext::alive);
-}
-
-TEST(PerThreadStorage, IsNotMadeForAThreadThatOnlyThrows) {
-    const std::size_t before = Storage::GetObjectCount();
-    std::thread([before] {
-        EXPECT_EQ("<No Context>", ContextsOfThrownException());
-        EXPECT_EQ(before, Storage::GetObjectCount());
-    }).join();
 }
 
 TEST(PerThreadStorage, DetachesAThreadThatGoesOn) {
