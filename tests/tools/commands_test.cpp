@@ -2,13 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include "nvutil/progress.h"
 #include "support/bytes.h"
+#include "support/temporaryfolder.h"
 #include "tools/toolruns.h"
 #include "utilities/attributebytes/attributebytes.h"
 #include "utilities/attributebytes/persistentattributes.h"
@@ -17,36 +16,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A folder of its own for a test, removed at the end.
 class Commands : public testing::Test {
 protected:
-    Commands() {
-        const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-        m_folder = fs::temp_directory_path() / (std::string("nvutil_test_") + test->name());
-        fs::remove_all(m_folder);
-        fs::create_directories(m_folder);
-    }
-    ~Commands() override { fs::remove_all(m_folder); }
-
-    /// The name of a file in the folder, in UTF-8.
-    std::string In(std::u8string_view name) const {
-        const std::u8string path = (m_folder / name).u8string();
-        return {path.begin(), path.end()};
-    }
+    /// The name of a file in the test's folder, in UTF-8.
+    std::string In(std::u8string_view name) const { return m_folder.NameOf(name); }
     static fs::path PathOf(const std::string& name) { return {std::u8string(name.begin(), name.end())}; }
     static void WriteFile(const std::string& name, const std::string& content) {
-        std::ofstream(PathOf(name), std::ios::binary) << content;
+        WriteWholeFile(PathOf(name), content);
     }
-    static std::string ReadFile(const std::string& name) {
-        std::ifstream file(PathOf(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    std::size_t CountFiles() const {
-        return static_cast<std::size_t>(
-            std::distance(fs::directory_iterator(m_folder), fs::directory_iterator()));
-    }
+    static std::string ReadFile(const std::string& name) { return ReadWholeFile(PathOf(name)); }
 
-    fs::path m_folder;
+    TemporaryFolder m_folder;
 };
 
 TEST_F(Commands, FilesHaveNamesOfAnyLanguage) {
@@ -56,7 +36,7 @@ TEST_F(Commands, FilesHaveNamesOfAnyLanguage) {
     EXPECT_EQ(Nvutil({"state", "build", input, "-o", output}).error, "");
     EXPECT_EQ(ReadFile(output), Build(SmallDocument()));
     EXPECT_EQ(Nvutil({"state", "verify", output}).status, 0);
-    EXPECT_EQ(CountFiles(), 2u);  // no temporary file is left
+    EXPECT_EQ(m_folder.CountEntries(), 2);  // no temporary file is left
 }
 
 TEST_F(Commands, AnOutputIsReplacedWholeOrLeftAlone) {
@@ -68,7 +48,7 @@ TEST_F(Commands, AnOutputIsReplacedWholeOrLeftAlone) {
     const std::string packed = Nvutil({"buffer", "pack", "-"}, "data").out;
     EXPECT_EQ(Nvutil({"buffer", "unpack", "-", "-o", output}, packed).status, 0);
     EXPECT_EQ(ReadFile(output), "data");
-    EXPECT_EQ(CountFiles(), 1u);
+    EXPECT_EQ(m_folder.CountEntries(), 1);
 }
 
 TEST_F(Commands, FilesThatCannotBeUsedAreRefusedByTheirClass) {

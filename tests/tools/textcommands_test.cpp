@@ -11,14 +11,9 @@
 
 namespace {
 
-std::string NameIn(const profiletest::Folder& folder, const char8_t* name) {
-    const std::u8string path = (folder / name).u8string();
-    return {path.begin(), path.end()};
-}
-
 TEST(IniCommands, SetReadListAndRemove) {
-    const profiletest::Folder folder;
-    const std::string file = NameIn(folder, u8"Größe.ini");
+    const TemporaryFolder folder;
+    const std::string file = folder.NameOf(u8"Größe.ini");
     const auto run = [&file](const std::string& verb, std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), {"ini", verb, file});
         return Nvutil(arguments);
@@ -27,8 +22,7 @@ TEST(IniCommands, SetReadListAndRemove) {
     EXPECT_EQ(run("set", {"Druck", "copies", "-2"}).status, 0);
     EXPECT_EQ(run("set", {"b", "k", ""}).status, 0);
     EXPECT_EQ(run("set", {"", "", "first"}).status, 0);
-    EXPECT_EQ(profiletest::File(folder / u8"Größe.ini").GetContent(),
-              "=first\r\n[Druck]\r\nGröße=东京 €\r\ncopies=-2\r\n[b]\r\nk=\r\n");
+    EXPECT_EQ(folder.Read(u8"Größe.ini"), "=first\r\n[Druck]\r\nGröße=东京 €\r\ncopies=-2\r\n[b]\r\nk=\r\n");
     EXPECT_EQ(run("get", {"DRUCK", "Größe"}).out, "东京 €\n");
     EXPECT_EQ(run("get", {"b", "k"}).out, "\n");
     EXPECT_EQ(run("get", {"", ""}).out, "first\n");
@@ -38,12 +32,11 @@ TEST(IniCommands, SetReadListAndRemove) {
 
     EXPECT_EQ(run("set", {"Druck", "copies", "--remove"}).status, 0);
     EXPECT_EQ(run("set", {"b", "--remove"}).status, 0);
-    EXPECT_EQ(profiletest::File(folder / u8"Größe.ini").GetContent(),
-              "=first\r\n[Druck]\r\nGröße=东京 €\r\n");
+    EXPECT_EQ(folder.Read(u8"Größe.ini"), "=first\r\n[Druck]\r\nGröße=东京 €\r\n");
 }
 
 TEST(IniCommands, PrintValuesOfAnyLength) {
-    const profiletest::Folder folder;
+    const TemporaryFolder folder;
     for (const std::size_t length : {4093u, 4094u, 4095u, 4096u, 50000u}) {
         const std::string value(length, 'v');
         const std::string name = std::to_string(length);
@@ -53,19 +46,19 @@ TEST(IniCommands, PrintValuesOfAnyLength) {
 }
 
 TEST(IniCommands, RefuseWhatIsNotThere) {
-    const profiletest::Folder folder;
-    const std::string file = NameIn(folder, u8"a.ini");
+    const TemporaryFolder folder;
+    const std::string file = folder.NameOf(u8"a.ini");
     const auto expectRefused = [](const ToolResult& result, const std::string& className) {
         EXPECT_EQ(result.status, 1);
         EXPECT_NE(result.error.find(" " + className + ": "), std::string::npos) << result.error;
     };
     expectRefused(Nvutil({"ini", "sections", file}), "ExceptionCreateFileForReading");
-    expectRefused(Nvutil({"ini", "set", NameIn(folder, u8"no/folder.ini"), "a", "k", "v"}),
+    expectRefused(Nvutil({"ini", "set", folder.NameOf(u8"no/folder.ini"), "a", "k", "v"}),
                   "ExceptionWriteFile");
     EXPECT_EQ(Nvutil({"ini", "set", file, "a", "k", "v"}).status, 0);
     expectRefused(Nvutil({"ini", "get", file, "a", "missing"}), "ExceptionUnknownKeyRequest");
     const profiletest::File utf16(folder / "utf16.ini", "\xFF\xFE[");
-    const std::string utf16Name = NameIn(folder, u8"utf16.ini");
+    const std::string utf16Name = folder.NameOf(u8"utf16.ini");
     expectRefused(Nvutil({"ini", "sections", utf16Name}), "ExceptionInvalidArgument");
     expectRefused(Nvutil({"ini", "set", utf16Name, "a", "k", "v"}), "ExceptionInvalidArgument");
     EXPECT_EQ(utf16.GetContent(), "\xFF\xFE[");

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -15,6 +14,7 @@
 #include "environment/printer.h"
 #include "support/narrow.h"
 #include "support/platform/posix/process.h"
+#include "support/temporaryfolder.h"
 #include "utilities/base/formattext.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 
@@ -29,16 +29,6 @@ const CXString name = NV_TEXT("Value");
 /// Every test has a folder of its own, and in it the store.
 class PrinterStore : public testing::Test {
 protected:
-    PrinterStore()
-        : m_folder(
-              fs::temp_directory_path() /
-              (std::string("nvutil_store_") + testing::UnitTest::GetInstance()->current_test_info()->name())),
-          m_file((m_folder / "new" / "folders" / "printers.sqlite").string()),
-          m_choice("NVUTIL_PRINTER_STORE", m_file.c_str()) {
-        fs::remove_all(m_folder);
-    }
-    ~PrinterStore() override { fs::remove_all(m_folder); }
-
     static void Write(const ByteBuffer& data) {
         Printer(printerName, Printer::Opening::MayBeNew)
             .SetPrinterDataExW(key, name, Printer::typeBinary, data);
@@ -49,11 +39,8 @@ protected:
         EXPECT_TRUE(Printer(printerName).GetPrinterDataW(name, type, data));
         return data;
     }
-    std::string ReadStore() const {
-        std::ifstream file(m_file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    void WriteStore(const std::string& bytes) const { std::ofstream(m_file, std::ios::binary) << bytes; }
+    std::string ReadStore() const { return ReadWholeFile(m_file); }
+    void WriteStore(const std::string& bytes) const { WriteWholeFile(m_file, bytes); }
 
     /// Expects a failure whose message names the store.
     template <class Action>
@@ -67,9 +54,10 @@ protected:
         }
     }
 
-    fs::path m_folder;
-    std::string m_file;
-    EnvironmentScope m_choice;
+    TemporaryFolder m_parent;
+    fs::path m_folder = m_parent / "store";
+    std::string m_file = (m_folder / "new" / "folders" / "printers.sqlite").string();
+    EnvironmentScope m_choice{"NVUTIL_PRINTER_STORE", m_file.c_str()};
 };
 
 TEST_F(PrinterStore, HoldsAPrinterFromItsFirstValueToItsLast) {

@@ -3,13 +3,12 @@
 
 #include <atomic>
 #include <filesystem>
-#include <fstream>
 #include <memory>
-#include <random>
 #include <string>
 #include <string_view>
 
 #include "support/narrow.h"
+#include "support/temporaryfolder.h"
 #include "utilities/xmlparser/npifparseexception.h"
 #include "utilities/xmlparser/platformxmlparser.h"
 
@@ -19,31 +18,7 @@ inline CXString Text(std::string_view ascii) {
     return {ascii.data(), static_cast<int>(ascii.size())};
 }
 
-/// A folder of its own, which goes with the object.
-class Folder {
-public:
-    Folder()
-        : m_path(std::filesystem::temp_directory_path() /
-                 ("nvutil_xml_" + std::to_string(std::random_device()()))) {
-        std::filesystem::create_directories(m_path);
-    }
-    ~Folder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::filesystem::path Write(std::string_view name, std::string_view content) const {
-        const std::filesystem::path path = m_path / name;
-        std::ofstream(path, std::ios::binary) << content;
-        return path;
-    }
-    std::filesystem::path GetPath(std::string_view name) const { return m_path / name; }
-
-private:
-    std::filesystem::path m_path;
-};
+using Folder = TemporaryFolder;
 
 inline CXString NameOf(const std::filesystem::path& path) {
     return Text(path.string());

@@ -217,14 +217,14 @@ TEST(XmlParsing, ShowsInADocumentThatWasGotBefore) {
 TEST(XmlParsing, OfAFile) {
     const Folder folder;
     PlatformXmlParser parser(CXString(), false);
-    EXPECT_FALSE(parser.parse(NameOf(folder.GetPath("missing.xml"))));
+    EXPECT_FALSE(parser.parse(NameOf(folder / "missing.xml")));
     EXPECT_TRUE(parser.parse(NameOf(folder.Write("empty.xml", ""))));
     EXPECT_FALSE(*parser.getDocument()->getDocumentElement());
     EXPECT_TRUE(parser.parse(NameOf(folder.Write("a.xml", "<r><a/></r>"))));
     EXPECT_EQ(Show(*parser.getDocument()->getDocumentElement()->getAsDomNode()), "r[a[]]");
     EXPECT_THROW(parser.parse(NameOf(folder.Write("b.xml", "<r>"))), NpifParseException);
     EXPECT_FALSE(*parser.getDocument()->getDocumentElement()) << "what was there before is gone";
-    EXPECT_THROW(parser.parse(NameOf(folder.GetPath("."))), NorvaException);
+    EXPECT_THROW(parser.parse(NameOf(folder / ".")), NorvaException);
 }
 
 // A little of everything that a document can hold.
@@ -274,7 +274,7 @@ constexpr auto dtd = "<!ELEMENT r (a*)><!ELEMENT a (#PCDATA)><!ATTLIST a k CDATA
 
 TEST(XmlValidation, HoldsADocumentToItsDtd) {
     const Folder folder;
-    const CXString systemId = NameOf(folder.GetPath("doc.xml"));
+    const CXString systemId = NameOf(folder / "doc.xml");
     folder.Write("t.dtd", dtd);
     folder.Write("bad.dtd", "<!ELEMENT r (a*)>\n<!ELEMENT a");
     folder.Write("decl.dtd", std::string("<?xml version='1.0' encoding='UTF-8'?>") + dtd);
@@ -322,7 +322,7 @@ TEST(XmlValidation, HoldsADocumentToItsDtd) {
 
 TEST(XmlValidation, ReadsEveryKindOfDeclaration) {
     const Folder folder;
-    const CXString systemId = NameOf(folder.GetPath("doc.xml"));
+    const CXString systemId = NameOf(folder / "doc.xml");
     const struct {
         const char* dtd;
         const char* root;
@@ -369,7 +369,7 @@ TEST(XmlValidation, FetchesNothing) {
     folder.Write("secret.txt", "secret");
     folder.Write("more.dtd", "<!ENTITY e 'secret'>");
     folder.Write("foreign.dtd", "<!ELEMENT r ANY><!ENTITY % more SYSTEM 'more.dtd'> %more;");
-    const CXString systemId = NameOf(folder.GetPath("doc.xml"));
+    const CXString systemId = NameOf(folder / "doc.xml");
     const std::string cases[] = {
         "<!DOCTYPE r [<!ENTITY e SYSTEM 'secret.txt'>]><r>&e;</r>",
         "<!DOCTYPE r [<!ENTITY e PUBLIC '-//x' 'http://example.invalid/'>]><r>&e;</r>",

@@ -27,7 +27,7 @@ std::string AttributeOf(Document& document, const char* name) {
 TEST(LibXmlParser, AddsTheAttributesOfTheDtd) {
     const Folder folder;
     folder.Write("t.dtd", "<!ELEMENT r EMPTY><!ATTLIST r k CDATA 'outer' j CDATA #FIXED 'j'>");
-    const CXString systemId = NameOf(folder.GetPath("a.xml"));
+    const CXString systemId = NameOf(folder / "a.xml");
     const std::string xml = "<!DOCTYPE r SYSTEM 't.dtd' [<!ATTLIST r k CDATA 'inner'>]><r/>";
     Document loose(xml, false, systemId);
     EXPECT_EQ(AttributeOf(loose, "k") + AttributeOf(loose, "j"), "innernone");
@@ -111,7 +111,7 @@ TEST(LibXmlParser, TellsWhereTheErrorIs) {
         "Error Code 76/0x4c: Reason=Opening and ending tag mismatch: a line 2 and b");
     const Folder folder;
     folder.Write("t.dtd", "<?xml version='1.0' encoding='UTF-8'?>\n<!ELEMENT r (a)>\n<!ELEMENT a (>");
-    Document dtd("<!DOCTYPE r SYSTEM 't.dtd'><r/>", true, NameOf(folder.GetPath("a.xml")));
+    Document dtd("<!DOCTYPE r SYSTEM 't.dtd'><r/>", true, NameOf(folder / "a.xml"));
     EXPECT_NE(dtd.GetError().find("t.dtd' on line 3 and column 14 (69 from"), std::string::npos)
         << dtd.GetError();
     Document closing("<!DOCTYPE r [<!ELEMENT r EMPTY><!ATTLIST r to IDREF #IMPLIED>]><r to='x'/>", true);
@@ -124,8 +124,8 @@ TEST(LibXmlParser, TellsWhereTheErrorIs) {
 TEST(LibXmlParser, FollowsNoLinkToADtd) {
     const Folder folder;
     folder.Write("secret", "root:x:0:0");
-    std::filesystem::create_symlink("secret", folder.GetPath("t.dtd"));
-    Document document("<!DOCTYPE r SYSTEM 't.dtd'><r/>", true, NameOf(folder.GetPath("a.xml")));
+    std::filesystem::create_symlink("secret", folder / "t.dtd");
+    Document document("<!DOCTYPE r SYSTEM 't.dtd'><r/>", true, NameOf(folder / "a.xml"));
     EXPECT_NE(document.GetError().find("The document's DTD cannot be read."), std::string::npos)
         << document.GetError();
 }
