@@ -1,7 +1,7 @@
 // The platform's cabinet library, whichever stands behind it: what both must do.
 #include <gtest/gtest.h>
 
-#include "platform/cabinettools.h"
+#include "support/cabinettools.h"
 #include "platform/module.h"
 
 namespace {

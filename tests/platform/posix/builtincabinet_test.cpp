@@ -5,7 +5,7 @@
 #include <set>
 #include <stdexcept>
 
-#include "platform/cabinettools.h"
+#include "support/cabinettools.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/cabinettools.h"
+#include "support/cabinettools.h"
 #include "platform/profilefiles.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/memoryfiles.h"
+#include "support/memoryfiles.h"
 #include "support/cabinetbuilder.h"
 #include "utilities/compression/microsoftcabinetlibrary.h"
 
