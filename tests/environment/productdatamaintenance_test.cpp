@@ -9,7 +9,7 @@
 
 #include "environment/productdata.h"
 #include "environment/productfolder.h"
-#include "platform/cabinettools.h"
+#include "support/cabinetbuilder.h"
 #include "support/narrow.h"
 #include "support/platform/testprinter.h"
 #include "utilities/debuggingandexceptions/exceptions.h"

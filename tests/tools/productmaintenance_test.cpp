@@ -9,7 +9,7 @@
 #include "environment/productdata.h"
 #include "environment/productfolder.h"
 #include "nvutil/text.h"
-#include "platform/cabinettools.h"
+#include "support/cabinetbuilder.h"
 #include "support/platform/testprinter.h"
 #include "tools/toolruns.h"
 

@@ -45,11 +45,6 @@ protected:
     std::string m_dataHome;
 };
 
-std::string ReadFile(const std::string& name) {
-    std::ifstream file(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 const ByteBuffer secret = Bytes("53 45 43 52 45 54");
 
 /// Why sealing is refused; empty when it is not.
@@ -61,12 +56,6 @@ std::string SealingRefusal() {
         EXPECT_EQ(Narrow(failure.GetExceptionLocationFunctionName()), "DataEncrypter::EncryptBytes");
         return Narrow(failure.GetExceptionMesage());
     }
-}
-
-TEST_F(Sealing, SealedDataHasTheDocumentedLayout) {
-    const ByteBuffer sealed = DataEncrypter::EncryptBytes(secret);
-    EXPECT_EQ(sealed.size(), 14u + 24 + secret.size() + 16);
-    EXPECT_EQ(Hex(ByteBuffer(sealed.data(), 14)), "4E 56 53 44 01 00 03 00 4E 00 56 00 55 00");
 }
 
 // A key file and what was sealed with it, by an independent calculation: users have such data.
@@ -84,22 +73,25 @@ constexpr const char* maskedKeys[] = {
     "E4 47 07 C0 B0 49 19 F0 AA 5A 26 87 BD 40 0A 25 38 58 BE 65 8C B4 1B 77 AB 65 22 7D 15 2F "
     "95 68"};
 
-/// Does something in a child, so that the memory of this process never holds what it handles.
-bool SucceedsInChild(const std::function<bool()>& body) {
+/// Starts a child that does something and ends well when that succeeds.
+template <class Body>
+pid_t StartChild(Body body) {
     const pid_t child = fork();
     if (child == 0) _exit(body() ? 0 : 1);
+    return child;
+}
+
+bool Succeeded(pid_t child) {
     int status = 1;
     return waitpid(child, &status, 0) == child && status == 0;
 }
 
-bool WriteKnownKeyFile(const std::string& name) {
-    fs::create_directories(fs::path(name).parent_path());
+void WriteKnownKeyFile(const fs::path& key) {
     const ByteBuffer bytes = Bytes(knownKeyFile);
-    std::ofstream(name, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
-    fs::permissions(name, fs::perms(0600));
-    fs::permissions(fs::path(name).parent_path(), fs::perms(0700));
-    return true;
+    fs::create_directories(key.parent_path());
+    std::ofstream(key, std::ios::binary) << std::string(bytes.begin(), bytes.end());
+    fs::permissions(key, fs::perms(0600));
+    fs::permissions(key.parent_path(), fs::perms(0700));
 }
 
 /// Whether the writable memory of this process holds a key, of which half is enough.
@@ -126,7 +118,11 @@ bool HoldsKey(const ByteBuffer& maskedKey) {
 }
 
 TEST_F(Sealing, KnownDataIsUnsealedAndNoKeyStaysInMemory) {
-    ASSERT_TRUE(SucceedsInChild([this] { return WriteKnownKeyFile(KeyFile()); }));
+    // A child writes the key, so that the memory of this process never holds it.
+    ASSERT_TRUE(Succeeded(StartChild([this] {
+        WriteKnownKeyFile(KeyFile());
+        return true;
+    })));
     EXPECT_EQ(DataEncrypter::DecryptBytes(Bytes(knownSealed)), secret);
     std::thread([] { EXPECT_EQ(SealingRefusal(), ""); }).join();
     for (const char* const key : maskedKeys)
@@ -136,6 +132,8 @@ TEST_F(Sealing, KnownDataIsUnsealedAndNoKeyStaysInMemory) {
 
 TEST_F(Sealing, EveryChangedOrAddedByteIsRefused) {
     const ByteBuffer sealed = DataEncrypter::EncryptBytes(secret);
+    EXPECT_EQ(sealed.size(), 14u + 24 + secret.size() + 16);
+    EXPECT_EQ(Hex(ByteBuffer(sealed.data(), 14)), "4E 56 53 44 01 00 03 00 4E 00 56 00 55 00");
     for (std::size_t i = 0; i < sealed.size() * 8; ++i) {
         ByteBuffer changed = sealed;
         changed[i / 8] ^= static_cast<BYTE>(1 << i % 8);
@@ -196,86 +194,72 @@ TEST_F(Sealing, HomesThatCannotHoldAKeyAreRefused) {
     setenv("HOME", home.c_str(), 1);
 }
 
+void MoveAway(const fs::path& path) {
+    fs::rename(path, path.string() + ".real");
+}
+
+/// Nothing of what is no file.
+std::string ContentOf(const fs::path& path) {
+    if (!fs::is_regular_file(path)) return "";
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 TEST_F(Sealing, KeyFilesThatCannotBeTrustedAreRefusedAndLeftAlone) {
+    constexpr char links[] = "Too many levels of symbolic links";
     const struct {
         const char* expected;
-        std::function<void(const std::string& key)> spoil;
+        std::function<void(const fs::path& key)> spoil;
     } cases[] = {
-        {"others have access", [](const auto& key) { fs::permissions(key, fs::perms(0644)); }},
-        {"others have access", [](const auto& key) { fs::permissions(key, fs::perms(0602)); }},
-        {"is damaged", [](const auto& key) { fs::resize_file(key, 39); }},
-        {"is damaged", [](const auto& key) { fs::resize_file(key, 0); }},
-        {"is damaged", [](const auto& key) { fs::resize_file(key, 41); }},
-        {"is damaged", [](const auto& key) { std::fstream(key) << 'X'; }},
-        {"Too many levels of symbolic links",
-         [](const auto& key) {
-             fs::rename(key, key + ".real");
-             fs::create_symlink("seal.key.real", key);
-         }},
-        {"Too many levels of symbolic links",
-         [](const auto& key) {
-             fs::remove(key);
-             fs::create_symlink("nowhere", key);
-         }},
-        {"is not a regular file",
-         [](const auto& key) {
-             fs::remove(key);
-             mkfifo(key.c_str(), 0600);
-         }},
-        {"is not a regular file",
-         [](const auto& key) {
-             fs::remove(key);
-             fs::create_directory(key);
-         }},
+        {"others have access", [](const fs::path& key) { fs::permissions(key, fs::perms(0644)); }},
+        {"others have access", [](const fs::path& key) { fs::permissions(key, fs::perms(0602)); }},
+        {"is damaged", [](const fs::path& key) { fs::resize_file(key, 39); }},
+        {"is damaged", [](const fs::path& key) { fs::resize_file(key, 0); }},
+        {"is damaged", [](const fs::path& key) { fs::resize_file(key, 41); }},
+        {"is damaged", [](const fs::path& key) { std::fstream(key) << 'X'; }},
+        {links, [](const fs::path& key) { MoveAway(key), fs::create_symlink("seal.key.real", key); }},
+        {links, [](const fs::path& key) { MoveAway(key), fs::create_symlink("nowhere", key); }},
+        {"is not a regular file", [](const fs::path& key) { MoveAway(key), mkfifo(key.c_str(), 0600); }},
+        {"is not a regular file", [](const fs::path& key) { MoveAway(key), fs::create_directory(key); }},
         {"Not a directory",
-         [](const auto& key) {
-             const fs::path folder = fs::path(key).parent_path();
-             fs::rename(folder, folder.string() + ".real");
-             fs::create_directory_symlink("nvutil.real", folder);
+         [](const fs::path& key) {
+             MoveAway(key.parent_path()), fs::create_directory_symlink("nvutil.real", key.parent_path());
          }},
         {"others can write",
-         [](const auto& key) { fs::permissions(fs::path(key).parent_path(), fs::perms(0770)); }},
+         [](const fs::path& key) { fs::permissions(key.parent_path(), fs::perms(0770)); }},
     };
-    for (int i = 0; const auto& c : cases) {
-        UseDataHome("data" + std::to_string(++i));
+    for (int i = 0; const auto& [expected, spoil] : cases) {
+        const std::string home = "data" + std::to_string(++i);
+        UseDataHome(home);
         const ByteBuffer sealed = DataEncrypter::EncryptBytes(secret);
-        c.spoil(KeyFile());
-        const auto before = fs::is_regular_file(KeyFile()) ? ReadFile(KeyFile()) : "";
+        spoil(KeyFile());
+        const std::string before = ContentOf(KeyFile());
         const std::string refusal = SealingRefusal();
-        EXPECT_NE(refusal.find(c.expected), std::string::npos) << c.expected << ", not " << refusal;
-        EXPECT_NE(refusal.find(In("data" + std::to_string(i) + "/nvutil")), std::string::npos) << refusal;
-        EXPECT_THROW(DataEncrypter::DecryptBytes(sealed), ExceptionDataEncrypterFailure) << c.expected;
-        EXPECT_EQ(fs::is_regular_file(KeyFile()) ? ReadFile(KeyFile()) : "", before) << c.expected;
+        EXPECT_NE(refusal.find(expected), std::string::npos) << expected << ", not " << refusal;
+        EXPECT_NE(refusal.find(In(home + "/nvutil")), std::string::npos) << refusal;
+        EXPECT_THROW(DataEncrypter::DecryptBytes(sealed), ExceptionDataEncrypterFailure) << expected;
+        EXPECT_EQ(ContentOf(KeyFile()), before) << expected;
     }
 }
 
 TEST_F(Sealing, ProcessesThatStartAtOnceAgreeOnOneKey) {
-    constexpr int processes = 8;
-    constexpr int rounds = 25;
-    for (int round = 0; round < rounds; ++round) {
+    constexpr std::size_t processes = 8;
+    for (int round = 0; round < 25; ++round) {
         UseDataHome("round" + std::to_string(round));
         std::vector<pid_t> children;
-        for (int i = 0; i < processes; ++i) {
-            const pid_t child = fork();
-            ASSERT_GE(child, 0);
-            if (child == 0) {
+        while (children.size() < processes) {
+            const std::string name = In("sealed" + std::to_string(children.size()));
+            children.push_back(StartChild([&name] {
                 const ByteBuffer sealed = DataEncrypter::EncryptBytes(secret);
-                std::ofstream out(In("sealed" + std::to_string(i)), std::ios::binary);
-                out.write(reinterpret_cast<const char*>(sealed.data()), std::streamsize(sealed.size()));
-                out.close();
-                _exit(0);
-            }
-            children.push_back(child);
+                std::ofstream(name, std::ios::binary) << std::string(sealed.begin(), sealed.end());
+                return true;
+            }));
         }
-        for (const pid_t child : children) {
-            int status = 0;
-            ASSERT_EQ(waitpid(child, &status, 0), child);
-            ASSERT_EQ(status, 0);
-        }
-        for (int i = 0; i < processes; ++i) {
-            const std::string sealed = ReadFile(In("sealed" + std::to_string(i)));
-            ASSERT_EQ(DataEncrypter::DecryptBytes({sealed.begin(), sealed.end()}), secret)
-                << "round " << round;
+        for (const pid_t child : children)
+            ASSERT_TRUE(Succeeded(child));
+        for (std::size_t i = 0; i < processes; ++i) {
+            const std::string sealed = ContentOf(In("sealed" + std::to_string(i)));
+            ASSERT_EQ(DataEncrypter::DecryptBytes({sealed.begin(), sealed.end()}), secret) << round;
         }
     }
 }

@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <thread>
-#include <vector>
 
 #include "platform/work.h"
 
@@ -13,13 +12,11 @@ namespace {
 
 TEST(Fork, ChildOfAProcessWithBusyThreadsUsesTheLibrary) {
     std::atomic<bool> isOver = false;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&isOver] {
-            while (!isOver)
-                Work();
-        });
-    }
+    const auto work = [&isOver] {
+        while (!isOver)
+            Work();
+    };
+    std::thread threads[] = {std::thread(work), std::thread(work), std::thread(work), std::thread(work)};
     int failures = 0;
     for (int i = 0; i < 100; ++i) {
         const pid_t child = fork();

@@ -15,16 +15,14 @@ using namespace std::string_literals;
 
 constexpr std::size_t enough = 1000;
 
-struct KeepCase {
-    std::string before;
-    const char* section;
-    const char* key;
-    const char* value;
-    std::string after;
-};
-
 TEST(ProfileFile, KeepsLayoutAndLineEnds) {
-    const KeepCase cases[] = {
+    const struct {
+        std::string before;
+        const char* section;
+        const char* key;
+        const char* value;
+        std::string after;
+    } cases[] = {
         {"; top\n\n[a]\n  K =  1  \n\n\n[b]\n", "a", "k", "2", "; top\n\n[a]\n  K =  2\n\n\n[b]\n"},
         {"[a]\nk=1\n\n; end\n\n[b]\n", "a", "j", "2", "[a]\nk=1\n\n; end\nj=2\n\n[b]\n"},
         {"[a]\nk=1\n\n[b]\n", "a", "k", nullptr, "[a]\n\n[b]\n"},
@@ -36,11 +34,11 @@ TEST(ProfileFile, KeepsLayoutAndLineEnds) {
          "; \xC3\xA4\n[\xC3\xA4]\nk=\xC3\xB6\n"},
     };
     const Folder folder;
-    for (const KeepCase& c : cases) {
-        const File file(folder / "a.ini", c.before);
-        EXPECT_TRUE(WriteText(file, c.section, c.key, c.value));
-        EXPECT_EQ(file.GetContent(), c.after);
-        EXPECT_EQ(ReadText(file, c.section, c.key, "none", enough), c.value != nullptr ? c.value : "none");
+    for (const auto& [before, section, key, value, after] : cases) {
+        const File file(folder / "a.ini", before);
+        EXPECT_TRUE(WriteText(file, section, key, value));
+        EXPECT_EQ(file.GetContent(), after);
+        EXPECT_EQ(ReadText(file, section, key, "none", enough), value != nullptr ? value : "none");
     }
 }
 

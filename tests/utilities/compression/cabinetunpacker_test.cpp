@@ -1,4 +1,6 @@
 // Cabinets unpacked to disk: what arrives there, and what is refused without leaving a trace.
+#include "utilities/compression/cabinetunpacker.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -8,42 +10,40 @@
 #include <string>
 #include <vector>
 
-#include "platform/cabinettools.h"
+#include "support/cabinettools.h"
 #include "platform/profilefiles.h"
-#include "support/narrow.h"
-#include "utilities/compression/cabinetunpacker.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 
 namespace {
 
 using namespace cabinettest;
-using platform::cabinet::tcompTYPE_MSZIP;
-using platform::cabinet::tcompTYPE_NONE;
+using namespace platform::cabinet;
+using nvutil::CabinetUnpacker;
 namespace fs = std::filesystem;
 
-/// Everything below a folder: files with their bytes, folders with a slash behind their name and nothing.
+/// Everything below a folder: files with their bytes, folders with nothing.
 using Tree = std::map<std::string, std::string>;
 
-std::string Text(const Bytes& bytes) {
+std::string Text(const ByteBuffer& bytes) {
     return {bytes.begin(), bytes.end()};
+}
+
+CXString NameOf(const fs::path& path) {
+    return path.string<WChar>().c_str();
 }
 
 class CabinetUnpacking : public testing::Test {
 protected:
-    CXString Target() const { return (m_folder / "target").string<WChar>().c_str(); }
-    fs::path TargetPath() const { return m_folder / "target"; }
-
     void Write(const std::string& path, const std::string& bytes) const {
-        const fs::path file = TargetPath() / path;
-        fs::create_directories(file.parent_path());
-        std::ofstream(file, std::ios::binary) << bytes;
+        fs::create_directories((targetPath / path).parent_path());
+        std::ofstream(targetPath / path, std::ios::binary) << bytes;
     }
 
     Tree GetTree() const {
         Tree tree;
-        if (!fs::exists(TargetPath())) return tree;
-        for (const auto& entry : fs::recursive_directory_iterator(TargetPath())) {
-            const std::u8string name = entry.path().lexically_relative(TargetPath()).generic_u8string();
+        if (!fs::exists(targetPath)) return tree;
+        for (const auto& entry : fs::recursive_directory_iterator(targetPath)) {
+            const std::u8string name = entry.path().lexically_relative(targetPath).generic_u8string();
             std::string& content = tree[{name.begin(), name.end()}];
             std::ifstream file(entry.path(), std::ios::binary);
             if (entry.is_regular_file()) content.assign(std::istreambuf_iterator<char>(file), {});
@@ -51,35 +51,43 @@ protected:
         return tree;
     }
 
-    profiletest::Folder m_folder;
+    const profiletest::Folder folder;
+    const fs::path targetPath = folder / "target";
+    const CXString target = NameOf(targetPath);
 };
 
-ByteBuffer Buffer(const Bytes& bytes) {
-    ByteBuffer buffer;
-    buffer.insert(buffer.end(), bytes.begin(), bytes.end());
-    return buffer;
-}
-
-ByteBuffer Packed(const NamedFiles& files, WORD compression, int folderThreshold = 0x7FFFFFFF) {
-    platform::cabinet::CCAB parameters = UsualParameters();
-    parameters.cbFolderThresh = static_cast<DWORD>(folderThreshold);
-    MemoryFiles set;
-    return Buffer(Pack(set, files, compression, parameters).cabinet);
+ByteBuffer Packed(const NamedFiles& files, WORD compression, DWORD folderThreshold = 0x7FFFFFFF) {
+    CCAB parameters = UsualParameters();
+    parameters.cbFolderThresh = folderThreshold;
+    return Pack(files, compression, parameters).cabinet;
 }
 
 /// A stored cabinet of files of three bytes each, whose data is "abcdef..." as far as it reaches.
-HandMadeCabinet Stored(const std::vector<std::string>& names, std::uint16_t attributes = 0) {
-    HandMadeCabinet cabinet;
-    Bytes data;
+CabinetBuilder Stored(const std::vector<std::string>& names, WORD attributes = 0) {
+    CabinetBuilder cabinet;
+    ByteBuffer data;
     for (const std::string& name : names) {
-        cabinet.files.push_back({name, 3, static_cast<std::uint32_t>(data.size()), 0, attributes});
+        cabinet.File(name, {.size = 3, .offset = data.getDword(), .attributes = attributes});
         for (int i = 0; i < 3; ++i)
             data.push_back(static_cast<BYTE>('a' + data.size()));
     }
-    const auto size = static_cast<std::uint16_t>(data.size());
-    cabinet.folders = {{tcompTYPE_NONE, {{data, size}}}};
-    return cabinet;
+    return cabinet.Folder(tcompTYPE_NONE, {{data, data.size()}});
 }
+
+/// Why a cabinet is refused, behind "the cabinet: "; empty when it is not.
+std::string Refusal(const ByteBuffer& cabinet, const nvutil::CabinetLimits& limits = {}) {
+    try {
+        const CabinetUnpacker unpacker(cabinet, limits);
+        return "";
+    } catch (const ExceptionCompression& exception) {
+        constexpr std::string_view begin = "the cabinet: ";
+        const std::string message = Narrow(exception.GetExceptionMesage());
+        EXPECT_TRUE(message.starts_with(begin)) << message;
+        return message.substr(begin.size());
+    }
+}
+
+constexpr char corrupt[] = "4: FDIERROR_CORRUPT_CABINET (Cabinet file is corrupt)";
 
 TEST_F(CabinetUnpacking, WritesEveryFileOfEveryFolder) {
     const NamedFiles files = {{"models.map", Prose(100000)},
@@ -87,49 +95,45 @@ TEST_F(CabinetUnpacking, WritesEveryFileOfEveryFolder) {
                               {"DTDs\\printer.dtd", Noise(70000)},
                               {"V5.0/a/b/archive.jar", Noise(1)},
                               {"DTDs\\.hidden", Prose(32768)}};
-    const Tree expected = {{"models.map", Text(files[0].second)},
-                           {"empty", ""},
-                           {"DTDs", ""},
-                           {"DTDs/printer.dtd", Text(files[2].second)},
-                           {"V5.0", ""},
-                           {"V5.0/a", ""},
-                           {"V5.0/a/b", ""},
-                           {"V5.0/a/b/archive.jar", Text(files[3].second)},
-                           {"DTDs/.hidden", Text(files[4].second)}};
+    Tree expected = {{"DTDs", ""}, {"V5.0", ""}, {"V5.0/a", ""}, {"V5.0/a/b", ""}};
+    for (const auto& [name, bytes] : files)
+        expected[fs::path(name.starts_with("DTDs") ? "DTDs/" + name.substr(5) : name).generic_string()] =
+            Text(bytes);
     for (const WORD compression : {tcompTYPE_NONE, tcompTYPE_MSZIP}) {
-        for (const int threshold : {0x7FFFFFFF, 1000}) {
-            const nvutil::CabinetUnpacker unpacker(Packed(files, compression, threshold));
-            fs::remove_all(TargetPath());
-            EXPECT_FALSE(unpacker.IsUnpackedTo(Target()));
-            unpacker.UnpackTo(Target());
+        for (const DWORD threshold : {0x7FFFFFFFu, 1000u}) {
+            const CabinetUnpacker unpacker(Packed(files, compression, threshold));
+            fs::remove_all(targetPath);
+            EXPECT_FALSE(unpacker.IsUnpackedTo(target));
+            unpacker.UnpackTo(target);
             EXPECT_EQ(GetTree(), expected) << compression << " " << threshold;
-            EXPECT_TRUE(unpacker.IsUnpackedTo(Target()));
+            EXPECT_TRUE(unpacker.IsUnpackedTo(target));
         }
     }
 }
 
 TEST_F(CabinetUnpacking, ReadsEveryKindOfCompression) {
-    const Bytes noise = Noise(70000);
-    HandMadeCabinet cabinet;
-    cabinet.folders = {LzxFolder(),
-                       PlainLzxFolder(noise),
-                       QuantumFolder(),
-                       {tcompTYPE_NONE, {{{'s'}, 1}}},
-                       {tcompTYPE_MSZIP, {{StoredMszip({'z'}), 1}}},
-                       LzxFolder(),
-                       QuantumFolder()};
-    cabinet.files = {{"lzx/name", 8, 0, 0},
-                     {"lzx/end", 3, 27, 0},
-                     {"plain/first", 3, 0, 1},
-                     {"plain/empty", 0, 3, 1},
-                     {"plain/across", 40000, 3, 1},
-                     {"plain/last", 29000, 41000, 1},
-                     {"quantum", 32, 0, 2},
-                     {"stored", 1, 0, 3},
-                     {"mszip", 1, 0, 4},
-                     {"lzx/again", 3, 27, 5},
-                     {"qagain", 7, 0, 6}};
-    nvutil::CabinetUnpacker(Buffer(cabinet.Build())).UnpackTo(Target());
+    const ByteBuffer noise = Noise(70000);
+    CabinetUnpacker(CabinetBuilder()
+                        .Folder(LzxFolder())
+                        .Folder(PlainLzxFolder(noise))
+                        .Folder(QuantumFolder())
+                        .Folder(tcompTYPE_NONE, {{BytesOf("s"), 1}})
+                        .Folder(tcompTYPE_MSZIP, {{StoredMszip(BytesOf("z")), 1}})
+                        .Folder(LzxFolder())
+                        .Folder(QuantumFolder())
+                        .File("lzx/name", {.size = 8})
+                        .File("lzx/end", {.size = 3, .offset = 27})
+                        .File("plain/first", {.size = 3, .folder = 1})
+                        .File("plain/empty", {.size = 0, .offset = 3, .folder = 1})
+                        .File("plain/across", {.size = 40000, .offset = 3, .folder = 1})
+                        .File("plain/last", {.size = 29000, .offset = 41000, .folder = 1})
+                        .File("quantum", {.size = 32, .folder = 2})
+                        .File("stored", {.size = 1, .folder = 3})
+                        .File("mszip", {.size = 1, .folder = 4})
+                        .File("lzx/again", {.size = 3, .offset = 27, .folder = 5})
+                        .File("qagain", {.size = 7, .folder = 6})
+                        .Build())
+        .UnpackTo(target);
     const std::string plain = Text(noise);
     EXPECT_EQ(GetTree(), (Tree{{"lzx", ""},
                                {"lzx/name", "printer:"},
@@ -147,267 +151,196 @@ TEST_F(CabinetUnpacking, ReadsEveryKindOfCompression) {
 }
 
 TEST_F(CabinetUnpacking, ReadsTheCabinetFromAFile) {
-    const ByteBuffer bytes = Packed({{"a", Prose(1000)}}, tcompTYPE_MSZIP);
-    const fs::path file = m_folder / "product.cab";
-    std::ofstream(file, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    const fs::path file = folder / "product.cab";
+    std::ofstream(file, std::ios::binary) << Text(Packed({{"a", Prose(1000)}}, tcompTYPE_MSZIP));
     fs::resize_file(file, std::uintmax_t{1} << 31);  // what follows the cabinet takes no memory
-    const nvutil::CabinetUnpacker unpacker(CXString(file.string<WChar>().c_str()));
+    const CabinetUnpacker unpacker(NameOf(file));
     ASSERT_EQ(unpacker.GetFiles().size(), 1u);
     EXPECT_EQ(Narrow(unpacker.GetFiles()[0].path), "a");
     EXPECT_EQ(unpacker.GetFiles()[0].size, 1000u);
     constexpr WChar noCharacter = 0xD800;
     for (const CXString& missing :
-         {CXString((m_folder / "none.cab").string<WChar>().c_str()), CXString(),
-          CXString(m_folder.GetPath().string<WChar>().c_str()), CXString(noCharacter)})
-        EXPECT_THROW(nvutil::CabinetUnpacker{missing}, ExceptionCreateFileForReading);
+         {NameOf(folder / "none.cab"), CXString(), NameOf(folder.GetPath()), CXString(noCharacter)})
+        EXPECT_THROW(CabinetUnpacker{missing}, ExceptionCreateFileForReading);
     for (const std::string& content : {std::string(), std::string(36, 'x'), std::string("MSCF")}) {
         std::ofstream(file, std::ios::binary) << content;
-        EXPECT_THROW(nvutil::CabinetUnpacker(CXString(file.string<WChar>().c_str())), ExceptionCompression);
+        EXPECT_THROW(CabinetUnpacker{NameOf(file)}, ExceptionCompression);
+    }
+    // One that would be larger than 1 GiB is refused before there is memory for it.
+    std::ofstream(file, std::ios::binary)
+        << Text(Stored({"a"}).Damage([](Records& r) { r.header.cabinetSize = 0x40000001; }).Build());
+    fs::resize_file(file, std::uintmax_t{1} << 31);
+    try {
+        const CabinetUnpacker large(NameOf(file));
+        ADD_FAILURE();
+    } catch (const ExceptionCompression& refused) {
+        EXPECT_TRUE(Narrow(refused.GetExceptionMesage()).ends_with("is larger than 1073741824 bytes"));
     }
 }
 
 TEST_F(CabinetUnpacking, ReplacesFilesAndKeepsTheRest) {
     Write("sub/old", "before");
     Write("sub/other", "kept");
-    Write("sub/nvutil.dtd", "kept too");
-    const nvutil::CabinetUnpacker unpacker(Buffer(Stored({"sub/old", "sub/new"}).Build()));
-    EXPECT_FALSE(unpacker.IsUnpackedTo(Target()));
-    unpacker.UnpackTo(Target());
-    EXPECT_EQ(GetTree(), (Tree{{"sub", ""},
-                               {"sub/old", "abc"},
-                               {"sub/new", "def"},
-                               {"sub/other", "kept"},
-                               {"sub/nvutil.dtd", "kept too"}}));
+    const CabinetUnpacker unpacker(Stored({"sub/old", "sub/new"}).Build());
+    EXPECT_FALSE(unpacker.IsUnpackedTo(target));
+    unpacker.UnpackTo(target);
+    EXPECT_EQ(GetTree(), (Tree{{"sub", ""}, {"sub/old", "abc"}, {"sub/new", "def"}, {"sub/other", "kept"}}));
 }
 
 TEST_F(CabinetUnpacking, TakesOnlyNamesThatStayBelowTheFolder) {
     const std::string deep16 = "1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16";
-    const struct {
-        std::string name;
-        const char* path;  ///< Null for a name that is refused, empty for one that stays as it is.
-    } cases[] = {
-        {"a", "a"},
-        {"a b", "a b"},
-        {" a", " a"},
-        {"..a", "..a"},
-        {"a..b/.c", "a..b/.c"},
-        {"x\\y/z", "x/y/z"},
-        {"console", "console"},
-        {"com10", "com10"},
-        {"commander.com", "commander.com"},
-        {"lpt", "lpt"},
-        {"a~1", "a~1"},
-        {std::string(255, 'n'), ""},
-        {deep16, deep16.c_str()},
-        {deep16 + "/17", nullptr},
-        {"..", nullptr},
-        {".", nullptr},
-        {"../a", nullptr},
-        {"..\\a", nullptr},
-        {"a/../b", nullptr},
-        {"a\\..\\..\\b", nullptr},
-        {"a/.", nullptr},
-        {"./a", nullptr},
-        {"...", nullptr},
-        {". ./a", nullptr},
-        {"/a", nullptr},
-        {"\\a", nullptr},
-        {"//server/share", nullptr},
-        {"\\\\?\\C:\\a", nullptr},
-        {"a/", nullptr},
-        {"a//b", nullptr},
-        {"C:a", nullptr},
-        {"C:\\a", nullptr},
-        {"a:stream", nullptr},
-        {"a.", nullptr},
-        {"a ", nullptr},
-        {"a. /b", nullptr},
-        {"a\tb", nullptr},
-        {"a\x7F", nullptr},
-        {"a*", nullptr},
-        {"a?", nullptr},
-        {"a|b", nullptr},
-        {"\"a\"", nullptr},
-        {"<a>", nullptr},
-        {"CON", nullptr},
-        {"nul", nullptr},
-        {"sub/Aux.txt", nullptr},
-        {"prn/a", nullptr},
-        {"COM1", nullptr},
-        {"lpt9.map", nullptr},
-        {"com\xB9", nullptr},
-        {"NUL .txt", nullptr},
-        {"nul.tar.gz", nullptr},
-        {"CONIN$", nullptr},
-        {"conout$.x", nullptr},
-        {"clock$", nullptr},
-    };
-    for (const auto& [name, path] : cases) {
-        const ByteBuffer bytes = Buffer(Stored({name}).Build());
-        if (path == nullptr) {
-            EXPECT_THROW(nvutil::CabinetUnpacker{bytes}, ExceptionCompression) << name;
-            continue;
-        }
-        const nvutil::CabinetUnpacker unpacker(bytes);
-        EXPECT_EQ(Narrow(unpacker.GetFiles()[0].path), *path == '\0' ? name : path);
+    for (const std::string& name :
+         {std::string("a"), std::string("a b"), std::string(" a"), std::string("..a"), std::string("a..b/.c"),
+          std::string("console"), std::string("com10"), std::string("commander.com"), std::string("lpt"),
+          std::string("a~1"), std::string("x\\y/z"), std::string(255, 'n'), deep16}) {
+        std::string path = name;
+        std::replace(path.begin(), path.end(), '\\', '/');
+        EXPECT_EQ(Narrow(CabinetUnpacker(Stored({name}).Build()).GetFiles()[0].path), path);
     }
-}
-
-TEST_F(CabinetUnpacking, ReadsNamesInTheirCodePage) {
-    constexpr std::uint16_t utf8 = 0x80;
-    nvutil::CabinetUnpacker(Buffer(Stored({"\xE4\xF6.map"}).Build())).UnpackTo(Target());
-    nvutil::CabinetUnpacker(Buffer(Stored({"\xE2\x82\xAC/\xF0\x9F\x96\xA8"}, utf8).Build()))
-        .UnpackTo(Target());
+    constexpr WORD utf8 = 0x80;
+    const struct {
+        const char* reason;
+        WORD attributes;
+        std::vector<std::string> names;
+    } refused[] = {
+        {"has an empty part", 0, {"/a", "\\a", "//server/share", "\\\\?\\C:\\a", "a/", "a//b"}},
+        {"has a part that ends with a blank or a dot",
+         0,
+         {"..", ".", "../a", "..\\a", "a/../b", "a\\..\\..\\b", "a/.", "./a", "...", ". ./a", "a.", "a ",
+          "a. /b"}},
+        {"has a character that no file name may have",
+         0,
+         {"C:a", "C:\\a", "a:stream", "a\tb", "a\x7F", "a*", "a?", "a|b", "\"a\"", "<a>"}},
+        {"has a character that no file name may have",
+         utf8,
+         {"\xE4", "a\xED\xA0\x80", "\xC0\xAE\xC0\xAE/a", "a\xC0\xAF/b", "\xC2\x85", "\xC2\x9F"}},
+        {"has the name of a device in it",
+         0,
+         {"CON", "nul", "sub/Aux.txt", "prn/a", "COM1", "lpt9.map", "com\xB9", "NUL .txt", "nul.tar.gz",
+          "CONIN$", "conout$.x", "clock$"}},
+        {"has the name of a device in it", utf8, {"COM\xC2\xB2"}},
+        // As bytes these are few enough, as the name of a file they are not.
+        {"has a part that is too long", 0, {std::string(128, '\xE4')}},
+        {"has too many folders", 0, {deep16 + "/17"}},
+    };
+    for (const auto& [reason, attributes, names] : refused) {
+        for (const std::string& name : names) {
+            const std::string refusal = Refusal(Stored({name}, attributes).Build());
+            EXPECT_TRUE(refusal.starts_with("the name ") && refusal.ends_with(reason)) << refusal;
+        }
+    }
+    CabinetUnpacker(Stored({"\xE4\xF6.map"}).Build()).UnpackTo(target);
+    CabinetUnpacker(Stored({"\xE2\x82\xAC/\xF0\x9F\x96\xA8"}, utf8).Build()).UnpackTo(target);
     EXPECT_EQ(GetTree(), (Tree{{"\xC3\xA4\xC3\xB6.map", "abc"},
                                {"\xE2\x82\xAC", ""},
                                {"\xE2\x82\xAC/\xF0\x9F\x96\xA8", "abc"}}));
-    try {
-        const nvutil::CabinetUnpacker refusedOne(Buffer(Stored({"COM\xC2\xB2"}, utf8).Build()));
-        ADD_FAILURE();
-    } catch (const ExceptionCompression& refused) {
-        EXPECT_EQ(refused.GetExceptionMesage(),
-                  CXString(NV_TEXT("the cabinet: the name COM\u00B2 has the name of a device in it")));
-    }
-    for (const char* const name : {"\xE4", "a\xED\xA0\x80", "\xC0\xAE\xC0\xAE/a", "a\xC0\xAF/b", "\xC2\x85"})
-        EXPECT_THROW(nvutil::CabinetUnpacker(Buffer(Stored({name}, utf8).Build())), ExceptionCompression)
-            << name;
-    for (const auto& [lower, upper] : {std::pair("\xCF\x89", "\xCE\xA9"), {"\xD0\xB6", "\xD0\x96"}})
-        EXPECT_THROW(nvutil::CabinetUnpacker(Buffer(Stored({lower, upper}, utf8).Build())),
-                     ExceptionCompression);
-    // As bytes these are few enough, as the name of a file they are not.
-    EXPECT_THROW(nvutil::CabinetUnpacker(Buffer(Stored({std::string(130, '\xE4')}).Build())),
-                 ExceptionCompression);
 }
 
 TEST_F(CabinetUnpacking, RefusesPathsThatCannotStandTogether) {
+    constexpr WORD utf8 = 0x80;
     const struct {
         std::vector<std::string> names;
-        bool isRefused;
+        const char* refusal;
+        WORD attributes = 0;
     } cases[] = {
-        {{"a", "b", "a"}, true},
-        {{"a/b", "a\\b"}, true},
-        {{"Sub/File", "x", "sub/fILE"}, true},
-        {{"\xC9t\xE9", "\xE9T\xC9"}, true},
-        {{"a", "a/b"}, true},
-        {{"a/b/c", "a/b"}, true},
-        {{"A/b/c", "x", "a"}, true},
-        {{"a", "a b", "a.b", "ab", "a!"}, false},
-        {{"a/b", "a/bc", "a/b.c", "ab/b"}, false},
+        {{"a", "b", "a"}, "a and a cannot both exist"},
+        {{"a/b", "a\\b"}, "a/b and a/b cannot both exist"},
+        {{"Sub/File", "x", "sub/fILE"}, "Sub/File and sub/fILE cannot both exist"},
+        {{"\xC9t\xE9", "\xE9T\xC9"}, "?t? and ?T? cannot both exist"},
+        {{"\xCF\x89", "\xCE\xA9"}, "? and ? cannot both exist", utf8},
+        {{"\xD0\xB6", "\xD0\x96"}, "? and ? cannot both exist", utf8},
+        {{"a", "a/b"}, "a and a/b cannot both exist"},
+        {{"a/b/c", "a/b"}, "a/b and a/b/c cannot both exist"},
+        {{"A/b/c", "x", "a"}, "a and A/b/c cannot both exist"},
+        {{"a", "a b", "a.b", "ab", "a!"}, ""},
+        {{"a/b", "a/bc", "a/b.c", "ab/b"}, ""},
     };
-    for (const auto& [names, isRefused] : cases) {
-        const ByteBuffer bytes = Buffer(Stored(names).Build());
-        if (isRefused) {
-            EXPECT_THROW(nvutil::CabinetUnpacker{bytes}, ExceptionCompression) << names[0];
-        } else {
-            EXPECT_EQ(nvutil::CabinetUnpacker(bytes).GetFiles().size(), names.size());
-        }
-    }
+    for (const auto& [names, refusal, attributes] : cases)
+        EXPECT_EQ(Refusal(Stored(names, attributes).Build()), refusal);
 }
 
 TEST_F(CabinetUnpacking, RefusesWhatExpandsTooFar) {
-    const ByteBuffer zeros = Packed({{"a", Bytes(3000000)}, {"b", Bytes(1000000)}}, tcompTYPE_MSZIP);
+    const ByteBuffer zeros =
+        Packed({{"a", ByteBuffer(3000000)}, {"b", ByteBuffer(1000000)}}, tcompTYPE_MSZIP);
+    const std::string refusal = std::to_string(zeros.size()) + " bytes expand to 4000000 bytes";
     const std::uint64_t reached = 4000000 / zeros.size() + 1;
-    EXPECT_NO_THROW(nvutil::CabinetUnpacker(zeros, {4000000, reached}));
-    EXPECT_THROW(nvutil::CabinetUnpacker(zeros, {3999999, reached}), ExceptionCompression);
-    EXPECT_THROW(nvutil::CabinetUnpacker(zeros, {4000000, reached / 2}), ExceptionCompression);
-    EXPECT_NO_THROW(nvutil::CabinetUnpacker{zeros});
-    ByteBuffer longer = zeros;
-    longer.resize(longer.size() * 4);
-    EXPECT_THROW(nvutil::CabinetUnpacker(longer, {4000000, reached / 2}), ExceptionCompression)
+    EXPECT_EQ(Refusal(zeros), "");
+    EXPECT_EQ(Refusal(zeros, {4000000, reached}), "");
+    EXPECT_EQ(Refusal(zeros, {3999999, reached}), refusal);
+    EXPECT_EQ(Refusal(zeros, {4000000, reached / 2}), refusal);
+    EXPECT_EQ(Refusal(zeros, {4000000, 0}), refusal);
+    EXPECT_EQ(Refusal(ByteBuffer(zeros).append(ByteBuffer(3 * zeros.size(), 0)), {4000000, reached / 2}),
+              refusal)
         << "what follows the cabinet justifies nothing";
 
-    HandMadeCabinet hidden = Stored({"a", "b", "c"});  // whose first six bytes no file has
+    CabinetBuilder hidden = Stored({"a", "b", "c"});  // whose first six bytes no file has
     hidden.files.erase(hidden.files.begin(), hidden.files.begin() + 2);
-    EXPECT_NO_THROW(nvutil::CabinetUnpacker(Buffer(hidden.Build()), {9}));
-    EXPECT_THROW(nvutil::CabinetUnpacker(Buffer(hidden.Build()), {8}), ExceptionCompression);
-}
+    EXPECT_EQ(Refusal(hidden.Build(), {9}), "");
+    EXPECT_NE(Refusal(hidden.Build(), {8}), "");
 
-TEST_F(CabinetUnpacking, RefusesTooManyFilesAndFolders) {
-    const ByteBuffer deep = Buffer(Stored({"a/b/c", "a/b/d", "A/e", "f"}).Build());  // 4 files, 3 folders
-    EXPECT_EQ(nvutil::CabinetUnpacker(deep, {.entries = 7}).GetFiles().size(), 4u);
-    EXPECT_THROW(nvutil::CabinetUnpacker(deep, {.entries = 6}), ExceptionCompression);
-}
-
-// Folder 0 holds 32768 + 3 bytes in two blocks, folder 1 the bytes "abc".
-HandMadeCabinet TwoFolders() {
-    HandMadeCabinet cabinet;
-    const Bytes abc = {'a', 'b', 'c'};
-    cabinet.folders = {{tcompTYPE_NONE, {{Noise(32768), 32768}, {abc, 3}}}, {tcompTYPE_NONE, {{abc, 3}}}};
-    cabinet.files = {{"a", 32768, 0, 0}, {"b", 3, 32768, 0}, {"c", 3, 0, 1}};
-    return cabinet;
+    const ByteBuffer deep = Stored({"a/b/c", "a/b/d", "A/e", "f"}).Build();  // 4 files, 3 folders
+    EXPECT_EQ(Refusal(deep, {.entries = 7}), "");
+    EXPECT_EQ(Refusal(deep, {.entries = 6}), "has more than 6 files and folders");
 }
 
 TEST_F(CabinetUnpacking, RefusesTablesThatAreNotInOrder) {
+    constexpr char badMethod[] = "6: FDIERROR_BAD_COMPR_TYPE (Unknown compression type in a cabinet folder)";
+    constexpr char aborted[] = "11: FDIERROR_USER_ABORT (FDI aborted)";
     const struct {
         const char* what;
-        void (*change)(HandMadeCabinet&);
-        bool isRefused;
+        void (*damage)(Records&);
+        const char* refusal;
     } cases[] = {
-        {"nothing", [](HandMadeCabinet&) {}, false},
-        {"reserved areas",
-         [](HandMadeCabinet& c) {
-             c.flags = 4;
-             c.headerReserve = c.folderReserve = c.dataReserve = Bytes(20, 1);
-         },
-         false},
-        {"data that no file has", [](HandMadeCabinet& c) { c.files.erase(c.files.begin()); }, false},
-        {"an empty folder",
-         [](HandMadeCabinet& c) {
-             c.folders.push_back({tcompTYPE_MSZIP, {}});
-         },
-         false},
-        {"files that share data", [](HandMadeCabinet& c) { c.files[1].offset = 32767; }, true},
-        {"files in another order", [](HandMadeCabinet& c) { std::swap(c.files[0], c.files[1]); }, true},
-        {"folders in another order", [](HandMadeCabinet& c) { std::swap(c.files[1], c.files[2]); }, true},
-        {"a file beyond its folder", [](HandMadeCabinet& c) { c.files[1].size = 4; }, true},
-        {"a file beyond all folders", [](HandMadeCabinet& c) { c.files[2].folder = 2; }, true},
-        {"a file from the cabinet before", [](HandMadeCabinet& c) { c.files[0].folder = 0xFFFD; }, true},
-        {"a file that ends beyond 4 GiB", [](HandMadeCabinet& c) { c.files[2].offset = 0xFFFFFFFE; }, true},
-        {"no file", [](HandMadeCabinet& c) { c.files.clear(); }, true},
-        {"a neighbour",
-         [](HandMadeCabinet& c) {
-             c.flags = 1, c.neighbours = {"x", "y"};
-         },
-         true},
-        {"an unknown method", [](HandMadeCabinet& c) { c.folders[1].compression = 4; }, true},
-        {"a method's unknown bits", [](HandMadeCabinet& c) { c.folders[1].compression = 0x0100; }, true},
-        {"a window that is too large", [](HandMadeCabinet& c) { c.folders[1].compression = 0x1603; }, true},
-        {"LZX with a small window", [](HandMadeCabinet& c) { c.folders[1].compression = 0x0E03; }, true},
-        {"Quantum", [](HandMadeCabinet& c) { c.folders[1].compression = 0x0A12; }, false},
-        {"Quantum of level 0", [](HandMadeCabinet& c) { c.folders[1].compression = 0x0A02; }, true},
-        {"Quantum of level 8", [](HandMadeCabinet& c) { c.folders[1].compression = 0x0A82; }, true},
-        {"Quantum without a window", [](HandMadeCabinet& c) { c.folders[1].compression = 2; }, true},
+        {"nothing", [](Records&) {}, ""},
+        {"files that share data", [](Records& r) { r.files[1].offset = 32766; }, corrupt},
+        {"files in another order", [](Records& r) { std::swap(r.files[0], r.files[1]); }, corrupt},
+        {"folders in another order", [](Records& r) { std::swap(r.files[1], r.files[2]); }, corrupt},
+        {"a file beyond its folder", [](Records& r) { r.files[1].size = 4; }, corrupt},
+        {"a file beyond all folders", [](Records& r) { r.files[2].folder = 3; }, corrupt},
+        {"a file from before", [](Records& r) { r.files[0].folder = continuedFromPrevious; }, corrupt},
+        {"a file that ends beyond 4 GiB", [](Records& r) { r.files[2].offset = 0xFFFFFFFE; }, corrupt},
+        {"no file", [](Records& r) { r.header.fileCount = 0; }, corrupt},
+        {"a neighbour", [](Records& r) { r.header.flags = hasPreviousCabinet; }, aborted},
+        {"two folders over the same blocks", [](Records& r) { r.folders[1] = r.folders[0]; }, corrupt},
+        {"an unknown method", [](Records& r) { r.folders[1].compression = 4; }, badMethod},
+        {"a method's unknown bits", [](Records& r) { r.folders[1].compression = 0x0100; }, badMethod},
+        {"LZX with a window of 2 MiB", [](Records& r) { r.folders[1].compression = 0x1503; }, ""},
+        {"LZX with a larger window", [](Records& r) { r.folders[1].compression = 0x1603; }, badMethod},
+        {"LZX with a window of 32 KiB", [](Records& r) { r.folders[1].compression = 0x0F03; }, ""},
+        {"LZX with a smaller window", [](Records& r) { r.folders[1].compression = 0x0E03; }, badMethod},
+        {"Quantum of level 1", [](Records& r) { r.folders[1].compression = 0x0A12; }, ""},
+        {"Quantum of level 7", [](Records& r) { r.folders[1].compression = 0x1572; }, ""},
+        {"Quantum of level 0", [](Records& r) { r.folders[1].compression = 0x0A02; }, badMethod},
+        {"Quantum of level 8", [](Records& r) { r.folders[1].compression = 0x0A82; }, badMethod},
+        {"Quantum with a small window", [](Records& r) { r.folders[1].compression = 0x0912; }, badMethod},
+        {"Quantum with a large window", [](Records& r) { r.folders[1].compression = 0x1612; }, badMethod},
     };
-    for (const auto& [what, change, isRefused] : cases) {
-        HandMadeCabinet cabinet = TwoFolders();
-        change(cabinet);
-        const ByteBuffer bytes = Buffer(cabinet.Build());
-        if (isRefused) {
-            EXPECT_THROW(nvutil::CabinetUnpacker{bytes}, ExceptionCompression) << what;
-        } else {
-            EXPECT_NO_THROW(nvutil::CabinetUnpacker(bytes).UnpackTo(Target())) << what;
-        }
+    for (const auto& [what, damage, refusal] : cases) {
+        const ByteBuffer abc = BytesOf("abc");
+        const ByteBuffer area(20, 1);
+        const ByteBuffer cabinet = CabinetBuilder()
+                                       .Folder(tcompTYPE_NONE, {{Noise(32768), 32768}, {abc, 3}})
+                                       .Folder(tcompTYPE_NONE, {{abc, 3}})
+                                       .Folder(tcompTYPE_MSZIP, {})
+                                       .File("a", {.size = 32767})  // the byte behind it has no file
+                                       .File("b", {.size = 3, .offset = 32768})
+                                       .File("c", {.size = 3, .folder = 1})
+                                       .Reserve(area, area, area)
+                                       .Damage(damage)
+                                       .Build();
+        EXPECT_EQ(Refusal(cabinet), refusal) << what;
     }
-    // Two folders over the same blocks: 36 bytes of header, then the folders' entries of 8 bytes each.
-    ByteBuffer bytes = Buffer(TwoFolders().Build());
-    for (std::size_t i = 36; i < 40; ++i)
-        bytes[i + 8] = bytes[i];
-    EXPECT_THROW(nvutil::CabinetUnpacker{bytes}, ExceptionCompression);
 }
 
 TEST_F(CabinetUnpacking, LeavesNoTraceOfADamagedCabinet) {
     Write("a", "before");
-    HandMadeCabinet cabinet = Stored({"a", "new/b"});
-    cabinet.folders.push_back({tcompTYPE_MSZIP, {{StoredMszip({'x', 'y', 'z'}), 3, 0x12345678}}});
-    cabinet.files.push_back({"c", 3, 0, 1});
-    HandMadeCabinet lzx = Stored({"a", "new/b"});
-    lzx.folders.push_back(LzxFolder());
-    lzx.folders.back().blocks[0].payload[1] = 0;  // a block of no type
-    lzx.files.push_back({"c", 30, 0, 1});
-    for (const HandMadeCabinet& damaged : {cabinet, lzx}) {
-        const nvutil::CabinetUnpacker unpacker(Buffer(damaged.Build()));
-        EXPECT_THROW(unpacker.UnpackTo(Target()), ExceptionCompression);
+    FolderData lzx = LzxFolder();
+    lzx.blocks[0].payload[1] = 0;  // a block of no type
+    const FolderData mszip{tcompTYPE_MSZIP, {{StoredMszip(Noise(30)), 30, 0x12345678}}};
+    for (const FolderData& damaged : {mszip, lzx}) {
+        const CabinetUnpacker unpacker(
+            Stored({"a", "new/b"}).Folder(damaged).File("c", {.size = 30, .folder = 1}).Build());
+        EXPECT_THROW(unpacker.UnpackTo(target), ExceptionCompression);
         EXPECT_EQ(GetTree(), (Tree{{"a", "before"}}));
     }
 }
@@ -418,19 +351,18 @@ TEST_F(CabinetUnpacking, RefusesWhatStandsInTheWay) {
         std::vector<std::string> names;
     } cases[] = {{"a/inside", {"x", "a"}}, {"a", {"x", "new/y", "a/b"}}, {"a", {"x", "a/b/c"}}};
     for (const auto& [existing, names] : cases) {
-        fs::remove_all(TargetPath());
+        fs::remove_all(targetPath);
         Write(existing, "before");
         const Tree before = GetTree();
-        const nvutil::CabinetUnpacker unpacker(Buffer(Stored(names).Build()));
-        EXPECT_THROW(unpacker.UnpackTo(Target()), ExceptionFileOperationCompression) << existing;
-        EXPECT_FALSE(unpacker.IsUnpackedTo(Target()));
+        const CabinetUnpacker unpacker(Stored(names).Build());
+        EXPECT_THROW(unpacker.UnpackTo(target), ExceptionFileOperationCompression) << existing;
+        EXPECT_FALSE(unpacker.IsUnpackedTo(target));
         EXPECT_EQ(GetTree(), before);
     }
-    const CXString file = (TargetPath() / "a").string<WChar>().c_str();
-    EXPECT_THROW(nvutil::CabinetUnpacker(Buffer(Stored({"x"}).Build())).UnpackTo(file),
-                 ExceptionFileOperationCompression);
-    EXPECT_THROW(nvutil::CabinetUnpacker(Buffer(Stored({"x"}).Build())).UnpackTo(CXString()),
-                 ExceptionFileOperationCompression);
+    constexpr WChar loneSurrogate = 0xD800;
+    for (const CXString& noFolder : {NameOf(targetPath / "a"), CXString(), CXString(loneSurrogate)})
+        EXPECT_THROW(CabinetUnpacker(Stored({"x"}).Build()).UnpackTo(noFolder),
+                     ExceptionFileOperationCompression);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/bytes.h"
+#include "support/cabinetbuilder.h"
 #include "utilities/compression/cabcompressedbuffer.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 
@@ -124,18 +124,10 @@ TEST(CompressedBuffer, CopiesAreIndependent) {
 TEST(CompressedBuffer, KeepsTheTailOfALongerState) {
     CabCompressedBuffer buffer;
     buffer.Store(SomeData(5000));
-    const ByteBuffer longState = buffer.GetCompressedBufferState();
+    ByteBuffer expected = buffer.GetCompressedBufferState();
     buffer.Store(SomeData(10));
-    const ByteBuffer cabinet = [] {
-        ByteBuffer out;
-        CabCompressedBuffer shortOne;
-        shortOne.Store(SomeData(10));
-        shortOne.GetCompressedData(out);
-        return out;
-    }();
-
-    ByteBuffer expected = longState;
-    std::copy(cabinet.begin(), cabinet.end(), expected.begin());
+    const ByteBuffer shortState = StateOf(SomeData(10));
+    std::copy(shortState.begin(), shortState.end() - 13, expected.begin());
     ByteBuffer compressed;
     buffer.GetCompressedData(compressed);
     EXPECT_EQ(compressed, expected);
@@ -145,34 +137,29 @@ TEST(CompressedBuffer, KeepsTheTailOfALongerState) {
 }
 
 TEST(CompressedBuffer, RefusesFootersItDoesNotKnow) {
-    constexpr struct {
-        const char* state;
+    const struct {
         const char* outcome;
+        std::vector<const char*> states;
     } cases[] = {
-        {"", "bad footer"},
-        {"43 4F 4D 35", "bad footer"},
-        {"00 00 00 43 4F 4D 35", "bad footer"},
-        {"02 FF FF FF FF 00 00 00 00 43 4F 4D 36", "bad footer"},
-        {"02 FF FF FF FF 00 00 00 00 63 6F 6D 35", "bad footer"},
-        {"00 00 00 00 43 4F 4D 50", "incompatible"},
-        {"02 FF FF FF FF 00 00 00 00 43 4F 4D 50", "incompatible"},
-        {"00 00 00 00 43 4F 4D 35", "incompatible"},
-        {"FF FF FF FF 00 00 00 00 43 4F 4D 35", "incompatible"},
-        {"00 00 00 00 43 4F 4D 34", "incompatible"},
-        {"FF FF FF 00 00 00 00 43 4F 4D 34", "incompatible"},
-        {"00 FF FF FF FF 00 00 00 00 43 4F 4D 35", "incompatible"},
-        {"03 FF FF FF FF 00 00 00 00 43 4F 4D 35", "incompatible"},
-        {"FF FF FF FF FF 00 00 00 00 43 4F 4D 35", "incompatible"},
-        {"02 00 00 00 09 00 00 00 00 43 4F 4D 35", ""},
-        {"02 00 00 00 09 FF FF FF FF 43 4F 4D 35", ""},
-        {"02 FF FF FF FF 00 00 00 01 43 4F 4D 35", "damaged"},
+        {"bad footer",
+         {"", "43 4F 4D 35", "00 00 00 43 4F 4D 35", "02 FF FF FF FF 00 00 00 00 43 4F 4D 36",
+          "02 FF FF FF FF 00 00 00 00 63 6F 6D 35"}},
+        {"incompatible",
+         {"00 00 00 00 43 4F 4D 50", "02 FF FF FF FF 00 00 00 00 43 4F 4D 50", "00 00 00 00 43 4F 4D 35",
+          "FF FF FF FF 00 00 00 00 43 4F 4D 35", "00 00 00 00 43 4F 4D 34",
+          "FF FF FF 00 00 00 00 43 4F 4D 34", "00 FF FF FF FF 00 00 00 00 43 4F 4D 35",
+          "03 FF FF FF FF 00 00 00 00 43 4F 4D 35", "FF FF FF FF FF 00 00 00 00 43 4F 4D 35"}},
+        {"", {"02 00 00 00 09 00 00 00 00 43 4F 4D 35", "02 00 00 00 09 FF FF FF FF 43 4F 4D 35"}},
+        {"damaged", {"02 FF FF FF FF 00 00 00 01 43 4F 4D 35"}},
     };
-    for (const auto& [state, outcome] : cases) {
-        EXPECT_EQ(Outcome(Bytes(state)), outcome) << state;
-        if (std::string(outcome).empty() || std::string(outcome) == "damaged") continue;
-        ByteBuffer data = Bytes(state);
-        EXPECT_FALSE(CabCompressedBuffer::TryToUncompressStateData(data)) << state;
-        EXPECT_EQ(data, Bytes(state)) << "the bytes must stay untouched";
+    for (const auto& [outcome, states] : cases) {
+        for (const char* const state : states) {
+            EXPECT_EQ(Outcome(Bytes(state)), outcome) << state;
+            if (*outcome == '\0' || *outcome == 'd') continue;
+            ByteBuffer data = Bytes(state);
+            EXPECT_FALSE(CabCompressedBuffer::TryToUncompressStateData(data)) << state;
+            EXPECT_EQ(data, Bytes(state)) << "the bytes must stay untouched";
+        }
     }
 }
 
@@ -239,24 +226,20 @@ TEST(CompressedBuffer, WrapsZlibDataToTheByte) {
 TEST(CompressedBuffer, DamageGivesTheDataOrADocumentedException) {
     const ByteBuffer data = Bytes("00 01 02 03 00 01 02 03 41 42 43 44 41 42 43 44");
     const ByteBuffer state = StateOf(data);
-    const std::string intact = Hex(data);
     const auto expectDocumented = [&](const ByteBuffer& damaged, std::size_t where) {
         const std::string outcome = Outcome(damaged);
         // Nothing protects the footer's size: one below 1 makes the buffer an empty one.
         const bool inSize = where >= state.size() - 8 && where < state.size() - 4;
-        const bool documented = outcome == intact || outcome == "damaged" || outcome == "incompatible" ||
+        const bool documented = outcome == Hex(data) || outcome == "damaged" || outcome == "incompatible" ||
                                 outcome == "bad footer" || (outcome.empty() && inSize);
         EXPECT_TRUE(documented) << "byte " << where << ": " << outcome;
     };
-    for (std::size_t size = 0; size < state.size(); ++size) {
-        expectDocumented(ByteBuffer(state.begin(), state.begin() + static_cast<std::ptrdiff_t>(size)), size);
-        // The cabinet cut short under an intact footer.
-        if (size < state.size() - 13) {
-            ByteBuffer cut(state.begin(), state.begin() + static_cast<std::ptrdiff_t>(size));
-            EXPECT_EQ(Outcome(cut.append(LastBytes(state, 13))), "damaged") << size;
-        }
-    }
     for (std::size_t where = 0; where < state.size(); ++where) {
+        ByteBuffer cut(state.data(), static_cast<DWORD>(where));
+        expectDocumented(cut, where);
+        // The cabinet cut short under an intact footer.
+        const bool isInCabinet = where < state.size() - 13;
+        EXPECT_EQ(Outcome(cut.append(LastBytes(state, 13))) == "damaged", isInCabinet) << where;
         for (int bit = 0; bit < 8; ++bit) {
             ByteBuffer damaged = state;
             damaged[where] = static_cast<BYTE>(damaged[where] ^ 1 << bit);
@@ -331,29 +314,33 @@ TEST(CabCompressedBuffer, RefusesToCompressWithoutABuffer) {
         CabCompressedBuffer::CompressBuffer(nullptr, 4, out, -1);
         FAIL() << "nothing was thrown";
     } catch (const ExceptionCompression& exception) {
-        const std::string message = Narrow(exception.GetExceptionMesage());
-        EXPECT_NE(
-            message.find("CabBufferAsFile::DoOpenCabFile(): There's no buffer specified to serve as the "
-                         "pseudo-file (all possible buffer pointers are NULL)!"),
-            std::string::npos)
-            << message;
-        EXPECT_NE(message.find("(err type=2)"), std::string::npos) << message;
-        EXPECT_TRUE(
-            message.ends_with(" while preparing to call FCIAddFile in CabCompressionContext::AddFile()"))
-            << message;
+        EXPECT_EQ(
+            Narrow(exception.GetExceptionMesage()),
+            "1: FCIERR_OPEN_SRC (Failure opening file to be stored in cabinet) (err type=2) "
+            "CabBufferAsFile::DoOpenCabFile(): There's no buffer specified to serve as the pseudo-file "
+            "(all possible buffer pointers are NULL)!File operation \"open\" failed with error 2.  while "
+            "preparing to call FCIAddFile in CabCompressionContext::AddFile()");
     }
 }
 
 TEST(CabCompressedBuffer, WritesOneFolderWithOneFile) {
+    using namespace platform::cabinet;
     const ByteBuffer state = StateOf(SomeData(40000));
-    // Header from the number of folders to the set identifier.
-    EXPECT_EQ(Hex(ByteBuffer(state.begin() + 24, state.begin() + 34)), "03 01 01 00 01 00 00 00 39 30");
-    // Two blocks of MSZIP; size, offset and folder of the file; its date, time and attributes; its name.
-    EXPECT_EQ(
-        Hex(ByteBuffer(state.begin() + 40, state.begin() + 82)),
-        "02 00 01 00 40 9C 00 00 00 00 00 00 00 00 6C 22 BA 59 00 00 2F 2F 55 6E 63 6F 6D 70 72 65 73 73 "
-        "65 64 2D 44 61 74 61 2F 2F 00");
-    EXPECT_EQ(Hex(ByteBuffer(state.begin() + 88, state.begin() + 92)), "00 80 43 4B");
+    const auto begin = Decode<FolderEntry>(state.data() + encodedSize<Header>).dataOffset;
+    std::vector<cabinettest::Block> blocks;
+    for (const BYTE* next = state.data() + begin; next + 13 != state.data() + state.size();) {
+        const auto header = Decode<DataHeader>(next);
+        const ByteBuffer payload(next + encodedSize<DataHeader>, header.payloadSize);
+        blocks.push_back({payload, blocks.empty() ? 32768u : 7232u, BlockChecksum(header, payload)});
+        next += encodedSize<DataHeader> + payload.size();
+    }
+    const ByteBuffer cabinet =
+        cabinettest::CabinetBuilder()
+            .Folder(tcompTYPE_MSZIP, blocks)
+            .File("//Uncompressed-Data//", {.size = 40000, .date = 0x226C, .time = 0x59BA})
+            .Damage([](cabinettest::Records& r) { r.header.cabinetIndex = 1; })
+            .Build();
+    EXPECT_EQ(Hex(state), Hex(WithFooter(cabinet, "02 FF FF FF FF 00 00 9C 40 43 4F 4D 35")));
 }
 
 TEST(CabCompressedBuffer, ReadsTheStatesOfBothBuilds) {

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/cabinettools.h"
+#include "support/cabinettools.h"
 #include "platform/profilefiles.h"
 #include "utilities/compression/cabcompressedbuffer.h"
 
@@ -66,7 +66,7 @@ std::string OutputOf(const std::string& command) {
 /// Cabinets in a folder, and the data of all their files one after another.
 class CabinetPeers : public testing::Test {
 protected:
-    void Add(const std::string& what, const Bytes& cabinet, const std::string& data) {
+    void Add(const std::string& what, const ByteBuffer& cabinet, const std::string& data) {
         char name[16];
         std::snprintf(name, sizeof name, "%03zu.cab", m_whats.size());
         std::ofstream(m_folder / name, std::ios::binary)
@@ -98,7 +98,7 @@ protected:
 TEST_F(CabinetPeers, ReadWhatIsWritten) {
     constexpr std::size_t largest = 98305;
     constexpr auto base64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const Bytes noise = Noise(largest);
+    const ByteBuffer noise = Noise(largest);
     const std::pair<const char*, std::string> kinds[] = {
         {"random", {noise.begin(), noise.end()}}, {"hexadecimal", Shuffled("0123456789abcdef", largest)},
         {"Base64", Shuffled(base64, largest)},    {"rows", Rows(largest)},
@@ -119,11 +119,10 @@ TEST_F(CabinetPeers, ReadWhatIsWritten) {
         parameters.cbReserveCFFolder = 3;
         parameters.cbReserveCFData = 5;
         parameters.cbFolderThresh = 40000;
-        MemoryFiles set;
         const std::string rows = Rows(70000);
-        const Bytes data(rows.begin(), rows.end());
-        Add("reserved areas",
-            Pack(set, {{"a", data}, {"b", {}}, {"c", data}}, compression, parameters).cabinet, rows + rows);
+        const ByteBuffer data(rows.begin(), rows.end());
+        Add("reserved areas", Pack({{"a", data}, {"b", {}}, {"c", data}}, compression, parameters).cabinet,
+            rows + rows);
     }
 
     const std::string folder = m_folder.GetPath().string();

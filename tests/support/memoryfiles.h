@@ -8,13 +8,13 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "platform/cabinet.h"
+#include "utilities/utilitiesdll/bytebuffer.h"
 
 namespace cabinettest {
 
-using Bytes = std::vector<BYTE>;
+using platform::cabinet::FileHandle;
 
 /// The callbacks of the library, as far as they can fail.
 enum class Call { none, allocate, open, read, write, close, seek, openInfo, filePlaced, status, notify };
@@ -35,21 +35,21 @@ public:
 
     static MemoryFiles& Current() { return *s_current; }
 
-    void Put(const std::string& name, Bytes bytes) {
-        m_files[name] = std::make_shared<Bytes>(std::move(bytes));
+    void Put(const std::string& name, ByteBuffer bytes) {
+        m_files[name] = std::make_shared<ByteBuffer>(std::move(bytes));
     }
-    std::optional<Bytes> Get(const std::string& name) const {
+    /// Nothing for a file that there is not.
+    ByteBuffer Get(const std::string& name) const {
         const auto found = m_files.find(name);
-        return found == m_files.end() ? std::nullopt : std::optional<Bytes>(*found->second);
+        return found == m_files.end() ? ByteBuffer() : *found->second;
     }
 
     /// Makes the numbered callback call from now on fail, counted from 1 over all kinds that can fail.
     void FailCall(int number) { m_failingCall = number; }
     /// Which kind of call was made to fail; none when the failing number was not reached.
     Call FailedCall() const { return m_failedCall; }
-
-    std::size_t OpenHandles() const { return m_handles.size(); }
-    std::size_t Allocations() const { return m_allocations; }
+    /// Whether every handle is closed and all memory given back.
+    bool IsAllReleased() const { return m_handles.empty() && m_allocations == 0; }
 
     /// Counts one call; true when it is the one to fail.
     bool Fails(Call call) {
@@ -58,21 +58,22 @@ public:
         return true;
     }
 
-    platform::cabinet::FileHandle Open(const std::string& name, int flags, Call call = Call::open) {
+    FileHandle Open(const std::string& name, int flags, Call call = Call::open) {
         constexpr int create = 0x100;
         constexpr int truncate = 0x200;
         if (Fails(call)) return platform::cabinet::invalidFileHandle;
         auto found = m_files.find(name);
         if (found == m_files.end()) {
             if ((flags & create) == 0) return platform::cabinet::invalidFileHandle;
-            found = m_files.emplace(name, std::make_shared<Bytes>()).first;
+            found = m_files.emplace(name, std::make_shared<ByteBuffer>()).first;
         }
         if ((flags & truncate) != 0) found->second->clear();
         m_handles[++m_lastHandle] = {found->second, 0};
         return m_lastHandle;
     }
+    FileHandle OpenNamed(char* name, int flags, int /*mode*/) { return Open(name, flags); }
 
-    unsigned Read(platform::cabinet::FileHandle handle, void* bytes, unsigned size) {
+    unsigned Read(FileHandle handle, void* bytes, unsigned size) {
         if (Fails(Call::read) || !m_handles.contains(handle)) return failedTransfer;
         OpenFile& file = m_handles[handle];
         const std::size_t left = file.bytes->size() - std::min(file.position, file.bytes->size());
@@ -82,7 +83,7 @@ public:
         return static_cast<unsigned>(count);
     }
 
-    unsigned Write(platform::cabinet::FileHandle handle, const void* bytes, unsigned size) {
+    unsigned Write(FileHandle handle, void* bytes, unsigned size) {
         if (Fails(Call::write) || !m_handles.contains(handle)) return failedTransfer;
         OpenFile& file = m_handles[handle];
         if (file.bytes->size() < file.position + size) file.bytes->resize(file.position + size);
@@ -92,111 +93,82 @@ public:
     }
 
     /// A close that fails has closed the file all the same.
-    int Close(platform::cabinet::FileHandle handle) {
+    int Close(FileHandle handle) {
         const bool wasOpen = m_handles.erase(handle) != 0;
         return Fails(Call::close) || !wasOpen ? -1 : 0;
     }
 
-    LONG Seek(platform::cabinet::FileHandle handle, LONG distance, int origin) {
+    LONG Seek(FileHandle handle, LONG distance, int origin) {
         if (Fails(Call::seek) || !m_handles.contains(handle)) return -1;
         OpenFile& file = m_handles[handle];
-        const auto position = static_cast<LONG>(file.position);
-        const auto size = static_cast<LONG>(file.bytes->size());
-        const LONG target = distance + (origin == SEEK_SET ? 0 : origin == SEEK_CUR ? position : size);
+        const std::size_t bases[] = {0, file.position, file.bytes->size()};
+        const LONG target = static_cast<LONG>(bases[origin]) + distance;
         if (target < 0) return -1;
         file.position = static_cast<std::size_t>(target);
         return target;
     }
 
-    static void* NV_CABINET_CALL AllocateCallback(DWORD size) {
+    static void* NV_CABINET_CALL Allocate(DWORD size) {
         if (Current().Fails(Call::allocate)) return nullptr;
         ++Current().m_allocations;
         return std::malloc(size);
     }
-    static void NV_CABINET_CALL FreeCallback(void* memory) {
+    static void NV_CABINET_CALL Free(void* memory) {
         if (memory != nullptr) --Current().m_allocations;
         std::free(memory);
     }
-
-    static platform::cabinet::FileHandle NV_CABINET_CALL FciOpen(char* name, int flags, int, int* error,
-                                                                 void*) {
-        return Reported(Current().Open(name, flags), error);
-    }
-    static unsigned NV_CABINET_CALL FciRead(platform::cabinet::FileHandle handle, void* bytes, unsigned size,
-                                            int* error, void*) {
-        return Reported(Current().Read(handle, bytes, size), error);
-    }
-    static unsigned NV_CABINET_CALL FciWrite(platform::cabinet::FileHandle handle, void* bytes, unsigned size,
-                                             int* error, void*) {
-        return Reported(Current().Write(handle, bytes, size), error);
-    }
-    static int NV_CABINET_CALL FciClose(platform::cabinet::FileHandle handle, int* error, void*) {
-        return Reported(Current().Close(handle), error);
-    }
-    static LONG NV_CABINET_CALL FciSeek(platform::cabinet::FileHandle handle, LONG distance, int origin,
-                                        int* error, void*) {
-        return Reported(Current().Seek(handle, distance, origin), error);
-    }
-    static int NV_CABINET_CALL FciDelete(char* name, int*, void*) {
+    static int NV_CABINET_CALL Delete(char* name, int* /*error*/, void* /*user*/) {
         return Current().m_files.erase(name) != 0 ? 0 : -1;
     }
-    static BOOL NV_CABINET_CALL FciGetTempFile(char* name, int capacity, void*) {
+    static BOOL NV_CABINET_CALL GetTempFile(char* name, int capacity, void* /*user*/) {
         const std::string unique = "temporary" + std::to_string(++Current().m_temporaryFiles);
         if (static_cast<std::size_t>(capacity) <= unique.size()) return 0;
         std::memcpy(name, unique.c_str(), unique.size() + 1);
         return 1;
     }
-    static platform::cabinet::FileHandle NV_CABINET_CALL FciGetOpenInfo(char* name, WORD* date, WORD* time,
-                                                                        WORD* attributes, int* error, void*) {
+    static FileHandle NV_CABINET_CALL GetOpenInfo(char* name, WORD* date, WORD* time, WORD* attributes,
+                                                  int* error, void* /*user*/) {
         *date = fileDate;
         *time = fileTime;
         *attributes = fileAttributes;
-        return Reported(Current().Open(name, 0, Call::openInfo), error);
-    }
-
-    static platform::cabinet::FileHandle NV_CABINET_CALL FdiOpen(char* name, int flags, int) {
-        return Current().Open(name, flags);
-    }
-    static unsigned NV_CABINET_CALL FdiRead(platform::cabinet::FileHandle handle, void* bytes,
-                                            unsigned size) {
-        return Current().Read(handle, bytes, size);
-    }
-    static unsigned NV_CABINET_CALL FdiWrite(platform::cabinet::FileHandle handle, void* bytes,
-                                             unsigned size) {
-        return Current().Write(handle, bytes, size);
-    }
-    static int NV_CABINET_CALL FdiClose(platform::cabinet::FileHandle handle) {
-        return Current().Close(handle);
-    }
-    static LONG NV_CABINET_CALL FdiSeek(platform::cabinet::FileHandle handle, LONG distance, int origin) {
-        return Current().Seek(handle, distance, origin);
+        const FileHandle handle = Current().Open(name, 0, Call::openInfo);
+        if (handle == platform::cabinet::invalidFileHandle) *error = callbackError;
+        return handle;
     }
 
 private:
     struct OpenFile {
-        std::shared_ptr<Bytes> bytes;
+        std::shared_ptr<ByteBuffer> bytes;
         std::size_t position;
     };
 
     static constexpr unsigned failedTransfer = static_cast<unsigned>(-1);
-
-    template <class Result>
-    static Result Reported(Result result, int* error) {
-        if (result == static_cast<Result>(-1)) *error = callbackError;
-        return result;
-    }
-
     static inline MemoryFiles* s_current = nullptr;
 
     MemoryFiles* m_previous;
-    std::map<std::string, std::shared_ptr<Bytes>> m_files;
-    std::map<platform::cabinet::FileHandle, OpenFile> m_handles;
-    platform::cabinet::FileHandle m_lastHandle = 0;
+    std::map<std::string, std::shared_ptr<ByteBuffer>> m_files;
+    std::map<FileHandle, OpenFile> m_handles;
+    FileHandle m_lastHandle = 0;
     std::size_t m_allocations = 0;
     int m_temporaryFiles = 0;
     int m_calls = 0;
     int m_failingCall = 0;
     Call m_failedCall = Call::none;
+};
+
+/// The library's callback for a method: the reader's, and the writer's, which tells an error number too.
+template <auto method>
+struct Callback;
+template <class Result, class... Arguments, Result (MemoryFiles::*method)(Arguments...)>
+struct Callback<method> {
+    static Result NV_CABINET_CALL Fdi(Arguments... arguments) {
+        return (MemoryFiles::Current().*method)(arguments...);
+    }
+    static Result NV_CABINET_CALL Fci(Arguments... arguments, int* error, void* /*user*/) {
+        const Result result = Fdi(arguments...);
+        if (result == static_cast<Result>(-1)) *error = MemoryFiles::callbackError;
+        return result;
+    }
 };
 
 }  // namespace cabinettest

@@ -1,0 +1,107 @@
+// The folder that a cabinet is unpacked to: no link below it is followed, and a full disk changes nothing.
+#include <sys/resource.h>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <iterator>
+#include <string>
+
+#include "platform/profilefiles.h"
+#include "support/cabinetbuilder.h"
+#include "utilities/compression/cabinetunpacker.h"
+#include "utilities/debuggingandexceptions/exceptions.h"
+
+namespace {
+
+using namespace cabinettest;
+using nvutil::CabinetUnpacker;
+using profiletest::File;
+namespace fs = std::filesystem;
+
+ByteBuffer CabinetOf(const std::string& name) {
+    return BytesOf(StoredFile(name, "new"));
+}
+
+std::ptrdiff_t EntriesOf(const fs::path& folder) {
+    return std::distance(fs::directory_iterator(folder), {});
+}
+
+TEST(UnpackedLinks, AreNotFollowed) {
+    const struct {
+        const char* link;
+        const char* destination;
+        const char* name;
+    } cases[] = {
+        {"folder", "../outside", "folder/file"}, {"folder", "../outside", "folder/new/file"},
+        {"file", "../outside/file", "file"},     {"missing", "../outside/none", "missing"},
+        {"itself", "itself", "itself/file"},     {"inner", "inside", "inner/file"},
+    };
+    for (const auto& [link, destination, name] : cases) {
+        const profiletest::Folder folder;
+        fs::create_directories(folder / "outside");
+        fs::create_directories(folder / "target" / "inside");
+        const File outside(folder / "outside" / "file", "old");
+        fs::create_symlink(destination, folder / "target" / link);
+        const CabinetUnpacker unpacker(CabinetOf(name));
+        const CXString target = (folder / "target").string<WChar>().c_str();
+        EXPECT_THROW(unpacker.UnpackTo(target), ExceptionFileOperationCompression) << name;
+        EXPECT_FALSE(unpacker.IsUnpackedTo(target)) << name;
+        EXPECT_EQ(outside.GetContent(), "old") << name;
+        EXPECT_EQ(EntriesOf(folder / "outside"), 1) << name;
+        EXPECT_TRUE(fs::is_symlink(folder / "target" / link)) << name;
+    }
+}
+
+TEST(UnpackedLinks, MayLeadToTheTargetFolder) {
+    const profiletest::Folder folder;
+    fs::create_directories(folder / "real");
+    fs::create_directory_symlink("real", folder / "target");
+    CabinetUnpacker(CabinetOf("sub/file")).UnpackTo((folder / "target").string<WChar>().c_str());
+    EXPECT_EQ(File(folder / "real" / "sub" / "file").GetContent(), "new");
+}
+
+/// Lets no file grow beyond a size; others that are open, such as a log, had better not grow meanwhile.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t size) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{size, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    void (*m_handler)(int);
+    rlimit m_before{};
+};
+
+TEST(FullDisk, LeavesTheFolderAsItWas) {
+    const profiletest::Folder folder;
+    const File existing(folder / "a", "before");
+    const CabinetUnpacker unpacker(CabinetBuilder()
+                                       .Folder(platform::cabinet::tcompTYPE_NONE, {{Noise(20000), 20000}})
+                                       .File("a", {.size = 10})
+                                       .File("new/b", {.size = 19990, .offset = 10})
+                                       .Build());
+    bool isRefused = false;
+    {
+        const FileSizeLimit limit(15000);
+        try {
+            unpacker.UnpackTo(folder.GetPath().string<WChar>().c_str());
+        } catch (const ExceptionFileOperationCompression&) {
+            isRefused = true;
+        }
+    }
+    EXPECT_TRUE(isRefused);
+    EXPECT_EQ(existing.GetContent(), "before");
+    EXPECT_EQ(EntriesOf(folder.GetPath()), 1);
+}
+
+}  // namespace
