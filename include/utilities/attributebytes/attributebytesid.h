@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <tuple>
 
 #include "platform/types.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
@@ -270,6 +271,7 @@ protected:
 private:
     LONG m_featureId = 0;
     short m_capabilityType = 0;
+    static auto Members(auto& self) { return std::tie(self.m_capabilityType, self.m_featureId); }
 };
 
 /// A capability of a feature that has no number yet: the feature's name and the type of the capability.
@@ -299,4 +301,5 @@ protected:
 private:
     CXString m_newFeatureId;
     short m_capabilityType = 0;
+    static auto Members(auto& self) { return std::tie(self.m_capabilityType, self.m_newFeatureId); }
 };

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <memory>
+#include <tuple>
 
 #include "platform/types.h"
 #include "utilities/attributebytes/attributebytesrawlist.h"
@@ -142,7 +143,8 @@ private:
     const Concrete& Self() const { return static_cast<const Concrete&>(*this); }
 };
 
-// What each class repeats: the functions of the value family that know its payload.
+// What each class repeats: the functions of the value family that know its payload. Most classes state it as
+// their Members in the order of the bytes, from which reader, writer, equality and order follow.
 #define NV_VALUE_PAYLOAD_FUNCTIONS(Class)                               \
 public:                                                                 \
     CXString GetDumpDisplayString(bool ignored = false) const override; \
@@ -165,6 +167,7 @@ public:
 
 private:
     LONG m_value;
+    static auto Members(auto& self) { return std::tie(self.m_value); }
 };
 
 /// A text. Lists take none that is longer than AttributeBytesId::maxTextLength.
@@ -180,6 +183,7 @@ public:
 
 private:
     CXString m_value;
+    static auto Members(auto& self) { return std::tie(self.m_value); }
 };
 
 /// True or false.
@@ -194,6 +198,7 @@ public:
 
 private:
     bool m_value;
+    static auto Members(auto& self) { return std::tie(self.m_value); }
 };
 
 /// Two signed 32-bit numbers, the low and the high end.
@@ -209,6 +214,7 @@ public:
 private:
     LONG m_low;
     LONG m_high;
+    static auto Members(auto& self) { return std::tie(self.m_low, self.m_high); }
 };
 
 /// Two lengths, the low and the high end, stored in whole thousandths of a millimetre.
@@ -226,6 +232,7 @@ public:
 private:
     Dimension m_low;
     Dimension m_high;
+    static auto Members(auto& self) { return std::tie(self.m_low, self.m_high); }
 };
 
 /// A length, stored in whole thousandths of a millimetre.
@@ -240,6 +247,7 @@ public:
 
 private:
     Dimension m_value;
+    static auto Members(auto& self) { return std::tie(self.m_value); }
 };
 
 /// A resolution across and along the direction of the paper's feed. What the units number means is the
@@ -258,6 +266,9 @@ private:
     LONG m_crossFeed;
     LONG m_feed;
     short m_units;
+
+    /// The feed first, although everything else names the cross-feed first: deliberate.
+    static auto Members(auto& self) { return std::tie(self.m_feed, self.m_crossFeed, self.m_units); }
 };
 
 /// Any bytes. Their display shows short ones in hexadecimal.
@@ -273,6 +284,7 @@ public:
 
 private:
     ByteBuffer m_value;
+    static auto Members(auto& self) { return std::tie(self.m_value); }
 };
 
 /// A list of attributes. What the type number means is the driver's.
@@ -308,4 +320,5 @@ public:
 
 private:
     UtcTime m_value;
+    static auto Members(auto& self) { return std::tie(self.m_value); }
 };

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "utilities/attributebytes/attributebytesidfactory.h"
+#include "utilities/attributebytes/payloadmembers.h"
 #include "utilities/base/formattext.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
@@ -17,6 +18,18 @@ constexpr const WChar* kindNames[] = {
 };
 
 }  // namespace
+
+// Writer, reader and equality of a class that states its members.
+#define NV_PAYLOAD(Class)                                                       \
+    void Class::AppendTypeAndIdentifierState(ByteBuffer& out) const {           \
+        payloadmembers::AppendAll(out, Members(*this), kindByte);               \
+    }                                                                           \
+    void Class::WalkBufferToSetIdentifier(BYTE*& cursor, unsigned& remaining) { \
+        payloadmembers::ReadAll(cursor, remaining, Members(*this));             \
+    }                                                                           \
+    bool Class::HasEqualPayload(const Class& other) const {                     \
+        return Members(*this) == Members(other);                                \
+    }
 
 AttributeBytesId::~AttributeBytesId() = default;
 
@@ -109,21 +122,10 @@ CXString AttributeBytesCapabilityId::GetDumpDisplayString(bool /*ignored*/) cons
                       m_featureId, m_featureId, m_capabilityType, m_capabilityType);
 }
 
-bool AttributeBytesCapabilityId::HasEqualPayload(const AttributeBytesCapabilityId& other) const {
-    return m_featureId == other.m_featureId && m_capabilityType == other.m_capabilityType;
-}
+NV_PAYLOAD(AttributeBytesCapabilityId)
 
 bool AttributeBytesCapabilityId::HasLessPayload(const AttributeBytesCapabilityId& other) const {
     return m_featureId < other.m_featureId || m_capabilityType < other.m_capabilityType;
-}
-
-void AttributeBytesCapabilityId::AppendTypeAndIdentifierState(ByteBuffer& out) const {
-    out.appendValues(kindByte, m_capabilityType, m_featureId);
-}
-
-void AttributeBytesCapabilityId::WalkBufferToSetIdentifier(BYTE*& cursor, unsigned& remaining) {
-    m_capabilityType = ByteBuffer::WalkBufferToGetShort(cursor, remaining);
-    m_featureId = ByteBuffer::WalkBufferToGetLong(cursor, remaining);
 }
 
 bool AttributeBytesCapabilityId::IsBefore(const AttributeBytesId& other) const {
@@ -141,21 +143,10 @@ CXString AttributeBytesNewCapabilityId::GetDumpDisplayString(bool /*ignored*/) c
                       m_capabilityType, m_capabilityType);
 }
 
-bool AttributeBytesNewCapabilityId::HasEqualPayload(const AttributeBytesNewCapabilityId& other) const {
-    return m_newFeatureId.Compare(other.m_newFeatureId) == 0 && m_capabilityType == other.m_capabilityType;
-}
+NV_PAYLOAD(AttributeBytesNewCapabilityId)
 
 bool AttributeBytesNewCapabilityId::HasLessPayload(const AttributeBytesNewCapabilityId& other) const {
     return m_newFeatureId.Compare(other.m_newFeatureId) < 0 || m_capabilityType < other.m_capabilityType;
-}
-
-void AttributeBytesNewCapabilityId::AppendTypeAndIdentifierState(ByteBuffer& out) const {
-    out.appendValues(kindByte, m_capabilityType).appendCountedString(m_newFeatureId);
-}
-
-void AttributeBytesNewCapabilityId::WalkBufferToSetIdentifier(BYTE*& cursor, unsigned& remaining) {
-    m_capabilityType = ByteBuffer::WalkBufferToGetShort(cursor, remaining);
-    m_newFeatureId = ByteBuffer::WalkBufferToGetCountedString(cursor, remaining);
 }
 
 bool AttributeBytesNewCapabilityId::IsBefore(const AttributeBytesId& other) const {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "utilities/attributebytes/attributebytesvaluefactory.h"
+#include "utilities/attributebytes/payloadmembers.h"
 #include "utilities/base/formattext.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
@@ -18,19 +19,28 @@ constexpr const WChar* kindNames[] = {
     NV_TEXT("ABVTE_DATABLOB"),         NV_TEXT("ABVTE_LIST"),      NV_TEXT("ABVTE_DATETIME"),
 };
 
-// Dimensions are stored as whole numbers of this unit; halves are rounded away from zero.
-constexpr auto storedUnits = Dimension::ThousandthsOfMillimetres;
-constexpr double storedThreshold = 0.499999;
-
-LONG StoredNumber(const Dimension& dimension) {
-    return dimension.GetValue(storedUnits).GetIntValue(storedThreshold);
-}
-
-Dimension WalkBufferToGetDimension(BYTE*& cursor, unsigned& remaining) {
-    return {Number(ByteBuffer::WalkBufferToGetLong(cursor, remaining)), storedUnits};
-}
-
 }  // namespace
+
+// Writer and reader of a class that states its members.
+#define NV_PAYLOAD_BYTES(Class)                                                      \
+    void Class::AppendTypeAndValueState(ByteBuffer& out) const {                     \
+        payloadmembers::AppendAll(out, Members(*this), kindByte, UnspecifiedByte()); \
+    }                                                                                \
+    void Class::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {           \
+        payloadmembers::ReadAll(cursor, remaining, Members(*this));                  \
+    }
+
+#define NV_PAYLOAD_EQUALITY(Class)                          \
+    bool Class::HasEqualPayload(const Class& other) const { \
+        return Members(*this) == Members(other);            \
+    }
+
+#define NV_PAYLOAD_ORDER(Class)                            \
+    bool Class::HasLessPayload(const Class& other) const { \
+        return Members(*this) < Members(other);            \
+    }
+
+#define NV_PAYLOAD(Class) NV_PAYLOAD_BYTES(Class) NV_PAYLOAD_EQUALITY(Class) NV_PAYLOAD_ORDER(Class)
 
 AttributeBytesValue::~AttributeBytesValue() = default;
 
@@ -102,72 +112,32 @@ bool AttributeBytesValue::operator==(const AttributeBytesValue& other) const {
 
 // Integer
 
+NV_PAYLOAD(AttributeBytesIntegerValue)
+
 CXString AttributeBytesIntegerValue::GetDumpDisplayString(bool /*ignored*/) const {
     return FormatText(NV_TEXT("%s: Value=%ld (0x%lx)"), GetBaseDumpDisplayString(), m_value, m_value);
 }
 
-bool AttributeBytesIntegerValue::HasEqualPayload(const AttributeBytesIntegerValue& other) const {
-    return m_value == other.m_value;
-}
-
-bool AttributeBytesIntegerValue::HasLessPayload(const AttributeBytesIntegerValue& other) const {
-    return m_value < other.m_value;
-}
-
-void AttributeBytesIntegerValue::AppendTypeAndValueState(ByteBuffer& out) const {
-    out.appendValues(kindByte, UnspecifiedByte(), m_value);
-}
-
-void AttributeBytesIntegerValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
-    m_value = ByteBuffer::WalkBufferToGetLong(cursor, remaining);
-}
-
 // String
+
+NV_PAYLOAD(AttributeBytesStringValue)
 
 CXString AttributeBytesStringValue::GetDumpDisplayString(bool /*ignored*/) const {
     return FormatText(NV_TEXT("%s: Value='%s'"), GetBaseDumpDisplayString(), m_value);
 }
 
-bool AttributeBytesStringValue::HasEqualPayload(const AttributeBytesStringValue& other) const {
-    return m_value.Compare(other.m_value) == 0;
-}
-
-bool AttributeBytesStringValue::HasLessPayload(const AttributeBytesStringValue& other) const {
-    return m_value.Compare(other.m_value) < 0;
-}
-
-void AttributeBytesStringValue::AppendTypeAndValueState(ByteBuffer& out) const {
-    out.appendValues(kindByte, UnspecifiedByte()).appendCountedString(m_value);
-}
-
-void AttributeBytesStringValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
-    m_value = ByteBuffer::WalkBufferToGetCountedString(cursor, remaining);
-}
-
 // Boolean
+
+NV_PAYLOAD(AttributeBytesBooleanValue)
 
 CXString AttributeBytesBooleanValue::GetDumpDisplayString(bool /*ignored*/) const {
     return FormatText(NV_TEXT("%s: Value=%s"), GetBaseDumpDisplayString(),
                       m_value ? NV_TEXT("TRUE") : NV_TEXT("FALSE"));
 }
 
-bool AttributeBytesBooleanValue::HasEqualPayload(const AttributeBytesBooleanValue& other) const {
-    return m_value == other.m_value;
-}
-
-bool AttributeBytesBooleanValue::HasLessPayload(const AttributeBytesBooleanValue& other) const {
-    return !m_value && other.m_value;
-}
-
-void AttributeBytesBooleanValue::AppendTypeAndValueState(ByteBuffer& out) const {
-    out.appendValues(kindByte, UnspecifiedByte(), static_cast<BYTE>(m_value ? 1 : 0));
-}
-
-void AttributeBytesBooleanValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
-    m_value = ByteBuffer::WalkBufferToGetBool(cursor, remaining);
-}
-
 // Range
+
+NV_PAYLOAD(AttributeBytesRangeValue)
 
 void AttributeBytesRangeValue::GetValue(LONG& low, LONG& high) const {
     low = m_low;
@@ -183,24 +153,9 @@ CXString AttributeBytesRangeValue::GetDumpDisplayString(bool /*ignored*/) const 
     return FormatText(NV_TEXT("%s: Low Value=%ld High Value=%ld"), GetBaseDumpDisplayString(), m_low, m_high);
 }
 
-bool AttributeBytesRangeValue::HasEqualPayload(const AttributeBytesRangeValue& other) const {
-    return m_low == other.m_low && m_high == other.m_high;
-}
-
-bool AttributeBytesRangeValue::HasLessPayload(const AttributeBytesRangeValue& other) const {
-    return m_low != other.m_low ? m_low < other.m_low : m_high < other.m_high;
-}
-
-void AttributeBytesRangeValue::AppendTypeAndValueState(ByteBuffer& out) const {
-    out.appendValues(kindByte, UnspecifiedByte(), m_low, m_high);
-}
-
-void AttributeBytesRangeValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
-    m_low = ByteBuffer::WalkBufferToGetLong(cursor, remaining);
-    m_high = ByteBuffer::WalkBufferToGetLong(cursor, remaining);
-}
-
 // Range of dimension
+
+NV_PAYLOAD(AttributeBytesRangeOfDimensionValue)
 
 void AttributeBytesRangeOfDimensionValue::GetValue(Dimension& low, Dimension& high) const {
     low = m_low;
@@ -217,46 +172,13 @@ CXString AttributeBytesRangeOfDimensionValue::GetDumpDisplayString(bool ignored)
                       m_low.GetDumpDisplayString(ignored), m_high.GetDumpDisplayString(ignored));
 }
 
-bool AttributeBytesRangeOfDimensionValue::HasEqualPayload(
-    const AttributeBytesRangeOfDimensionValue& other) const {
-    return m_low == other.m_low && m_high == other.m_high;
-}
-
-bool AttributeBytesRangeOfDimensionValue::HasLessPayload(
-    const AttributeBytesRangeOfDimensionValue& other) const {
-    return m_low != other.m_low ? m_low < other.m_low : m_high < other.m_high;
-}
-
-void AttributeBytesRangeOfDimensionValue::AppendTypeAndValueState(ByteBuffer& out) const {
-    out.appendValues(kindByte, UnspecifiedByte(), StoredNumber(m_low), StoredNumber(m_high));
-}
-
-void AttributeBytesRangeOfDimensionValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
-    m_low = WalkBufferToGetDimension(cursor, remaining);
-    m_high = WalkBufferToGetDimension(cursor, remaining);
-}
-
 // Dimension
+
+NV_PAYLOAD(AttributeBytesDimensionValue)
 
 CXString AttributeBytesDimensionValue::GetDumpDisplayString(bool ignored) const {
     return FormatText(NV_TEXT("%s: Value=%s"), GetBaseDumpDisplayString(),
                       m_value.GetDumpDisplayString(ignored));
-}
-
-bool AttributeBytesDimensionValue::HasEqualPayload(const AttributeBytesDimensionValue& other) const {
-    return m_value == other.m_value;
-}
-
-bool AttributeBytesDimensionValue::HasLessPayload(const AttributeBytesDimensionValue& other) const {
-    return m_value < other.m_value;
-}
-
-void AttributeBytesDimensionValue::AppendTypeAndValueState(ByteBuffer& out) const {
-    out.appendValues(kindByte, UnspecifiedByte(), StoredNumber(m_value));
-}
-
-void AttributeBytesDimensionValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
-    m_value = WalkBufferToGetDimension(cursor, remaining);
 }
 
 // Resolution
@@ -278,26 +200,17 @@ CXString AttributeBytesResolutionValue::GetDumpDisplayString(bool /*ignored*/) c
                       GetBaseDumpDisplayString(), m_crossFeed, m_feed, LONG{m_units});
 }
 
-bool AttributeBytesResolutionValue::HasEqualPayload(const AttributeBytesResolutionValue& other) const {
-    return m_crossFeed == other.m_crossFeed && m_feed == other.m_feed && m_units == other.m_units;
-}
+NV_PAYLOAD_BYTES(AttributeBytesResolutionValue)
+NV_PAYLOAD_EQUALITY(AttributeBytesResolutionValue)
 
+// The units take no part.
 bool AttributeBytesResolutionValue::HasLessPayload(const AttributeBytesResolutionValue& other) const {
     return m_feed != other.m_feed ? m_feed < other.m_feed : m_crossFeed < other.m_crossFeed;
 }
 
-// The bytes have the feed first, although everything else names the cross-feed first: deliberate.
-void AttributeBytesResolutionValue::AppendTypeAndValueState(ByteBuffer& out) const {
-    out.appendValues(kindByte, UnspecifiedByte(), m_feed, m_crossFeed, m_units);
-}
-
-void AttributeBytesResolutionValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
-    m_feed = ByteBuffer::WalkBufferToGetLong(cursor, remaining);
-    m_crossFeed = ByteBuffer::WalkBufferToGetLong(cursor, remaining);
-    m_units = ByteBuffer::WalkBufferToGetShort(cursor, remaining);
-}
-
 // Data blob
+
+NV_PAYLOAD(AttributeBytesDataBlobValue)
 
 CXString AttributeBytesDataBlobValue::GetDumpDisplayString(bool /*ignored*/) const {
     constexpr std::size_t longestShown = 79;  // bytes
@@ -307,22 +220,6 @@ CXString AttributeBytesDataBlobValue::GetDumpDisplayString(bool /*ignored*/) con
     }
     return FormatText(NV_TEXT("%s: Value=%ld bytes, '%s'"), GetBaseDumpDisplayString(), size,
                       m_value.GetDumpDisplayString());
-}
-
-bool AttributeBytesDataBlobValue::HasEqualPayload(const AttributeBytesDataBlobValue& other) const {
-    return m_value == other.m_value;
-}
-
-bool AttributeBytesDataBlobValue::HasLessPayload(const AttributeBytesDataBlobValue& other) const {
-    return m_value < other.m_value;
-}
-
-void AttributeBytesDataBlobValue::AppendTypeAndValueState(ByteBuffer& out) const {
-    out.appendValues(kindByte, UnspecifiedByte()).appendCountedBytes(m_value);
-}
-
-void AttributeBytesDataBlobValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
-    ByteBuffer::WalkBufferToGetCountedBytes(cursor, remaining, m_value);
 }
 
 // List
@@ -362,6 +259,8 @@ CXString AttributeBytesDateTimeValue::GetDumpDisplayString(bool /*ignored*/) con
     return FormatText(NV_TEXT("%s: Value='%s'"), GetBaseDumpDisplayString(), m_value.GetDisplayString());
 }
 
+NV_PAYLOAD_BYTES(AttributeBytesDateTimeValue)
+
 // Both comparisons look at the low 32 bits only: deliberate, stored settings are matched that way.
 bool AttributeBytesDateTimeValue::HasEqualPayload(const AttributeBytesDateTimeValue& other) const {
     return static_cast<LONG>(m_value.GetTime64Value()) == static_cast<LONG>(other.m_value.GetTime64Value());
@@ -369,12 +268,4 @@ bool AttributeBytesDateTimeValue::HasEqualPayload(const AttributeBytesDateTimeVa
 
 bool AttributeBytesDateTimeValue::HasLessPayload(const AttributeBytesDateTimeValue& other) const {
     return static_cast<LONG>(m_value.GetTime64Value()) < static_cast<LONG>(other.m_value.GetTime64Value());
-}
-
-void AttributeBytesDateTimeValue::AppendTypeAndValueState(ByteBuffer& out) const {
-    out.appendValues(kindByte, UnspecifiedByte(), m_value.GetTime64Value());
-}
-
-void AttributeBytesDateTimeValue::WalkBufferToSetValue(BYTE*& cursor, unsigned& remaining) {
-    m_value = UtcTime(ByteBuffer::WalkBufferToGetTime64(cursor, remaining));
 }
