@@ -1,6 +1,8 @@
 // CabContext: what one cabinet operation needs, whether it makes a cabinet or reads one.
 #pragma once
 
+#include <exception>
+
 #include "platform/cabinet.h"
 #include "platform/types.h"
 #include "utilities/compression/cababstractfile.h"
@@ -93,7 +95,8 @@ protected:
     CabFileObjectManager m_fileObjectManager;
     platform::cabinet::ERF m_errorInfo{};
     CXString m_errorDetails;
-    void* m_libraryHandle = nullptr;  ///< FCI or FDI context of the running operation.
+    void* m_libraryHandle = nullptr;           ///< FCI or FDI context of the running operation.
+    std::exception_ptr m_exceptionInCallback;  ///< The last one, which the library was not to see.
 
 private:
     CabOpenFile* FindOpenFile(FileHandle handle, const WChar* operation, int& error);

@@ -116,6 +116,7 @@ void CabContext::AppendFailure(const WChar* operation, int error) {
 }
 
 void CabContext::NoteExceptionInCallback() noexcept {
+    m_exceptionInCallback = std::current_exception();
     try {
         m_errorDetails += NV_TEXT("An exception was thrown in a file operation. ");
     } catch (...) {

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "support/cabinetbuilder.h"
+
 namespace {
 
 /// Deflate data without a frame.
@@ -25,24 +27,14 @@ std::vector<BYTE> Deflate(const std::string& text, int strategy) {
     return out;
 }
 
-/// Bytes without a match among them.
-std::string Noise(std::size_t size) {
-    std::string text;
-    std::uint32_t state = 1;
-    while (text.size() < size) {
-        state = state * 1664525 + 1013904223;
-        text += static_cast<char>(state >> 24);
-    }
-    return text;
-}
-
 TEST(WalkDeflate, TellsTheSizeOfEveryMatch) {
     std::vector<std::pair<std::size_t, std::size_t>> matches;  // distance and length
     for (std::size_t length = 3; length <= 258; ++length)
         matches.emplace_back(400, length);
     for (std::size_t distance = 1; distance <= 32000; distance += 1 + distance / 3)
         matches.emplace_back(distance, 100);
-    const std::string noise = Noise(33000);
+    const ByteBuffer bytes = cabinettest::Noise(33000);
+    const std::string noise(bytes.begin(), bytes.end());
     for (const auto& [distance, length] : matches) {
         std::string text = noise.substr(0, std::max(distance, std::size_t{400}));
         for (std::size_t i = 0; i < length; ++i)

@@ -1,7 +1,6 @@
 // The folder that a cabinet is unpacked to: no link below it is followed, and a full disk changes nothing.
-#include <sys/resource.h>
-
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <csignal>
 #include <filesystem>
