@@ -99,7 +99,10 @@ protected:
     std::exception_ptr m_exceptionInCallback;  ///< The last one, which the library was not to see.
 
 private:
-    CabOpenFile* FindOpenFile(FileHandle handle, const WChar* operation, int& error);
+    CabOpenFile* FindOpenFile(FileHandle handle, int& error);
+    /// The result, which is added to the details when it is a failure.
+    template <class Result>
+    Result TellFailure(const WChar* operation, Result result, Result failure, int error);
     void AppendFailure(const WChar* operation, int error);
     void NoteExceptionInCallback() noexcept;
     void CopyName(std::string_view name, char* out, int capacity, const WChar* messageSuffix) const;

@@ -8,12 +8,12 @@
 #include <string>
 
 #include "support/bytes.h"
+#include "support/throws.h"
 #include "utilities/compression/cabbufferasfile.h"
 #include "utilities/compression/cabcompressioncontext.h"
 #include "utilities/compression/cabdecompressioncontext.h"
 #include "utilities/compression/cabfileobjectmanager.h"
 #include "utilities/compression/microsoftcabinetlibrary.h"
-#include "utilities/debuggingandexceptions/exceptions.h"
 
 namespace {
 
@@ -26,18 +26,6 @@ struct TwoFiles {
     CabBufferAsFile source{"source", data};
     CabBufferAsFile destination{"folder\\sub\\destination", out};
 };
-
-/// The message of the exception that an action throws.
-template <class Exception, class Action>
-std::string MessageOf(Action action) {
-    try {
-        action();
-    } catch (const Exception& exception) {
-        return Narrow(exception.GetExceptionMesage());
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return "";
-}
 
 TEST(CabContext, NamesTheErrorCodes) {
     constexpr struct {
