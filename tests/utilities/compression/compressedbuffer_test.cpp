@@ -90,10 +90,9 @@ TEST(CompressedBuffer, GivesBackWhatWasStored) {
         for (const ByteBuffer& data : {Prose(size), ByteBuffer(size)}) {
             const ByteBuffer state = StateOf(data);
             EXPECT_EQ(DataOf(state), data) << size;
-            char footer[40];
-            std::snprintf(footer, sizeof footer, "02 FF FF FF FF %08X 43 4F 4D 35",
-                          static_cast<unsigned>(size));
-            EXPECT_EQ(LastBytes(state, 13), Bytes(footer)) << size;
+            ByteBuffer sizeBytes = ByteBuffer().appendValues(static_cast<std::uint32_t>(size));
+            std::reverse(sizeBytes.begin(), sizeBytes.end());
+            EXPECT_EQ(Hex(LastBytes(state, 13)), "02 FF FF FF FF " + Hex(sizeBytes) + " 43 4F 4D 35") << size;
             EXPECT_EQ(StateOf(data), state) << "the same data must give the same bytes";
         }
     }
@@ -183,16 +182,14 @@ TEST(CompressedBuffer, RefusesZlibDataThatCannotBecomeACabinet) {
     const struct {
         std::string zlibData;
         const char* originalSize;
-    } cases[] = {
-        {zlibOf32768Zeros, "00 00 80 00"},           // a byte more than a block holds
-        {zlibOf32768Zeros, "00 00 7F FF"},           // a size smaller than the data
-        {zlibOfAbc, "00 00 00 04"},                  // a size larger than the data
-        {zlibOfAbc, "00 00 00 02"},                  //
-        {zlibOfAbc, "FF FF FF FF"},                  // a negative size
-        {"78 DA 4B 4C", "00 00 00 03"},              // cut data
-        {"78 DA FF FF FF FF FF FF", "00 00 00 03"},  // no deflate data
-        {"", "00 00 00 03"},                         //
-    };
+    } cases[] = {{zlibOf32768Zeros, "00 00 80 00"},           // a byte more than a block holds
+                 {zlibOf32768Zeros, "00 00 7F FF"},           // a size smaller than the data
+                 {zlibOfAbc, "00 00 00 04"},                  // a size larger than the data
+                 {zlibOfAbc, "00 00 00 02"},                  //
+                 {zlibOfAbc, "FF FF FF FF"},                  // a negative size
+                 {"78 DA 4B 4C", "00 00 00 03"},              // cut data
+                 {"78 DA FF FF FF FF FF FF", "00 00 00 03"},  // no deflate data
+                 {"", "00 00 00 03"}};
     for (const auto& [zlibData, originalSize] : cases) {
         const std::string footer = std::string("FF FF FF FF ") + originalSize + " 43 4F 4D 34";
         EXPECT_EQ(Outcome(WithFooter(Bytes(zlibData), footer.c_str())), "incompatible") << zlibData << footer;
