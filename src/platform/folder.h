@@ -80,7 +80,7 @@ private:
     static constexpr std::intptr_t none = -1;
 
     std::intptr_t m_handle = none;
-    Text m_path;  ///< Where names are resolved by path while the folder is held open.
+    Text m_path;  ///< Of the folder, on a platform that takes entries by path; else empty.
 };
 
 }  // namespace platform

@@ -1,8 +1,8 @@
 // The platform's cabinet library, whichever stands behind it: what both must do.
 #include <gtest/gtest.h>
 
-#include "support/cabinettools.h"
 #include "platform/module.h"
+#include "support/cabinettools.h"
 
 namespace {
 

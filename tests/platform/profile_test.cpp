@@ -28,9 +28,9 @@ std::string Joined(std::string list) {
 
 class Profile : public testing::Test {
 protected:
-    File NewFile() { return File(m_folder / (std::to_string(++m_files) + ".ini")); }
-    File NewFile(std::string_view content) {
-        return File(m_folder / (std::to_string(++m_files) + ".ini"), content);
+    template <class... Content>
+    File NewFile(Content... content) {
+        return File(m_folder / (std::to_string(++m_files) + ".ini"), content...);
     }
 
     profiletest::Folder m_folder;
@@ -198,15 +198,13 @@ TEST_F(Profile, ReadsEveryKindOfLineEnd) {
 }
 
 // What a file holds, what is set and what it holds then.
-struct WriteCase {
+constexpr struct {
     const char* before;  // null: there is no file
     const char* section;
     const char* key;
     const char* value;
     const char* after;
-};
-
-const WriteCase writeCases[] = {
+} writeCases[] = {
     {nullptr, "a", "k", "v", "[a]\r\nk=v\r\n"},
     {"", "a", "k", "v", "[a]\r\nk=v\r\n"},
     {nullptr, "", "k", "v", "k=v\r\n"},
@@ -247,7 +245,7 @@ const WriteCase writeCases[] = {
 };
 
 TEST_F(Profile, KeepsEverythingElseWhenItWrites) {
-    for (const WriteCase& c : writeCases) {
+    for (const auto& c : writeCases) {
         const File file = c.before != nullptr ? NewFile(c.before) : NewFile();
         EXPECT_TRUE(WriteText(file, c.section, c.key, c.value)) << c.after;
         EXPECT_EQ(file.GetContent(), c.after);

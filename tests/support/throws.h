@@ -1,7 +1,9 @@
-// EXPECT_THROWS: an exception of the library with the line and the function that users know it by.
+// Exceptions of the library with the line and the function that users know them by, and with their messages.
 #pragma once
 
 #include <gtest/gtest.h>
+
+#include <string>
 
 #include "support/narrow.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
@@ -17,3 +19,15 @@
     } catch (const NorvaException& thrown) {                                                  \
         ADD_FAILURE() << #statement " threw " << Narrow(thrown.GetExceptionType());           \
     }
+
+/// The message of the exception that an action throws.
+template <class Exception, class Action>
+std::string MessageOf(Action action) {
+    try {
+        action();
+    } catch (const Exception& exception) {
+        return Narrow(exception.GetExceptionMesage());
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return "";
+}

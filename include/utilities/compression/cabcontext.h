@@ -1,6 +1,8 @@
 // CabContext: what one cabinet operation needs, whether it makes a cabinet or reads one.
 #pragma once
 
+#include <exception>
+
 #include "platform/cabinet.h"
 #include "platform/types.h"
 #include "utilities/compression/cababstractfile.h"
@@ -93,10 +95,14 @@ protected:
     CabFileObjectManager m_fileObjectManager;
     platform::cabinet::ERF m_errorInfo{};
     CXString m_errorDetails;
-    void* m_libraryHandle = nullptr;  ///< FCI or FDI context of the running operation.
+    void* m_libraryHandle = nullptr;           ///< FCI or FDI context of the running operation.
+    std::exception_ptr m_exceptionInCallback;  ///< The last one, which the library was not to see.
 
 private:
-    CabOpenFile* FindOpenFile(FileHandle handle, const WChar* operation, int& error);
+    CabOpenFile* FindOpenFile(FileHandle handle, int& error);
+    /// The result, which is added to the details when it is a failure.
+    template <class Result>
+    Result TellFailure(const WChar* operation, Result result, Result failure, int error);
     void AppendFailure(const WChar* operation, int error);
     void NoteExceptionInCallback() noexcept;
     void CopyName(std::string_view name, char* out, int capacity, const WChar* messageSuffix) const;

@@ -56,10 +56,22 @@ public:
     static FileHandle NV_CABINET_CALL sfnFdiNotifyCallback(platform::cabinet::FDINOTIFICATIONTYPE type,
                                                            platform::cabinet::FDINOTIFICATION* notification);
 
+protected:
+    /// Has the library tell DoFdiNotify of every file of the source file, which is not checked before.
+    /// @return whether all went well; the error info and the exception in a callback tell what did not
+    bool CopyFiles();
+
 private:
     static constexpr std::int64_t anySize = -1;
 
+    /// Runs a callback's work in the context that the calling thread is running.
+    template <class Result, class Action>
+    static Result GuardCurrent(Result failure, Action action) noexcept;
+
     void Run(bool extracts);
+    bool CreateLibraryContext();
+    bool DestroyLibraryContext();
+    bool CallFdiCopy(const WChar* messageSuffix);
     void OpenCabinetContext();
     void ValidateCabinet();
     void CheckLayout(FileHandle handle);

@@ -97,15 +97,6 @@ std::error_code OutputFile::Close() {
     return error ? error : closeError;
 }
 
-Folder::Folder(Folder&& other) noexcept
-    : m_handle(std::exchange(other.m_handle, none)), m_path(std::move(other.m_path)) {}
-
-Folder& Folder::operator=(Folder&& other) noexcept {
-    std::swap(m_handle, other.m_handle);
-    std::swap(m_path, other.m_path);
-    return *this;
-}
-
 Folder::~Folder() {
     if (m_handle != none) close(DescriptorOf(m_handle));
 }

@@ -1,4 +1,4 @@
-// Folders by path: a folder that is held open for no one to delete can be neither renamed nor replaced.
+// Folders by path: the open handle of a folder lets nobody rename or delete it, so its path stays its own.
 #include "platform/folder.h"
 
 #include <windows.h>
@@ -71,15 +71,6 @@ std::error_code OutputFile::Close() {
     const std::error_code error = ErrorUnless(FlushFileBuffers(handle));
     const std::error_code closeError = ErrorUnless(CloseHandle(handle));
     return error ? error : closeError;
-}
-
-Folder::Folder(Folder&& other) noexcept
-    : m_handle(std::exchange(other.m_handle, none)), m_path(std::move(other.m_path)) {}
-
-Folder& Folder::operator=(Folder&& other) noexcept {
-    std::swap(m_handle, other.m_handle);
-    std::swap(m_path, other.m_path);
-    return *this;
 }
 
 Folder::~Folder() {

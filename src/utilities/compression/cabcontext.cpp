@@ -62,49 +62,44 @@ void CabContext::CopyName(std::string_view name, char* out, int capacity, const 
     *std::copy(name.begin(), name.end(), out) = '\0';
 }
 
+template <class Result>
+Result CabContext::TellFailure(const WChar* operation, Result result, Result failure, int error) {
+    if (result == failure) AppendFailure(operation, error);
+    return result;
+}
+
 CabContext::FileHandle CabContext::OpenCabFile(const char* name, int flags, int mode, int& error) {
     const FileHandle handle = m_fileObjectManager.OpenFile(name, flags, mode, error);
-    if (handle == cabinet::invalidFileHandle) AppendFailure(NV_TEXT("open"), error);
-    return handle;
+    return TellFailure(NV_TEXT("open"), handle, cabinet::invalidFileHandle, error);
 }
 
 unsigned CabContext::ReadCabFile(FileHandle handle, void* out, unsigned bytes, int& error) {
-    CabOpenFile* const file = FindOpenFile(handle, NV_TEXT("read"), error);
-    if (file == nullptr) return cabFailedTransfer;
-    const unsigned result = file->Read(out, bytes, error);
-    if (result == cabFailedTransfer) AppendFailure(NV_TEXT("read"), error);
-    return result;
+    CabOpenFile* const file = FindOpenFile(handle, error);
+    const unsigned result = file == nullptr ? cabFailedTransfer : file->Read(out, bytes, error);
+    return TellFailure(NV_TEXT("read"), result, cabFailedTransfer, error);
 }
 
 unsigned CabContext::WriteCabFile(FileHandle handle, const void* bytes, unsigned length, int& error) {
-    CabOpenFile* const file = FindOpenFile(handle, NV_TEXT("write"), error);
-    if (file == nullptr) return cabFailedTransfer;
-    const unsigned result = file->Write(bytes, length, error);
-    if (result == cabFailedTransfer) AppendFailure(NV_TEXT("write"), error);
-    return result;
+    CabOpenFile* const file = FindOpenFile(handle, error);
+    const unsigned result = file == nullptr ? cabFailedTransfer : file->Write(bytes, length, error);
+    return TellFailure(NV_TEXT("write"), result, cabFailedTransfer, error);
 }
 
 LONG CabContext::SeekCabFile(FileHandle handle, LONG distance, int origin, int& error) {
-    CabOpenFile* const file = FindOpenFile(handle, NV_TEXT("seek"), error);
-    if (file == nullptr) return -1;
-    const LONG result = file->Seek(distance, origin, error);
-    if (result == -1) AppendFailure(NV_TEXT("seek"), error);
-    return result;
+    CabOpenFile* const file = FindOpenFile(handle, error);
+    const LONG result = file == nullptr ? -1 : file->Seek(distance, origin, error);
+    return TellFailure(NV_TEXT("seek"), result, LONG{-1}, error);
 }
 
 int CabContext::CloseCabFile(FileHandle handle, int& error) {
-    if (m_fileObjectManager.CloseFile(handle)) return 0;
-    error = cabFileErrorBadHandle;
-    AppendFailure(NV_TEXT("close"), error);
-    return -1;
+    const int result = m_fileObjectManager.CloseFile(handle) ? 0 : -1;
+    if (result != 0) error = cabFileErrorBadHandle;
+    return TellFailure(NV_TEXT("close"), result, -1, error);
 }
 
-CabOpenFile* CabContext::FindOpenFile(FileHandle handle, const WChar* operation, int& error) {
+CabOpenFile* CabContext::FindOpenFile(FileHandle handle, int& error) {
     CabOpenFile* const file = m_fileObjectManager.FindOpenFile(handle);
-    if (file == nullptr) {
-        error = cabFileErrorBadHandle;
-        AppendFailure(operation, error);
-    }
+    if (file == nullptr) error = cabFileErrorBadHandle;
     return file;
 }
 
@@ -116,6 +111,7 @@ void CabContext::AppendFailure(const WChar* operation, int error) {
 }
 
 void CabContext::NoteExceptionInCallback() noexcept {
+    m_exceptionInCallback = std::current_exception();
     try {
         m_errorDetails += NV_TEXT("An exception was thrown in a file operation. ");
     } catch (...) {

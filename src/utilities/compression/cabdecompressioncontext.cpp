@@ -101,12 +101,37 @@ void CabDecompressionContext::Run(bool extracts) {
     CloseCabinetContext(true);
 }
 
-void CabDecompressionContext::OpenCabinetContext() {
+bool CabDecompressionContext::CopyFiles() {
+    const CurrentContextScope scope(*this);
+    m_errorInfo = {};
+    if (!CreateLibraryContext()) return false;
+    const bool isCopied = CallFdiCopy(NV_TEXT(" while calling FDICopy"));
+    DestroyLibraryContext();
+    return isCopied;
+}
+
+bool CabDecompressionContext::CreateLibraryContext() {
     m_libraryHandle = GetFdiCreatePfn()(&CabCompressionContext::sfnFciAllocCallback,
                                         &CabCompressionContext::sfnFciFreeCallback, &sfnFdiOpenCallback,
                                         &sfnFdiReadCallback, &sfnFdiWriteCallback, &sfnFdiCloseCallback,
                                         &sfnFdiSeekCallback, cpuUnknown, &m_errorInfo);
-    if (m_libraryHandle == nullptr)
+    return m_libraryHandle != nullptr;
+}
+
+bool CabDecompressionContext::DestroyLibraryContext() {
+    return GetFdiDestroyPfn()(std::exchange(m_libraryHandle, nullptr)) != 0;
+}
+
+bool CabDecompressionContext::CallFdiCopy(const WChar* messageSuffix) {
+    char name[cabNameCapacity];
+    char path[cabNameCapacity];
+    GetNameWithoutPathFromFileObject(m_source, name, cabNameCapacity, messageSuffix);
+    GetPathFromFileObject(m_source, path, cabNameCapacity, messageSuffix);
+    return GetFdiCopyPfn()(m_libraryHandle, name, path, 0, &sfnFdiNotifyCallback, nullptr, this) != 0;
+}
+
+void CabDecompressionContext::OpenCabinetContext() {
+    if (!CreateLibraryContext())
         NV_THROW(ExceptionCompression, "CabDecompressionContext::OpenCabinetContext", __LINE__, NV_TEXT("%s"),
                  CreateFailureMessage(NV_TEXT(" while calling FDICreate")));
 }
@@ -146,13 +171,8 @@ void CabDecompressionContext::CheckLayout(FileHandle handle) {
 void CabDecompressionContext::DecompressCabinetFile() {
     constexpr auto suffix =
         NV_TEXT(" while preparing to call FDICopy in CabDecompressionContext::DecompressCabinetFile()");
-    char name[cabNameCapacity];
-    char path[cabNameCapacity];
-    GetNameWithoutPathFromFileObject(m_source, name, cabNameCapacity, suffix);
-    GetPathFromFileObject(m_source, path, cabNameCapacity, suffix);
     m_bytesWritten = 0;
-    const bool copied =
-        GetFdiCopyPfn()(m_libraryHandle, name, path, 0, &sfnFdiNotifyCallback, nullptr, this) != 0;
+    const bool copied = CallFdiCopy(suffix);
     if (!copied || m_bytesWritten != m_fileSize)
         NV_THROW(ExceptionCompression, "CabDecompressionContext::DecompressCabinetFile", __LINE__,
                  NV_TEXT("%s"), CreateFailureMessage(suffix));
@@ -160,8 +180,7 @@ void CabDecompressionContext::DecompressCabinetFile() {
 
 void CabDecompressionContext::CloseCabinetContext(bool success) {
     if (m_libraryHandle == nullptr) return;
-    const bool closed = GetFdiDestroyPfn()(m_libraryHandle) != 0;
-    m_libraryHandle = nullptr;
+    const bool closed = DestroyLibraryContext();
     if (success && !closed)
         NV_THROW(ExceptionCompression, "CabDecompressionContext::CloseCabinetContext", __LINE__,
                  NV_TEXT("%s"), CreateFailureMessage(NV_TEXT(" while calling FDIDestroy")));
@@ -187,47 +206,45 @@ CabDecompressionContext::FileHandle CabDecompressionContext::DoFdiNotify(
     }
 }
 
+template <class Result, class Action>
+Result CabDecompressionContext::GuardCurrent(Result failure, Action action) noexcept {
+    CabDecompressionContext* const context = currentContext;
+    if (context == nullptr) return failure;
+    int error = 0;
+    return context->GuardCallback(failure, [&] { return action(*context, error); });
+}
+
 CabDecompressionContext::FileHandle CabDecompressionContext::sfnFdiOpenCallback(char* name, int flags,
                                                                                 int mode) {
-    CabDecompressionContext* const context = currentContext;
-    int error = 0;
-    if (context == nullptr) return cabinet::invalidFileHandle;
-    return context->GuardCallback(cabinet::invalidFileHandle,
-                                  [&] { return context->OpenCabFile(name, flags, mode, error); });
+    return GuardCurrent(cabinet::invalidFileHandle, [&](CabDecompressionContext& context, int& error) {
+        return context.OpenCabFile(name, flags, mode, error);
+    });
 }
 
 unsigned CabDecompressionContext::sfnFdiReadCallback(FileHandle handle, void* out, unsigned bytes) {
-    CabDecompressionContext* const context = currentContext;
-    int error = 0;
-    if (context == nullptr) return cabFailedTransfer;
-    return context->GuardCallback(cabFailedTransfer,
-                                  [&] { return context->ReadCabFile(handle, out, bytes, error); });
+    return GuardCurrent(cabFailedTransfer, [&](CabDecompressionContext& context, int& error) {
+        return context.ReadCabFile(handle, out, bytes, error);
+    });
 }
 
 unsigned CabDecompressionContext::sfnFdiWriteCallback(FileHandle handle, void* bytes, unsigned length) {
-    CabDecompressionContext* const context = currentContext;
-    int error = 0;
-    if (context == nullptr) return cabFailedTransfer;
-    return context->GuardCallback(cabFailedTransfer, [&] {
-        const unsigned written = context->WriteCabFile(handle, bytes, length, error);
-        if (written != cabFailedTransfer) context->m_bytesWritten += written;
+    return GuardCurrent(cabFailedTransfer, [&](CabDecompressionContext& context, int& error) {
+        const unsigned written = context.WriteCabFile(handle, bytes, length, error);
+        if (written != cabFailedTransfer) context.m_bytesWritten += written;
         return written;
     });
 }
 
 int CabDecompressionContext::sfnFdiCloseCallback(FileHandle handle) {
-    CabDecompressionContext* const context = currentContext;
-    int error = 0;
-    if (context == nullptr) return -1;
-    return context->GuardCallback(-1, [&] { return context->CloseCabFile(handle, error); });
+    return GuardCurrent(-1, [&](CabDecompressionContext& context, int& error) {
+        return context.CloseCabFile(handle, error);
+    });
 }
 
 LONG CabDecompressionContext::sfnFdiSeekCallback(FileHandle handle, LONG distance, int origin) {
-    CabDecompressionContext* const context = currentContext;
-    int error = 0;
-    if (context == nullptr) return -1;
-    return context->GuardCallback(LONG{-1},
-                                  [&] { return context->SeekCabFile(handle, distance, origin, error); });
+    return GuardCurrent(LONG{-1}, [&](CabDecompressionContext& context, int& error) {
+        return context.SeekCabFile(handle, distance, origin, error);
+    });
 }
 
 CabDecompressionContext::FileHandle CabDecompressionContext::sfnFdiNotifyCallback(

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "support/cabinetbuilder.h"
+
 namespace {
 
 /// Deflate data without a frame.
@@ -25,24 +27,14 @@ std::vector<BYTE> Deflate(const std::string& text, int strategy) {
     return out;
 }
 
-/// Bytes without a match among them.
-std::string Noise(std::size_t size) {
-    std::string text;
-    std::uint32_t state = 1;
-    while (text.size() < size) {
-        state = state * 1664525 + 1013904223;
-        text += static_cast<char>(state >> 24);
-    }
-    return text;
-}
-
 TEST(WalkDeflate, TellsTheSizeOfEveryMatch) {
     std::vector<std::pair<std::size_t, std::size_t>> matches;  // distance and length
     for (std::size_t length = 3; length <= 258; ++length)
         matches.emplace_back(400, length);
     for (std::size_t distance = 1; distance <= 32000; distance += 1 + distance / 3)
         matches.emplace_back(distance, 100);
-    const std::string noise = Noise(33000);
+    const ByteBuffer bytes = cabinettest::Noise(33000);
+    const std::string noise(bytes.begin(), bytes.end());
     for (const auto& [distance, length] : matches) {
         std::string text = noise.substr(0, std::max(distance, std::size_t{400}));
         for (std::size_t i = 0; i < length; ++i)
@@ -59,37 +51,33 @@ TEST(WalkDeflate, TellsTheSizeOfEveryMatch) {
 }
 
 TEST(WalkDeflate, KnowsHowFarBackAMatchReaches) {
-    // One match of length 3, fixed codes: the distance codes of 5 bits, then the bits beside them.
-    constexpr struct {
-        unsigned base;
-        unsigned bits;
-    } distances[] = {{1, 0},     {2, 0},     {3, 0},     {4, 0},      {5, 1},      {7, 1},
-                     {9, 2},     {13, 2},    {17, 3},    {25, 3},     {33, 4},     {49, 4},
-                     {65, 5},    {97, 5},    {129, 6},   {193, 6},    {257, 7},    {385, 7},
-                     {513, 8},   {769, 8},   {1025, 9},  {1537, 9},   {2049, 10},  {3073, 10},
-                     {4097, 11}, {6145, 11}, {8193, 12}, {12289, 12}, {16385, 13}, {24577, 13}};
-    for (unsigned code = 0; code < std::size(distances); ++code) {
+    // One match of length 3, fixed codes: the distance codes of 5 bits, then the bits beside them. After the
+    // first two each pair of codes has a bit more, and each code begins where the one before ends.
+    unsigned base = 1;
+    for (unsigned code = 0; code < 30; ++code) {
+        const unsigned bits = code < 2 ? 0 : code / 2 - 1;
         std::vector<BYTE> data;
         unsigned used = 0;
         const auto put = [&](unsigned bit) {
             if (used++ % 8 == 0) data.push_back(0);
             data.back() = static_cast<BYTE>(data.back() | bit << (used - 1) % 8);
         };
-        const auto putCode = [&](unsigned value, int bits) {  // most significant bit first
-            while (bits-- > 0)
-                put(value >> bits & 1);
+        const auto putCode = [&](unsigned value, int length) {  // most significant bit first
+            while (length-- > 0)
+                put(value >> length & 1);
         };
         put(1);  // the last block,
         put(1);  // with fixed codes
         put(0);
         putCode(1, 7);
         putCode(code, 5);
-        for (unsigned i = 0; i < distances[code].bits; ++i)
+        for (unsigned i = 0; i < bits; ++i)
             put(1);
         putCode(0, 7);
-        const unsigned distance = distances[code].base + (1U << distances[code].bits) - 1;
+        const unsigned distance = base + (1U << bits) - 1;
         EXPECT_TRUE(platform::WalkDeflate(data, distance, 3)) << code;
         EXPECT_FALSE(platform::WalkDeflate(data, distance - 1, 3)) << code;
+        base = distance + 1;
     }
 }
 

@@ -52,11 +52,21 @@ TEST(ProfileFile, HasANameOfAnyLanguage) {
     EXPECT_EQ(ReadText(name.c_str(), "a", "k", "D", enough), "D");
 }
 
-TEST(ProfileFile, KeepsPermissionsAndFollowsLinks) {
+struct stat StatusOf(const File& file) {
+    struct stat status {};
+    EXPECT_EQ(stat(file.GetPath().c_str(), &status), 0);
+    return status;
+}
+
+TEST(ProfileFile, KeepsOwnerAndPermissionsAndFollowsLinks) {
     const Folder folder;
     fs::create_directory(folder / "real");
     const File real(folder / "real/a.ini", "[a]\nk=1\n");
-    fs::permissions(real.GetPath(), fs::perms(0640));
+    // Somebody else's, as far as this process may give it away.
+    constexpr uid_t somebody = 12345;
+    [[maybe_unused]] const bool isGiven = chown(real.GetPath().c_str(), somebody, somebody + 1) == 0;
+    fs::permissions(real.GetPath(), fs::perms(06640));
+    const struct stat before = StatusOf(real);
     fs::create_symlink("real/a.ini", folder / "link");
     fs::create_symlink("link", folder / "to a link");
     fs::create_symlink("real/new.ini", folder / "to nothing");
@@ -64,7 +74,11 @@ TEST(ProfileFile, KeepsPermissionsAndFollowsLinks) {
 
     EXPECT_TRUE(WriteText(File(folder / "to a link"), "a", "k", "2"));
     EXPECT_EQ(real.GetContent(), "[a]\nk=2\n");
-    EXPECT_EQ(fs::status(real.GetPath()).permissions(), fs::perms(0640));
+    const struct stat after = StatusOf(real);
+    EXPECT_NE(after.st_ino, before.st_ino) << "replaced in one step";
+    EXPECT_EQ(after.st_mode, before.st_mode);
+    EXPECT_EQ(after.st_uid, before.st_uid);
+    EXPECT_EQ(after.st_gid, before.st_gid);
     EXPECT_TRUE(fs::is_symlink(folder / "to a link") && fs::is_symlink(folder / "link"));
     EXPECT_TRUE(WriteText(File(folder / "to nothing"), "a", "k", "3"));
     EXPECT_TRUE(fs::exists(folder / "real/new.ini"));

@@ -5,13 +5,14 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "support/cabinettools.h"
 #include "platform/profilefiles.h"
+#include "support/cabinettools.h"
 #include "utilities/compression/cabcompressedbuffer.h"
 
 namespace {
@@ -68,31 +69,24 @@ class CabinetPeers : public testing::Test {
 protected:
     void Add(const std::string& what, const ByteBuffer& cabinet, const std::string& data) {
         char name[16];
-        std::snprintf(name, sizeof name, "%03zu.cab", m_whats.size());
-        std::ofstream(m_folder / name, std::ios::binary)
-            .write(reinterpret_cast<const char*>(cabinet.data()),
-                   static_cast<std::streamsize>(cabinet.size()));
+        std::snprintf(name, sizeof name, "%03zu.cab", m_cabinets.size());
+        std::ofstream(m_folder / name, std::ios::binary) << std::string(cabinet.begin(), cabinet.end());
         m_data += data;
-        m_whats.push_back(what);
-        m_ends.push_back(m_data.size());
+        m_cabinets[m_data.size()] = what;
     }
 
     void ExpectReadBy(const std::string& peer, const std::string& command) {
         const std::string output = OutputOf(command);
-        const auto [fault, ignored] =
-            std::mismatch(m_data.begin(), m_data.end(), output.begin(), output.end());
-        if (fault == m_data.end() && output.size() == m_data.size()) return;
+        if (output == m_data) return;
+        const auto fault = std::mismatch(m_data.begin(), m_data.end(), output.begin(), output.end()).first;
         const auto place = static_cast<std::size_t>(fault - m_data.begin());
-        const auto end = std::upper_bound(m_ends.begin(), m_ends.end(), place);
-        ADD_FAILURE() << peer << ": "
-                      << (end == m_ends.end() ? "too much"
-                                              : m_whats[static_cast<std::size_t>(end - m_ends.begin())]);
+        const auto found = m_cabinets.upper_bound(place);
+        ADD_FAILURE() << peer << ": " << (found == m_cabinets.end() ? "too much" : found->second);
     }
 
     profiletest::Folder m_folder;
     std::string m_data;
-    std::vector<std::string> m_whats;
-    std::vector<std::size_t> m_ends;
+    std::map<std::size_t, std::string> m_cabinets;  ///< By the end of their data.
 };
 
 TEST_F(CabinetPeers, ReadWhatIsWritten) {

@@ -1,5 +1,9 @@
-// DEVMODEW: the layout that both builds share.
+// DEVMODEW: the layout that both builds share, with the platform's own structure where it has one.
 #include "platform/devicemode.h"
+
+#if defined(_WIN32)
+#include <windows.h>  // which defines the structure
+#endif
 
 #include <cstddef>
 

@@ -1,7 +1,6 @@
 // The folder that a cabinet is unpacked to: no link below it is followed, and a full disk changes nothing.
-#include <sys/resource.h>
-
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <csignal>
 #include <filesystem>
@@ -62,43 +61,30 @@ TEST(UnpackedLinks, MayLeadToTheTargetFolder) {
     EXPECT_EQ(File(folder / "real" / "sub" / "file").GetContent(), "new");
 }
 
-/// Lets no file grow beyond a size; others that are open, such as a log, had better not grow meanwhile.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t size) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit{size, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-private:
-    void (*m_handler)(int);
-    rlimit m_before{};
-};
-
 TEST(FullDisk, LeavesTheFolderAsItWas) {
     const profiletest::Folder folder;
     const File existing(folder / "a", "before");
+    const CXString target = folder.GetPath().string<WChar>().c_str();
     const CabinetUnpacker unpacker(CabinetBuilder()
                                        .Folder(platform::cabinet::tcompTYPE_NONE, {{Noise(20000), 20000}})
                                        .File("a", {.size = 10})
                                        .File("new/b", {.size = 19990, .offset = 10})
                                        .Build());
+    // Meanwhile no file grows beyond the limit; others that are open, such as a log, had better not grow
+    // then.
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit limit{15000, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &limit);
     bool isRefused = false;
-    {
-        const FileSizeLimit limit(15000);
-        try {
-            unpacker.UnpackTo(folder.GetPath().string<WChar>().c_str());
-        } catch (const ExceptionFileOperationCompression&) {
-            isRefused = true;
-        }
+    try {
+        unpacker.UnpackTo(target);
+    } catch (const ExceptionFileOperationCompression&) {
+        isRefused = true;
     }
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
     EXPECT_TRUE(isRefused);
     EXPECT_EQ(existing.GetContent(), "before");
     EXPECT_EQ(EntriesOf(folder.GetPath()), 1);
