@@ -7,6 +7,8 @@
 #include "utilities/utilitiesdll/cxstring.h"
 #include "utilities/xmlparser/xmldom.h"
 
+class _com_error;
+
 /// Receives the XML that a parser writes.
 class NVUTIL_API XmlOutputCallback {
 public:
@@ -50,3 +52,13 @@ protected:
     CXString systemId;
     bool validate;
 };
+
+// What each engine's parser declares.
+#define NV_XML_PARSER_FUNCTIONS                                             \
+public:                                                                     \
+    bool parse(const CXString& fileName) override;                          \
+    void parse(unsigned char* data, DWORD length) override;                 \
+    void convertToXmlStream(XmlOutputCallback& callback) override;          \
+    std::unique_ptr<XmlDomDocument> getDocument() override;                 \
+    /** The text that users report of a COM error; docs/xml.md shows it. */ \
+    static CXString formatCOMExceptionDisplayString(const _com_error& error);

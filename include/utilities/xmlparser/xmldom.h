@@ -13,13 +13,13 @@ class XmlDomNode;
 class XmlDomText;
 
 // An operation that returns a node hands over a wrapper that the caller owns. A wrapper that wraps nothing
-// stands for "none" (the null node); its boolean conversion is false, and every other operation on it throws
-// `_com_error` with E_POINTER. A wrapper keeps what it wraps alive, beyond its parser's end if need be,
+// is the null node: its boolean conversion is false, and every other operation on it throws `_com_error` with
+// E_POINTER. A wrapper keeps what it wraps alive, beyond its parser's end if need be,
 // but on Windows no longer than COM stays initialised on its thread: the last parser there may end that. A
 // parser and everything obtained from it are used on the thread that made the parser.
 //
-// What the engine refuses (a name that is none, a node where it cannot stand) is thrown as `_com_error`; see
-// comerror.h.
+// What the engine refuses is thrown as `_com_error` (see comerror.h): a text that cannot be the name of an
+// element, a node in a place where it may not stand.
 
 /// A document.
 class NVUTIL_API XmlDomDocument {
@@ -52,7 +52,7 @@ public:
     /// Always empty.
     virtual CXString getDomNodeTypeDebugDisplayString() const = 0;
     virtual bool isTextNode() const = 0;
-    /// Puts a node behind the last child, taking it from where it stood before.
+    /// Puts a node of the same engine behind the last child, taking it from where it stood before.
     /// @return the node that was appended
     virtual std::unique_ptr<XmlDomNode> appendChild(XmlDomNode& child) = 0;
     /// Takes a child out of this node; it stays usable and can be appended elsewhere.
@@ -126,3 +126,30 @@ public:
     /// Whether a map is wrapped.
     virtual operator bool() const = 0;
 };
+
+// What each engine's wrappers override, in the order of the slots.
+#define NV_DOM_NODE_FUNCTIONS                                            \
+public:                                                                  \
+    std::uint32_t getNumChildNodes() const override;                     \
+    CXString getNodeName() const override;                               \
+    CXString getNodeValue() const override;                              \
+    std::unique_ptr<XmlDomNode> getFirstChild() override;                \
+    std::unique_ptr<XmlDomNode> getNextSibling() override;               \
+    std::unique_ptr<XmlDomNamedNodeMap> getAttributes() override;        \
+    bool isElementNode() const override;                                 \
+    operator bool() const override;                                      \
+    CXString getDomNodeTypeDebugDisplayString() const override;          \
+    bool isTextNode() const override;                                    \
+    std::unique_ptr<XmlDomNode> appendChild(XmlDomNode& child) override; \
+    std::unique_ptr<XmlDomNode> removeChild(XmlDomNode& child) override; \
+                                                                         \
+protected:                                                               \
+    std::unique_ptr<XmlDomNode> getNullNode() override;
+
+#define NV_DOM_ELEMENT_FUNCTIONS                                             \
+public:                                                                      \
+    operator bool() const override;                                          \
+    std::unique_ptr<XmlDomNode> getAsDomNode() override;                     \
+    void setAttribute(const CXString& name, const CXString& value) override; \
+    void appendChild(XmlDomText& text) override;                             \
+    std::unique_ptr<XmlDomElement> appendChild(XmlDomElement& element) override;

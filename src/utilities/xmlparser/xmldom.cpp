@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/widechar.h"
+#include "utilities/xmlparser/norvaxmlparser.h"
 
 XmlDomDocument::~XmlDomDocument() = default;
 XmlDomNode::~XmlDomNode() = default;
@@ -164,3 +165,10 @@ void XmlDomNode::insertNodeBetweenThisAndItsChildren(XmlDomNode& newNode) {
     }
     appendChild(newNode);
 }
+
+XmlOutputCallback::~XmlOutputCallback() = default;
+
+NorvaXmlParser::NorvaXmlParser(const CXString& documentPath, bool mustBeValid)
+    : systemId(documentPath), validate(mustBeValid) {}
+
+NorvaXmlParser::~NorvaXmlParser() = default;

@@ -1,5 +1,8 @@
-// The sites that failures of the XML layer are thrown from, which are the same for every engine.
+// The sites that failures of the XML layer are thrown from, and the texts of what engines report.
 #pragma once
+
+#include "utilities/utilitiesdll/cxstring.h"
+#include "utilities/xmlparser/comerror.h"
 
 /// Users report a failure by the identifier that its class and its line make up. So a fault has one
 /// identifier, whichever engine met it and whatever part of the layer found it, and keeps it in later
@@ -18,3 +21,9 @@ namespace xmlfailure {
 [[noreturn]] void ThrowOutOfMemoryWhileWriting();
 
 }  // namespace xmlfailure
+
+/// The system's message for a result; "Unknown error 0x…" when it has none.
+CXString ComErrorMessage(HRESULT result);
+
+/// "_com_error - Code=0x80004003. Message='…'. Source='…'. Description='…'"; absent texts are empty.
+CXString FormatComError(const _com_error& error);

@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <limits>
 
 #include "platform/codepage.h"
+#include "platform/utf8.h"
 #include "utilities/xmlparser/xmllimits.h"
 
 namespace {
@@ -26,18 +28,9 @@ bool IsAllowed(char32_t character) {
 
 /// The length of the allowed character at the beginning of UTF-8; 0 when there is none.
 std::size_t LengthOfCharacter(std::string_view text) {
-    const auto byteAt = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned lead = byteAt(0);
-    if (lead < 0x80) return IsAllowed(lead) ? 1 : 0;
-    const std::size_t length = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
-    if (length == 0 || length > text.size()) return 0;
-    constexpr char32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000};
-    char32_t character = lead & (0x7Fu >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byteAt(i) & 0xC0) != 0x80) return 0;
-        character = character << 6 | (byteAt(i) & 0x3Fu);
-    }
-    return character >= smallest[length] && IsAllowed(character) ? length : 0;
+    char32_t character = 0;
+    const std::size_t length = platform::DecodeUtf8(text.data(), text.size(), character);
+    return IsAllowed(character) ? length : 0;
 }
 
 /// Whether eight bytes are all printable ASCII, as nearly all bytes of nearly all documents are.
@@ -204,12 +197,10 @@ const XmlEncoding* DeclaredEncoding(std::string_view utf8) {
 }
 
 char32_t TakeCharacter(std::string_view& utf8) {
-    const std::size_t length = std::max<std::size_t>(LengthOfCharacter(utf8), 1);
-    const auto byteAt = [utf8](std::size_t i) { return static_cast<unsigned char>(utf8[i]); };
-    char32_t character = length == 1 ? byteAt(0) : byteAt(0) & (0x7Fu >> length);
-    for (std::size_t i = 1; i < length; ++i)
-        character = character << 6 | (byteAt(i) & 0x3Fu);
-    utf8.remove_prefix(length);
+    char32_t character = 0;
+    const std::size_t length = platform::DecodeUtf8(utf8.data(), utf8.size(), character);
+    if (length == 0) character = static_cast<unsigned char>(utf8.front());
+    utf8.remove_prefix(std::max<std::size_t>(length, 1));
     return character;
 }
 
@@ -232,10 +223,62 @@ CXString WideText(std::string_view utf8) {
 }
 
 std::string Utf8Text(const CXString& text) {
-    constexpr int mostBytesOfUnit = 3;
-    std::string utf8(static_cast<std::size_t>(text.GetLength()) * mostBytesOfUnit, '\0');
-    const int written = platform::NarrowFromWide(platform::CodePage::Utf8, text, text.GetLength(),
-                                                 utf8.data(), static_cast<int>(utf8.size()));
-    utf8.resize(static_cast<std::size_t>(written));
-    return utf8;
+    return platform::Utf8Of({text, static_cast<std::size_t>(text.GetLength())});
+}
+
+namespace {
+
+struct Range {
+    char32_t first;
+    char32_t last;
+};
+
+constexpr Range startRanges[] = {
+    {'A', 'Z'},       {'_', '_'},       {'a', 'z'},       {0xC0, 0xD6},     {0xD8, 0xF6},
+    {0xF8, 0x2FF},    {0x370, 0x37D},   {0x37F, 0x1FFF},  {0x200C, 0x200D}, {0x2070, 0x218F},
+    {0x2C00, 0x2FEF}, {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF},
+};
+constexpr Range furtherRanges[] = {
+    {'-', '.'}, {'0', '9'}, {0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040},
+};
+
+template <std::size_t count>
+bool IsIn(const Range (&ranges)[count], char32_t character) {
+    return std::any_of(std::begin(ranges), std::end(ranges), [character](const Range& range) {
+        return character >= range.first && character <= range.last;
+    });
+}
+
+char32_t TakeCharacter(const CXString& text, int& position) {
+    const char32_t first = text.GetAt(position++);
+    const char32_t second = text.GetAt(position);
+    if (first < 0xD800 || first > 0xDBFF || second < 0xDC00 || second > 0xDFFF) return first;
+    ++position;
+    return 0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00);
+}
+
+}  // namespace
+
+bool IsXmlName(const CXString& name) {
+    const int colon = name.Find(WChar{':'});
+    const int nameStart = colon + 1;  // behind the prefix; 0 when there is none
+    for (int position = 0; position < name.GetLength();) {
+        const bool isFirst = position == 0 || position == nameStart;
+        const bool isColon = position == colon && colon > 0;
+        const char32_t character = TakeCharacter(name, position);
+        const bool isAllowed = IsIn(startRanges, character) || (!isFirst && IsIn(furtherRanges, character));
+        if (!isAllowed && !isColon) return false;
+    }
+    return !name.IsEmpty() && nameStart < name.GetLength();
+}
+
+bool IsXmlAttribute(const CXString& name, const CXString& value) {
+    constexpr int prefixAt = 6;  // behind "xmlns:"
+    const bool isForPrefix = name.Left(prefixAt) == NV_TEXT("xmlns:");
+    if (!isForPrefix && name != NV_TEXT("xmlns")) return IsXmlName(name);
+    const CXString prefix = name.Mid(isForPrefix ? prefixAt : name.GetLength());
+    const bool isXml = prefix == NV_TEXT("xml");
+    const bool isXmlUri = value == NV_TEXT("http://www.w3.org/XML/1998/namespace");
+    return IsXmlName(name) && prefix != NV_TEXT("xmlns") && isXml == isXmlUri &&
+           value != NV_TEXT("http://www.w3.org/2000/xmlns/") && !(isForPrefix && value.IsEmpty());
 }

@@ -69,3 +69,9 @@ char32_t TakeCharacter(std::string_view& utf8);
 CXString WideText(std::string_view utf8);
 /// UTF-8 of a text; a lone surrogate becomes U+FFFD.
 std::string Utf8Text(const CXString& text);
+
+/// Whether a text is a name of XML 1.0, with or without a prefix.
+bool IsXmlName(const CXString& name);
+
+/// Whether an attribute can have this name and, where it declares a namespace, this value.
+bool IsXmlAttribute(const CXString& name, const CXString& value);

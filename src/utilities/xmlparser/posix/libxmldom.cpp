@@ -1,5 +1,5 @@
 // The document-object layer over libxml2.
-#include "utilities/xmlparser/libxmldom.h"
+#include "utilities/xmlparser/libxmlparser.h"
 
 #include <libxml/tree.h>
 
@@ -9,7 +9,6 @@
 
 #include "utilities/xmlparser/comerror.h"
 #include "utilities/xmlparser/posix/libxmltree.h"
-#include "utilities/xmlparser/xmlname.h"
 #include "utilities/xmlparser/xmltext.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <msxml2.h>
 
 #include "utilities/utilitiesdll/cxstring.h"
-#include "utilities/xmlparser/compointer.h"
+#include "utilities/xmlparser/microsoftxmlparser.h"
 
 namespace comcall {
 

@@ -1,12 +1,12 @@
 // The document-object layer over MSXML.
-#include "utilities/xmlparser/microsoftdom.h"
+#include "utilities/xmlparser/microsoftxmlparser.h"
 
 #include <msxml2.h>
 
 #include <utility>
 
 #include "utilities/xmlparser/windows/comcall.h"
-#include "utilities/xmlparser/xmlname.h"
+#include "utilities/xmlparser/xmltext.h"
 
 using comcall::Check;
 using comcall::Require;
