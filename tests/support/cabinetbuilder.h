@@ -39,6 +39,8 @@ struct Records {
     std::vector<platform::cabinet::DataHeader> blocks;
 };
 
+/// Collects what a cabinet holds and lays it out soundly: offsets, counts and sizes are always right unless
+/// Damage changes them.
 class CabinetBuilder {
 public:
     CabinetBuilder& Folder(std::uint16_t compression, std::vector<Block> blocks) {
@@ -91,6 +93,7 @@ public:
         return bytes;
     }
 
+    // What has been added, which a test may change.
     std::vector<FolderData> folders;
     std::vector<FileData> files;
 

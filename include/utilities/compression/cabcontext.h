@@ -96,7 +96,7 @@ protected:
     platform::cabinet::ERF m_errorInfo{};
     CXString m_errorDetails;
     void* m_libraryHandle = nullptr;           ///< FCI or FDI context of the running operation.
-    std::exception_ptr m_exceptionInCallback;  ///< The last one, which the library was not to see.
+    std::exception_ptr m_exceptionInCallback;  ///< The last that GuardCallback kept back; null when none was.
 
 private:
     CabOpenFile* FindOpenFile(FileHandle handle, int& error);

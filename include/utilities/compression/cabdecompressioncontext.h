@@ -57,8 +57,9 @@ public:
                                                            platform::cabinet::FDINOTIFICATION* notification);
 
 protected:
-    /// Has the library tell DoFdiNotify of every file of the source file, which is not checked before.
-    /// @return whether all went well; the error info and the exception in a callback tell what did not
+    /// Lets the cabinet library go through the source file and ask DoFdiNotify about each file in it. Unlike
+    /// DecompressSourceFile this does not check the cabinet first.
+    /// @return whether all went well; if not, m_errorInfo and m_exceptionInCallback tell why
     bool CopyFiles();
 
 private:

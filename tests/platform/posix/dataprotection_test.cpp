@@ -10,11 +10,11 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "platform/profilefiles.h"
 #include "support/bytes.h"
 #include "support/throws.h"
 #include "utilities/utilitiesdll/dataencrypter.h"
@@ -26,23 +26,15 @@ namespace fs = std::filesystem;
 /// A home folder of its own for a test. Nothing of it exists beyond the folder itself.
 class Sealing : public testing::Test {
 protected:
-    Sealing() : m_home((fs::temp_directory_path() / "nvutil_seal_XXXXXX").string()) {
-        if (mkdtemp(m_home.data()) == nullptr) throw std::runtime_error("no folder");
-        m_dataHome = std::getenv("XDG_DATA_HOME");
-        UseDataHome("data");
-    }
-    ~Sealing() override {
-        fs::permissions(m_home, fs::perms::owner_all);
-        fs::remove_all(m_home);
-        setenv("XDG_DATA_HOME", m_dataHome.c_str(), 1);
-    }
+    Sealing() : m_dataHome(std::getenv("XDG_DATA_HOME")) { UseDataHome("data"); }
+    ~Sealing() override { setenv("XDG_DATA_HOME", m_dataHome.c_str(), 1); }
 
-    std::string In(const std::string& name) const { return m_home + '/' + name; }
+    std::string In(const std::string& name) const { return m_folder / name; }
     std::string KeyFile() const { return std::string(std::getenv("XDG_DATA_HOME")) + "/nvutil/seal.key"; }
     void UseDataHome(const std::string& name) const { setenv("XDG_DATA_HOME", In(name).c_str(), 1); }
 
-    std::string m_home;
-    std::string m_dataHome;
+    const profiletest::Folder m_folder;
+    const std::string m_dataHome;
 };
 
 const ByteBuffer secret = Bytes("53 45 43 52 45 54");
@@ -74,7 +66,7 @@ constexpr const char* maskedKeys[] = {
     "95 68"};
 
 void WriteFile(const fs::path& path, const ByteBuffer& bytes) {
-    std::ofstream(path, std::ios::binary) << std::string(bytes.begin(), bytes.end());
+    const profiletest::File file(path, std::string(bytes.begin(), bytes.end()));
 }
 
 /// Starts a child that does something and ends well unless that throws.
@@ -200,9 +192,7 @@ void MoveAway(const fs::path& path) {
 
 /// Nothing of what is no file.
 std::string ContentOf(const fs::path& path) {
-    if (!fs::is_regular_file(path)) return "";
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return fs::is_regular_file(path) ? profiletest::File(path).GetContent() : "";
 }
 
 TEST_F(Sealing, KeyFilesThatCannotBeTrustedAreRefusedAndLeftAlone) {

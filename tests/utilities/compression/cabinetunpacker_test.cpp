@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
@@ -19,6 +17,7 @@ namespace {
 using namespace cabinettest;
 using namespace platform::cabinet;
 using nvutil::CabinetUnpacker;
+using profiletest::File;
 namespace fs = std::filesystem;
 
 /// Everything below a folder: files with their bytes, folders with nothing.
@@ -36,7 +35,7 @@ class CabinetUnpacking : public testing::Test {
 protected:
     void Write(const std::string& path, const std::string& bytes) const {
         fs::create_directories((targetPath / path).parent_path());
-        std::ofstream(targetPath / path, std::ios::binary) << bytes;
+        const File file(targetPath / path, bytes);
     }
 
     Tree GetTree() const {
@@ -44,9 +43,7 @@ protected:
         if (!fs::exists(targetPath)) return tree;
         for (const auto& entry : fs::recursive_directory_iterator(targetPath)) {
             const std::u8string name = entry.path().lexically_relative(targetPath).generic_u8string();
-            std::string& content = tree[{name.begin(), name.end()}];
-            std::ifstream file(entry.path(), std::ios::binary);
-            if (entry.is_regular_file()) content.assign(std::istreambuf_iterator<char>(file), {});
+            tree[{name.begin(), name.end()}] = entry.is_regular_file() ? File(entry.path()).GetContent() : "";
         }
         return tree;
     }
@@ -150,10 +147,10 @@ TEST_F(CabinetUnpacking, ReadsEveryKindOfCompression) {
 }
 
 TEST_F(CabinetUnpacking, ReadsTheCabinetFromAFile) {
-    const fs::path file = folder / "product.cab";
-    std::ofstream(file, std::ios::binary) << Text(Packed({{"a", Prose(1000)}}, tcompTYPE_MSZIP));
-    fs::resize_file(file, std::uintmax_t{1} << 31);  // what follows the cabinet takes no memory
-    const CabinetUnpacker unpacker(NameOf(file));
+    const auto put = [this](const ByteBuffer& bytes) { return File(folder / "product.cab", Text(bytes)); };
+    const File file = put(Packed({{"a", Prose(1000)}}, tcompTYPE_MSZIP));
+    fs::resize_file(file.GetPath(), std::uintmax_t{1} << 31);  // what follows the cabinet takes no memory
+    const CabinetUnpacker unpacker{CXString(file)};
     ASSERT_EQ(unpacker.GetFiles().size(), 1u);
     EXPECT_EQ(Narrow(unpacker.GetFiles()[0].path), "a");
     EXPECT_EQ(unpacker.GetFiles()[0].size, 1000u);
@@ -161,16 +158,13 @@ TEST_F(CabinetUnpacking, ReadsTheCabinetFromAFile) {
     for (const CXString& missing :
          {NameOf(folder / "none.cab"), CXString(), NameOf(folder.GetPath()), CXString(noCharacter)})
         EXPECT_THROW(CabinetUnpacker{missing}, ExceptionCreateFileForReading);
-    for (const std::string& content : {std::string(), std::string(36, 'x'), std::string("MSCF")}) {
-        std::ofstream(file, std::ios::binary) << content;
-        EXPECT_THROW(CabinetUnpacker{NameOf(file)}, ExceptionCompression);
-    }
+    for (const ByteBuffer& content : {ByteBuffer(), ByteBuffer(36, 'x'), BytesOf("MSCF")})
+        EXPECT_THROW(CabinetUnpacker{CXString(put(content))}, ExceptionCompression);
     // One that would be larger than 1 GiB is refused before there is memory for it.
-    std::ofstream(file, std::ios::binary)
-        << Text(Stored({"a"}).Damage([](Records& r) { r.header.cabinetSize = 0x40000001; }).Build());
-    fs::resize_file(file, std::uintmax_t{1} << 31);
-    EXPECT_EQ(MessageOf<ExceptionCompression>([&] { CabinetUnpacker{NameOf(file)}; }),
-              file.string() + " is larger than 1073741824 bytes");
+    put(Stored({"a"}).Damage([](Records& r) { r.header.cabinetSize = 0x40000001; }).Build());
+    fs::resize_file(file.GetPath(), std::uintmax_t{1} << 31);
+    EXPECT_EQ(MessageOf<ExceptionCompression>([&] { CabinetUnpacker{CXString(file)}; }),
+              file.GetPath().string() + " is larger than 1073741824 bytes");
 }
 
 TEST_F(CabinetUnpacking, ReplacesFilesAndKeepsTheRest) {
