@@ -125,7 +125,7 @@ TEST(ProductDataMaintenance, DeletesFoldersThatNoPrinterUses) {
               orphans);
     EXPECT_EQ(List(folder), (Names{"Product Data/file/a.map", "Product Data/holds/used/a.map",
                                    "Product Data/readme.txt", "Product Data/used/a.map", "other/a.map"}));
-    EXPECT_FALSE(fs::exists(folder.GetPath() + "/Product Data/orphan"));
+    EXPECT_FALSE(fs::exists(folder.PathOf("Product Data/orphan")));
     EXPECT_TRUE(ProductData::DeleteOrphanedProductDataFolders(folder.NameOf("other"), false).empty());
 }
 

@@ -1,4 +1,4 @@
-// A product data folder for a test.
+// A product data folder for a test, and what printers keep of one.
 #pragma once
 
 #include <filesystem>
@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "environment/printer.h"
+#include "environment/productdata.h"
 #include "environment/productfiles.h"
 #include "platform/profilefiles.h"
 #include "utilities/utilitiesdll/cxstring.h"
@@ -15,15 +17,26 @@ class ProductFolder {
 public:
     /// Adds a file, and the folders above it.
     void Write(const std::string& name, std::string_view content) const {
-        const std::filesystem::path path = m_folder / name;
-        std::filesystem::create_directories(path.parent_path());
-        std::ofstream(path, std::ios::binary) << content;
+        std::filesystem::create_directories(PathOf(name).parent_path());
+        std::ofstream(PathOf(name), std::ios::binary) << content;
     }
 
     CXString GetName() const { return productfiles::NameOf(m_folder.GetPath()); }
-    CXString NameOf(const std::string& file) const { return productfiles::NameOf(m_folder / file); }
+    CXString NameOf(const std::string& file) const { return productfiles::NameOf(PathOf(file)); }
     std::string GetPath() const { return m_folder.GetPath().string(); }
+    std::filesystem::path PathOf(const std::string& name) const { return m_folder / name; }
+
+    /// What its files say, with a current model.
+    ProductData Read(const char* model, HANDLE printer = nullptr) const {
+        return ProductData(printer, GetName(), ProductData::ModelTypeName, CXString(model));
+    }
 
 private:
     profiletest::Folder m_folder;
 };
+
+/// Stores a text among a printer's driver data.
+inline void StoreText(Printer& printer, const WChar* name, const CXString& text,
+                      DWORD type = Printer::typeString) {
+    printer.SetPrinterDataExW(Printer::driverDataKey, name, type, ByteBuffer(text).appendNullChar());
+}
