@@ -1,9 +1,10 @@
 // Files as the commands read and write them; "-" is standard input or output.
 #include "nvutil/files.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
 #include <istream>
 #include <ostream>
@@ -26,10 +27,6 @@ constexpr std::string_view standardStream = "-";
 /// Keeps a stream from copying what may be secret into a buffer of its own.
 void MakeUnbuffered(std::basic_filebuf<char>& file) {
     file.pubsetbuf(nullptr, 0);
-}
-
-fs::path PathOf(const std::string& name) {
-    return {std::u8string(name.begin(), name.end())};
 }
 
 /// A file or standard input, opened to be read from its beginning.
@@ -191,4 +188,9 @@ void WriteOutput(ToolRun& run, const OutputChoice& choice, const ByteBuffer& byt
     } else {
         WriteFileAtomically(PathOf(choice.name), text, choice.isSecret);
     }
+}
+
+void AddOutputOptions(CLI::App& command, OutputChoice& output, const std::string& what) {
+    command.add_option("-o,--output", output.name, "Where " + what + "; standard output if not given");
+    command.add_flag("--hex", output.isHex, "Write upper-case hexadecimal text instead of bytes");
 }

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "nvutil/command.h"
+#include "nvutil/files.h"
 #include "nvutil/text.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 #include "utilities/utilitiesdll/utf8ini.h"
@@ -29,10 +30,6 @@ struct Arguments {
     bool isSection = false;  ///< Neither key nor value was given.
     bool isRemoval = false;
 };
-
-fs::path PathOf(const Arguments& arguments) {
-    return {std::u8string(arguments.file.begin(), arguments.file.end())};
-}
 
 /// Opens a file to look into it.
 /// @return whether it is there and can be read
@@ -53,7 +50,7 @@ bool CanBeRead(const fs::path& path) {
 CXString NameOf(ToolRun& run, const Arguments& arguments, bool mustBeThere) {
     run.subject = arguments.file;
     std::error_code error;
-    const fs::path path = fs::absolute(PathOf(arguments), error);
+    const fs::path path = fs::absolute(PathOf(arguments.file), error);
     const bool isThere = !error && CanBeRead(path);
     if (error || (mustBeThere && !isThere))
         NV_THROW(ExceptionCreateFileForReading, "ReadIniFile", __LINE__, NV_TEXT("cannot be opened"));
@@ -72,7 +69,7 @@ Source SourceOf(ToolRun& run, const Arguments& arguments) {
     constexpr DWORD roomForTerminators = 16;
     const CXString name = NameOf(run, arguments, true);
     std::error_code error;
-    const std::uintmax_t size = fs::file_size(PathOf(arguments), error);
+    const std::uintmax_t size = fs::file_size(PathOf(arguments.file), error);
     if (error || size > largestFile)
         NV_THROW(ExceptionInvalidArgument, "ReadIniFile", __LINE__, NV_TEXT("is larger than 64 MiB"));
     return {name, static_cast<DWORD>(size) + roomForTerminators};

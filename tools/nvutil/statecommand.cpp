@@ -108,8 +108,7 @@ void AddBuild(CLI::App& group, ToolRun& run) {
     const auto input = std::make_shared<std::string>();
     const auto output = std::make_shared<OutputChoice>();
     command->add_option("IN.json", *input, "The JSON form, as `state show --json` prints it")->required();
-    command->add_option("-o,--output", output->name, "Where the state goes; standard output if not given");
-    command->add_flag("--hex", output->isHex, "Write upper-case hexadecimal text instead of bytes");
+    AddOutputOptions(*command, *output, "the state goes");
     command->callback([&run, input, output] {
         const ByteBuffer json = ReadInput(run, *input, largestDocument);
         WriteOutput(run, *output, BuildState(TextOf(json)));

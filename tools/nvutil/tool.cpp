@@ -19,6 +19,13 @@ constexpr auto description =
     "\"-\" stands for standard input or output.\n"
     "Exit status: 0 success, 1 the input was refused, 2 wrong usage.";
 
+/// The groups of commands, in the order of the help.
+constexpr void (*groups[])(CLI::App&, ToolRun&) = {
+    AddStateCommands,     AddBufferCommands, AddSettingsCommands, AddIniCommands,
+    AddProductCommands,   AddPdlCommands,    AddBase64Commands,   AddConvertCommand,
+    AddIntegrityCommands, AddSealCommands,   AddXmlCommands,      AddExceptionsCommand,
+};
+
 // CLI11 takes "-.5" for an option, unlike "-5", so it meets such an argument with a mark in front that no
 // argument has.
 constexpr char mark = '\0';
@@ -84,18 +91,8 @@ int RunTool(std::span<const std::string> arguments, std::istream& in, std::ostre
     app.require_subcommand(1);
     app.fallthrough();
     app.add_flag("--verbose", run.isVerbose, "Describe a refusal in full");
-    AddStateCommands(app, run);
-    AddBufferCommands(app, run);
-    AddSettingsCommands(app, run);
-    AddIniCommands(app, run);
-    AddProductCommands(app, run);
-    AddPdlCommands(app, run);
-    AddBase64Commands(app, run);
-    AddConvertCommand(app, run);
-    AddIntegrityCommands(app, run);
-    AddSealCommands(app, run);
-    AddXmlCommands(app, run);
-    AddExceptionsCommand(app, run);
+    for (const auto addCommands : groups)
+        addCommands(app, run);
     try {
         Parse(app, arguments);
         FinishOutput(run);
