@@ -14,6 +14,7 @@
 #include "environment/devicesettingsmanager.h"
 #include "support/bytes.h"
 #include "support/platform/testprinter.h"
+#include "support/throws.h"
 #include "utilities/attributebytes/globalcaches.h"
 #include "utilities/attributebytes/persistentattributes.h"
 #include "utilities/base/formattext.h"
@@ -80,16 +81,27 @@ TEST(Printer, TellsAbsentFromFailed) {
     UtcTime time;
     EXPECT_FALSE(printer.GetPrinterDataTime(key, name, time));
 
-    EXPECT_THROW(Printer(NV_TEXT("No such printer")), ExceptionPrinterFailure);
+    const std::string unknown =
+        MessageOf<ExceptionPrinterFailure>([] { Printer(NV_TEXT("No such printer")); });
+    EXPECT_TRUE(unknown.starts_with("printer \"No such printer\": ")) << unknown;
+    EXPECT_NE(unknown.find(" (error 1801)"), std::string::npos) << unknown;
     EXPECT_THROW(Printer{CXString()}, ExceptionPrinterFailure);
-    EXPECT_THROW(Printer{HANDLE{nullptr}}, ExceptionInvalidPrinterHandle);
     int notAPrinter = 0;
-    EXPECT_THROW(Printer{static_cast<HANDLE>(&notAPrinter)}, ExceptionInvalidPrinterHandle);
+    for (const HANDLE handle : {HANDLE{nullptr}, static_cast<HANDLE>(&notAPrinter)}) {
+        const std::string message = MessageOf<ExceptionInvalidPrinterHandle>([=] { Printer{handle}; });
+        EXPECT_TRUE(message.starts_with("printers: ") && message.ends_with(" (error 6)")) << message;
+    }
     const CXString withZero(NV_TEXT("a\0b"), 3);
-    EXPECT_THROW(printer.GetPrinterDataW(withZero, type, data), ExceptionInvalidArgument);
-    EXPECT_THROW(
-        printer.SetPrinterDataExW(key, name, Printer::typeBinary, ByteBuffer(Printer::largestValue + 1)),
-        ExceptionInvalidArgument);
+    EXPECT_EQ(MessageOf<ExceptionInvalidArgument>([&] {
+                  printer.GetPrinterDataW(withZero, type, data);
+              }).find("a name has a zero in it: a"),
+              0u);
+    EXPECT_EQ(MessageOf<ExceptionInvalidArgument>([&] {
+                  printer.SetPrinterDataExW(key, name, Printer::typeBinary,
+                                            ByteBuffer(Printer::largestValue + 1));
+              }),
+              "printer \"" + Narrow(test.GetName()) + "\": a value of " +
+                  std::to_string(Printer::largestValue + 1) + " bytes is too large");
     EXPECT_FALSE(printer.GetPrinterDataW(name, type, data));
 }
 

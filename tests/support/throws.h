@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "support/narrow.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 
@@ -17,3 +19,14 @@
     } catch (const NorvaException& thrown) {                                                  \
         ADD_FAILURE() << #statement " threw " << Narrow(thrown.GetExceptionType());           \
     }
+
+/// What an exception of a class says that an action throws.
+template <class Exception, class Action>
+std::string MessageOf(const Action& action) {
+    try {
+        action();
+    } catch (const Exception& thrown) {
+        return Narrow(thrown.GetExceptionMesage());
+    }
+    return "nothing was thrown";
+}
