@@ -31,8 +31,8 @@ struct Arguments {
     bool isRemoval = false;
 };
 
-/// Opens a file to look into it.
-/// @return whether it is there and can be read
+/// Whether a file is there and can be read.
+/// @throws ExceptionInvalidArgument when it begins with a byte-order mark
 bool CanBeRead(const fs::path& path) {
     std::error_code ignored;
     if (!fs::is_regular_file(path, ignored)) return false;
@@ -61,7 +61,7 @@ CXString NameOf(ToolRun& run, const Arguments& arguments, bool mustBeThere) {
 /// A file to read from, and room for whatever it may say.
 struct Source {
     CXString name;
-    DWORD room;  ///< In code units, of which no byte becomes more than one.
+    DWORD room;  ///< In code units; no byte becomes more than one.
 };
 
 Source SourceOf(ToolRun& run, const Arguments& arguments) {
@@ -75,7 +75,8 @@ Source SourceOf(ToolRun& run, const Arguments& arguments) {
     return {name, static_cast<DWORD>(size) + roomForTerminators};
 }
 
-/// What a function puts into a buffer, provided that it is not cut.
+/// What a function puts into a buffer.
+/// @throws ExceptionReadFile when it did not fit
 CXString ReadWhole(const Source& source, const std::function<DWORD(WChar* out, DWORD size)>& read) {
     std::vector<WChar> buffer(source.room);
     const DWORD length = read(buffer.data(), source.room);

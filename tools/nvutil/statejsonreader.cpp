@@ -103,7 +103,7 @@ public:
         return m_json.get_ref<const std::string&>();
     }
     CXString GetText() const {
-        constexpr int longestText = std::numeric_limits<short>::max();  // what readers of the count can take
+        constexpr int longestText = std::numeric_limits<short>::max();  // the count is a short in the state
         CXString text = DecodeJsonString(GetString());
         if (text.GetLength() > longestText) {
             RefuseBecause("has " + Grouped(static_cast<std::uint64_t>(text.GetLength())) +
@@ -119,8 +119,8 @@ private:
     std::size_t m_index = 0;
 };
 
-/// Reads a document in front of the parser and refuses what that would let pass: a member that comes twice,
-/// of which it would keep one, and nesting beyond what a state can have.
+/// Reads a document before the parser does, and refuses what the parser would accept: a member that comes
+/// twice, of which it would keep one, and nesting deeper than a state can have.
 class DocumentGuard final : public nlohmann::json_sax<Json> {
 public:
     bool null() override { return CountItem(); }
@@ -381,7 +381,7 @@ AttributeBytesRawList ReadItems(const Place& place, int depth) {
     return AttributeBytesRawList(state);
 }
 
-/// A number in decimal digits, written in the only way there is: "-5", "12".
+/// A number in decimal digits without leading zeros or "+": "-5", "12".
 std::optional<LONG> ParseNameSpaceNumber(const std::string& text) {
     LONG number = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
