@@ -49,41 +49,39 @@ std::size_t PlaceIn(Random& random, const std::string& bytes) {
     return random.Below(nearStart ? std::min(bytes.size(), head) : bytes.size());
 }
 
-void SetByte(Random& random, std::string& bytes) {
-    static constexpr unsigned char special[] = {0, 1, 0x7F, 0x80, 0xFF, '<', '&', '"', '=', '[', ']', '\n'};
-    const std::size_t place = PlaceIn(random, bytes);
-    const bool isSpecial = random.Below(2) == 0;
-    bytes[place] =
-        static_cast<char>(isSpecial ? special[random.Below(std::size(special))] : random.Below(256));
-}
-
-void StepByte(Random& random, std::string& bytes) {
-    const std::size_t place = PlaceIn(random, bytes);
-    bytes[place] = static_cast<char>(bytes[place] + (random.Below(2) == 0 ? 1 : -1));
-}
-
-void Cut(Random& random, std::string& bytes) {
-    bytes.resize(random.Below(bytes.size()));
-}
-
-void Remove(Random& random, std::string& bytes) {
-    const std::size_t place = PlaceIn(random, bytes);
-    bytes.erase(place, 1 + random.Below(8));
-}
-
-void Repeat(Random& random, std::string& bytes) {
-    const std::size_t from = PlaceIn(random, bytes);
-    const std::string piece = bytes.substr(from, 1 + random.Below(40));
-    bytes.insert(PlaceIn(random, bytes), piece);
-}
-
 struct Mutation {
     const char* name;
     void (*apply)(Random&, std::string&);
 };
 
 constexpr Mutation mutations[] = {
-    {"set", &SetByte}, {"step", &StepByte}, {"cut", &Cut}, {"remove", &Remove}, {"repeat", &Repeat}};
+    {"set",
+     [](Random& random, std::string& bytes) {
+         static constexpr unsigned char special[] = {0,   1,   0x7F, 0x80, 0xFF, '<',
+                                                     '&', '"', '=',  '[',  ']',  '\n'};
+         const std::size_t place = PlaceIn(random, bytes);
+         const bool isSpecial = random.Below(2) == 0;
+         bytes[place] =
+             static_cast<char>(isSpecial ? special[random.Below(std::size(special))] : random.Below(256));
+     }},
+    {"step",
+     [](Random& random, std::string& bytes) {
+         const std::size_t place = PlaceIn(random, bytes);
+         bytes[place] = static_cast<char>(bytes[place] + (random.Below(2) == 0 ? 1 : -1));
+     }},
+    {"cut", [](Random& random, std::string& bytes) { bytes.resize(random.Below(bytes.size())); }},
+    {"remove",
+     [](Random& random, std::string& bytes) {
+         const std::size_t place = PlaceIn(random, bytes);
+         bytes.erase(place, 1 + random.Below(8));
+     }},
+    {"repeat",
+     [](Random& random, std::string& bytes) {
+         const std::size_t from = PlaceIn(random, bytes);
+         const std::string piece = bytes.substr(from, 1 + random.Below(40));
+         bytes.insert(PlaceIn(random, bytes), piece);
+     }},
+};
 
 std::string Mutate(Random& random, std::string& bytes) {
     std::string names;

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
-#include <fstream>
 #include <set>
 #include <string>
 #include <thread>
@@ -44,7 +43,7 @@ constexpr char officePrinter[] =
 TEST(ProductData, AnswersForTheCurrentModel) {
     const ProductFolder folder;
     folder.Write("a.map", officePrinter);
-    ProductData data(nullptr, folder.GetName(), ProductData::ModelTypeName, NV_TEXT("Office 10"));
+    ProductData data = folder.Read("Office 10");
     EXPECT_TRUE(data.IsInitialized() && data.IsValidated());
     EXPECT_EQ(data.GetAssociatedPrinterHandle(), nullptr);
     std::string all;
@@ -58,7 +57,7 @@ TEST(ProductData, AnswersForTheCurrentModel) {
     EXPECT_EQ(data.GetSupportedPDLS(), 0x2C0u);
 
     ProductData same(nullptr, folder.GetName(), ProductData::ModelTypeUsbProductId, NV_TEXT("0x10"));
-    ProductData unknown(nullptr, folder.GetName(), ProductData::ModelTypeName, NV_TEXT("Other"));
+    ProductData unknown = folder.Read("Other");
     const CXString cache = data.GenerateDmCacheFileName();
     EXPECT_EQ(ViewOf(cache).rfind(ViewOf(folder.GetName()), 0), 0u) << Narrow(cache);
     EXPECT_EQ(cache, same.GenerateDmCacheFileName());
@@ -85,7 +84,7 @@ TEST(ProductData, KnowsItsFolderByAnyNameAndAtAnyDepth) {
 
 TEST(ProductData, ReadsCodesAndNumbersOfAnyText) {
     const ProductFolder folder;
-    struct Case {
+    const struct {
         const char* languages;
         const char* number;
         const char* code;
@@ -93,8 +92,7 @@ TEST(ProductData, ReadsCodesAndNumbersOfAnyText) {
         int speed;
         double version;
         LONG family;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"PSCRIPT", "12ppm", "M", 0x200, 12, 12, 1},
         {"pcl5PScript", " 7.9", "E", 0x280, 7, 7.9, 2},
         {"xps/xraster", "-3", "G", 0x500, -3, -3, 4},
@@ -102,11 +100,11 @@ TEST(ProductData, ReadsCodesAndNumbersOfAnyText) {
         {"none", "inf", "MM", 0, 0, 0, 0},
         {"p-cl5", "x", "d", 0, 0, 0, 0},
     };
-    for (const Case& each : cases) {
+    for (const auto& each : cases) {
         folder.Write("a.map", std::string("Model:A\nPRINTERLANG:") + each.languages +
                                   "\nRATEDSPEED:" + each.number + "\nPLATFORMVERSION:" + each.number +
                                   "\nCONTROLLERFAMILY:" + each.code + "\n");
-        ProductData data(nullptr, folder.GetName(), ProductData::ModelTypeName, NV_TEXT("A"));
+        ProductData data = folder.Read("A");
         EXPECT_EQ(data.GetSupportedPDLS(), each.supported) << each.languages;
         EXPECT_EQ(data.GetRatedSpeed(), each.speed) << each.number;
         EXPECT_EQ(data.GetPlatformVersion(), each.version) << each.number;
@@ -119,7 +117,7 @@ TEST(ProductData, KnowsNothingOfWhatIsMissing) {
     const ProductFolder folder;
     ProductData none;
     EXPECT_FALSE(none.IsInitialized() || none.IsValidated());
-    ProductData unknown(nullptr, folder.GetName(), ProductData::ModelTypeName, NV_TEXT("Nobody's model"));
+    ProductData unknown = folder.Read("Nobody's model");
     ProductData withoutFolder(nullptr, {}, ProductData::ModelTypeUsbProductId, NV_TEXT("nobody's id"));
     for (ProductData* data : {&none, &unknown, &withoutFolder}) {
         EXPECT_FALSE(data->IsValidated());
@@ -180,26 +178,26 @@ TEST(ProductData, ResolvesPathsInsideItsFolderOnly) {
                  "Model:A\nFAMPATH:family\nIN:in-family\nOUT:not-in-family\nDEEP:.\\x/y\\\\z\n"
                  "UP:a/../../b\nDOTS:a/.. /b\nROOT:/etc/passwd\nDRIVE:c:\\x\nSHARE:\\\\host\\x\nSTREAM:x:y\n"
                  "HERE:./\nSLASH:.//x\nSPACED: x\nCONSOLE:x/Con.txt\n");
-    ProductData data(nullptr, folder.GetName(), ProductData::ModelTypeName, NV_TEXT("A"));
-    const std::pair<const WChar*, const char*> cases[] = {
-        {NV_TEXT("IN"), "/family/in-family"},
-        {NV_TEXT("OUT"), "/not-in-family"},
-        {NV_TEXT("FAMPATH"), "/family"},
-        {NV_TEXT("SPACED"), "/ x"},
-        {NV_TEXT("DEEP"), "/x/y/z"},
-        {NV_TEXT("UP"), "-"},
-        {NV_TEXT("DOTS"), "-"},
-        {NV_TEXT("ROOT"), "-"},
-        {NV_TEXT("DRIVE"), "-"},
-        {NV_TEXT("SHARE"), "-"},
-        {NV_TEXT("STREAM"), "-"},
-        {NV_TEXT("HERE"), "-"},
-        {NV_TEXT("SLASH"), "-"},
-        {NV_TEXT("CONSOLE"), "-"},
-        {NV_TEXT("NONE"), "-"},
+    ProductData data = folder.Read("A");
+    const std::pair<const char*, const char*> cases[] = {
+        {"IN", "/family/in-family"},
+        {"OUT", "/not-in-family"},
+        {"FAMPATH", "/family"},
+        {"SPACED", "/ x"},
+        {"DEEP", "/x/y/z"},
+        {"UP", "-"},
+        {"DOTS", "-"},
+        {"ROOT", "-"},
+        {"DRIVE", "-"},
+        {"SHARE", "-"},
+        {"STREAM", "-"},
+        {"HERE", "-"},
+        {"SLASH", "-"},
+        {"CONSOLE", "-"},
+        {"NONE", "-"},
     };
     for (const auto& [key, path] : cases)
-        EXPECT_EQ(Path(data, folder, key), path) << Narrow(key);
+        EXPECT_EQ(Path(data, folder, CXString(key)), path) << key;
     CXString out;
     EXPECT_TRUE(data.GetMapFilePathFromRegistry(NV_TEXT("IN"), out, false));
     EXPECT_EQ(Narrow(out), "in-family");
@@ -227,34 +225,33 @@ TEST(ProductData, FindsTheFirstCommandThatSuits) {
     const ProductFolder folder;
     folder.Write("a.map", officePrinter);
     folder.Write("family/office.pdl", commands);
-    ProductData data(nullptr, folder.GetName(), ProductData::ModelTypeName, NV_TEXT("Office 10"));
+    ProductData data = folder.Read("Office 10");
     LONG context[] = {100, 200, 300, 400};
-    struct Case {
-        const WChar* feature;
-        const WChar* option;
+    const struct {
+        const char* feature;
+        const char* option;
         int type;
-        const WChar* qualifier;
+        const char* qualifier;
         const char* bytes;
+    } cases[] = {
+        {"Paper", "A4", 1, "Tray 2", "74 72 61 79 1B 32"},
+        {"Paper", "A4", 1, "Tray 3", "61 6E 79"},
+        {"Paper", "A4", 1, "tray 2", "61 6E 79"},
+        {"Paper", "A4", 1, "", "61 6E 79"},
+        {"Paper", "A4", 2, "x", "64 00 C8 00"},
+        {"Paper", "A4", 3, "", "70 73"},
+        {"Paper", "", 0, "", "6F 77 6E"},
+        {"Paper", "a4", 5, "", "35"},
+        {"Paper", "A4", 0, "", "none"},
+        {"paper", "A4", 1, "", "none"},
+        {"Lost", "", 0, "", "none"},
     };
-    const Case cases[] = {
-        {NV_TEXT("Paper"), NV_TEXT("A4"), 1, NV_TEXT("Tray 2"), "74 72 61 79 1B 32"},
-        {NV_TEXT("Paper"), NV_TEXT("A4"), 1, NV_TEXT("Tray 3"), "61 6E 79"},
-        {NV_TEXT("Paper"), NV_TEXT("A4"), 1, NV_TEXT("tray 2"), "61 6E 79"},
-        {NV_TEXT("Paper"), NV_TEXT("A4"), 1, NV_TEXT(""), "61 6E 79"},
-        {NV_TEXT("Paper"), NV_TEXT("A4"), 2, NV_TEXT("x"), "64 00 C8 00"},
-        {NV_TEXT("Paper"), NV_TEXT("A4"), 3, NV_TEXT(""), "70 73"},
-        {NV_TEXT("Paper"), NV_TEXT(""), 0, NV_TEXT(""), "6F 77 6E"},
-        {NV_TEXT("Paper"), NV_TEXT("a4"), 5, NV_TEXT(""), "35"},
-        {NV_TEXT("Paper"), NV_TEXT("A4"), 0, NV_TEXT(""), "none"},
-        {NV_TEXT("paper"), NV_TEXT("A4"), 1, NV_TEXT(""), "none"},
-        {NV_TEXT("Lost"), NV_TEXT(""), 0, NV_TEXT(""), "none"},
-    };
-    for (const Case& each : cases) {
+    for (const auto& each : cases) {
         ByteBuffer out{0x77};
-        const bool isFound =
-            data.GetPDLCommand(each.feature, each.option, static_cast<ProductData::PdlType>(each.type), out,
-                               context, each.qualifier);
-        EXPECT_EQ(isFound ? Hex(out) : "none", each.bytes) << Narrow(each.option) << Narrow(each.qualifier);
+        const bool isFound = data.GetPDLCommand(CXString(each.feature), CXString(each.option),
+                                                static_cast<ProductData::PdlType>(each.type), out, context,
+                                                CXString(each.qualifier));
+        EXPECT_EQ(isFound ? Hex(out) : "none", each.bytes) << each.option << each.qualifier;
         EXPECT_TRUE(isFound || out == ByteBuffer{0x77}) << "kept when there is no command";
     }
 
@@ -284,13 +281,12 @@ TEST(ProductData, TakesCommandFilesApart) {
         lines += '[' + Narrow(line) + ']';
     EXPECT_EQ(lines, "[a][][b]");
 
-    const std::pair<const WChar*, int> types[] = {
-        {NV_TEXT("PCL"), 0},  {NV_TEXT("pjl"), 0}, {NV_TEXT("Pcl5"), 1},
-        {NV_TEXT("PCL6"), 2}, {NV_TEXT("ps"), 3},  {NV_TEXT("XPS"), 5},
-        {NV_TEXT(""), 5},     {NV_TEXT(" PS"), 5}, {NV_TEXT("PCL5e"), 5},
+    const std::pair<const char*, int> types[] = {
+        {"PCL", 0}, {"pjl", 0}, {"Pcl5", 1}, {"PCL6", 2},  {"ps", 3},
+        {"XPS", 5}, {"", 5},    {" PS", 5},  {"PCL5e", 5},
     };
     for (const auto& [name, type] : types)
-        EXPECT_EQ(ProductData::GetPDLType(name), type) << Narrow(name);
+        EXPECT_EQ(ProductData::GetPDLType(CXString(name)), type) << name;
 }
 
 std::string Stored(const TestPrinter& printer, const WChar* name) {
@@ -302,7 +298,7 @@ TEST(ProductDataOfAPrinter, IsKeptInItsDriverData) {
     Printer printer(test.GetName());
     const ProductFolder folder;
     folder.Write("a.map", "Model:A\nX:1\nUSB_PRODUCT_ID:id-a\nModel:B\nX:2\n");
-    ProductData data(printer.GetHandle(), folder.GetName(), ProductData::ModelTypeName, NV_TEXT("B"));
+    ProductData data = folder.Read("B", printer.GetHandle());
     EXPECT_EQ(data.GetAssociatedPrinterHandle(), printer.GetHandle());
     EXPECT_EQ(Hex(test.ReadDirectly(NV_TEXT("PDMap-B"))), "58 00 3D 00 32 00 3B 00 00 00");
     EXPECT_EQ(Hex(test.ReadDirectly(NV_TEXT("xUPDCurrentModel"))), "42 00 00 00");
@@ -314,14 +310,10 @@ TEST(ProductDataOfAPrinter, IsKeptInItsDriverData) {
     EXPECT_TRUE(other.IsValidated());
 
     // What others have stored meanwhile counts from the next refresh on.
-    printer.SetPrinterDataExW(
-        Printer::driverDataKey, NV_TEXT("PDMap-A"), Printer::typeString,
-        ByteBuffer(CXString(NV_TEXT("USB_PRODUCT_ID=id-2;RATEDSPEED=9;"))).appendNullChar());
-    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-AB"), Printer::typeString,
-                              ByteBuffer(CXString(NV_TEXT("USB_PRODUCT_ID=id-2;"))).appendNullChar());
+    StoreText(printer, NV_TEXT("PDMap-A"), NV_TEXT("USB_PRODUCT_ID=id-2;RATEDSPEED=9;"));
+    StoreText(printer, NV_TEXT("PDMap-AB"), NV_TEXT("USB_PRODUCT_ID=id-2;"));
     printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-D"), Printer::typeBinary, {1, 2, 3});
-    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-ALL_MODELS"), Printer::typeString,
-                              ByteBuffer(CXString(NV_TEXT("FAMILYNAME=all;"))).appendNullChar());
+    StoreText(printer, NV_TEXT("PDMap-ALL_MODELS"), NV_TEXT("FAMILYNAME=all;"));
     EXPECT_TRUE(data.ValidateUsbProductId(NV_TEXT("id-2")));
     EXPECT_EQ(Narrow(data.GetModelName()), "A");
     EXPECT_EQ(data.GetRatedSpeed(), 9);
@@ -343,11 +335,10 @@ TEST(ProductDataOfAPrinter, KeepsItsFilesAndTheirOrderWhenItIsRefreshed) {
     const ProductFolder other;
     folder.Write("a.map", "Model:A\nModel:B\nUSB_PRODUCT_ID:same\n");
     other.Write("z.map", "Model:Z\nUSB_PRODUCT_ID:id\n");
-    ProductData data(printer.GetHandle(), folder.GetName(), ProductData::ModelTypeName, NV_TEXT("A"));
+    ProductData data = folder.Read("A", printer.GetHandle());
     for (const char* const stored : {"USB_PRODUCT_ID=first;", "USB_PRODUCT_ID=id;"}) {
         for (const WChar* const model : {NV_TEXT("PDMap-B"), NV_TEXT("PDMap-Only")})
-            printer.SetPrinterDataExW(Printer::driverDataKey, model, Printer::typeString,
-                                      ByteBuffer(CXString(stored)).appendNullChar());
+            StoreText(printer, model, CXString(stored));
         data.UpdateCachedMapData();
     }
     EXPECT_EQ(data.GetModels().size(), 2u);
@@ -386,10 +377,10 @@ TEST(ProductData, SurvivesFilesThatAreNone) {
     for (int i = 0; i < 200000; ++i)
         open += "<FeatureSet><FeatureItem><PDLSet><Instruction>";
     folder.Write("open.pdl", open);
-    std::filesystem::create_directories((folder.GetPath() + "/folder.map"));
-    std::ofstream((folder.GetPath() + "/huge.map")) << "Model:Huge\n";
-    std::filesystem::resize_file(folder.GetPath() + "/huge.map", std::uintmax_t{1} << 30);
-    ProductData data(nullptr, folder.GetName(), ProductData::ModelTypeName, NV_TEXT("A"));
+    std::filesystem::create_directories(folder.PathOf("folder.map"));
+    folder.Write("huge.map", "Model:Huge\n");
+    std::filesystem::resize_file(folder.PathOf("huge.map"), std::uintmax_t{1} << 30);
+    ProductData data = folder.Read("A");
     EXPECT_TRUE(data.IsValidated());
     CXString model = NV_TEXT("Huge");
     EXPECT_FALSE(data.ValidateModelInfo(model, false));
@@ -401,7 +392,7 @@ TEST(ProductData, ServesManyThreads) {
     const ProductFolder folder;
     folder.Write("a.map", officePrinter);
     folder.Write("family/office.pdl", commands);
-    ProductData data(nullptr, folder.GetName(), ProductData::ModelTypeName, NV_TEXT("Office 10"));
+    ProductData data = folder.Read("Office 10");
     std::vector<std::thread> threads;
     std::atomic<int> failures = 0;
     for (int t = 0; t < 4; ++t) {

@@ -12,6 +12,7 @@
 #include "support/cabinetbuilder.h"
 #include "support/narrow.h"
 #include "support/platform/testprinter.h"
+#include "support/throws.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 
 namespace {
@@ -72,18 +73,18 @@ TEST(ProductCabinets, EndAtTheFirstThatIsRefused) {
     folder.Write("a.cab", StoredFile("a", "1"));
     folder.Write("b.cab", StoredFile("..\\b", "2"));
     folder.Write("c.cab", StoredFile("c", "3"));
-    try {
-        ProductData::UnpackCabFilesInAllDirectoriesRecursively(folder.GetName());
-        ADD_FAILURE() << "nothing was thrown";
-    } catch (const ExceptionCompression& exception) {
-        EXPECT_NE(Narrow(exception.GetExceptionMesage()).find("b.cab: the name ..\\b"), std::string::npos);
-    }
+    const auto unpack = [](const ProductFolder& each) {
+        return [&each] { ProductData::UnpackCabFilesInAllDirectoriesRecursively(each.GetName()); };
+    };
+    EXPECT_NE(MessageOf<ExceptionCompression>(unpack(folder)).find("b.cab: the name ..\\b"),
+              std::string::npos);
     EXPECT_EQ(List(folder), (Names{"a", "a.cab", "b.cab", "c.cab"}));
     const ProductFolder replaced;
     replaced.Write("a.cab", StoredFile("sub\\B.cab", "4"));
     replaced.Write("sub/B.cab", StoredFile("b", "5"));
-    EXPECT_THROW(ProductData::UnpackCabFilesInAllDirectoriesRecursively(replaced.GetName()),
-                 ExceptionFileOperationCompression);
+    const std::string message = MessageOf<ExceptionFileOperationCompression>(unpack(replaced));
+    EXPECT_NE(message.find("a.cab: sub"), std::string::npos) << message;
+    EXPECT_NE(message.find("would replace the cabinet"), std::string::npos) << message;
     EXPECT_EQ(List(replaced), (Names{"a.cab", "sub/B.cab"}));
     EXPECT_THROW(ProductData::UnpackCabFilesInAllDirectoriesRecursively(folder.NameOf("none")),
                  ExceptionOperatingSystemFailure);
@@ -125,7 +126,7 @@ TEST(ProductDataMaintenance, DeletesFoldersThatNoPrinterUses) {
               orphans);
     EXPECT_EQ(List(folder), (Names{"Product Data/file/a.map", "Product Data/holds/used/a.map",
                                    "Product Data/readme.txt", "Product Data/used/a.map", "other/a.map"}));
-    EXPECT_FALSE(fs::exists(folder.GetPath() + "/Product Data/orphan"));
+    EXPECT_FALSE(fs::exists(folder.PathOf("Product Data/orphan")));
     EXPECT_TRUE(ProductData::DeleteOrphanedProductDataFolders(folder.NameOf("other"), false).empty());
 }
 
@@ -135,10 +136,11 @@ TEST(ProductDataMaintenance, DeletesNoFolderWhileAPrinterDoesNotTellItsOwn) {
     const TestPrinter printer;
     Printer(printer.GetName())
         .SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-A"), Printer::typeString, ByteBuffer(2, 0));
-    EXPECT_THROW(ProductData::DeleteOrphanedProductDataFolders(folder.GetName(), true),
-                 ExceptionPrinterFailure);
-    EXPECT_THROW(ProductData::DeleteOrphanedProductDataFolders(folder.GetName(), false),
-                 ExceptionPrinterFailure);
+    for (const bool isDryRun : {true, false})
+        EXPECT_EQ(
+            MessageOf<ExceptionPrinterFailure>(
+                [&] { ProductData::DeleteOrphanedProductDataFolders(folder.GetName(), isDryRun); }),
+            Narrow(printer.GetName()) + ": the printer does not tell which product data folder it uses");
     EXPECT_EQ(List(folder), Names{"Product Data/a/a.map"});
 }
 

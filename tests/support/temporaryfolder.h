@@ -36,11 +36,9 @@ public:
 
     const std::filesystem::path& GetPath() const { return m_path; }
     std::filesystem::path operator/(const std::filesystem::path& name) const { return m_path / name; }
-    /// The path of a file in UTF-8.
-    std::string NameOf(const std::filesystem::path& name) const {
-        const std::u8string path = (m_path / name).u8string();
-        return {path.begin(), path.end()};
-    }
+    /// Its path and that of a file, in UTF-8.
+    std::string GetName() const { return InUtf8(m_path); }
+    std::string NameOf(const std::filesystem::path& name) const { return InUtf8(m_path / name); }
 
     /// Adds a file, and the folders above it.
     std::filesystem::path Write(const std::filesystem::path& name, std::string_view content) const {
@@ -57,5 +55,10 @@ public:
     }
 
 private:
+    static std::string InUtf8(const std::filesystem::path& path) {
+        const std::u8string text = path.u8string();
+        return {text.begin(), text.end()};
+    }
+
     std::filesystem::path m_path;
 };

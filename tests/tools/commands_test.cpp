@@ -1,414 +1,291 @@
 // Tests of the commands: what they print, what they write and how they end.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "nvutil/attributenames.h"
+#include "nvutil/jsontext.h"
 #include "nvutil/progress.h"
+#include "nvutil/text.h"
 #include "support/bytes.h"
-#include "support/temporaryfolder.h"
 #include "tools/toolruns.h"
-#include "utilities/attributebytes/attributebytes.h"
-#include "utilities/attributebytes/persistentattributes.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-class Commands : public testing::Test {
-protected:
-    /// The name of a file in the test's folder, in UTF-8.
-    std::string In(std::u8string_view name) const { return m_folder.NameOf(name); }
-    static fs::path PathOf(const std::string& name) { return {std::u8string(name.begin(), name.end())}; }
-    static void WriteFile(const std::string& name, const std::string& content) {
-        WriteWholeFile(PathOf(name), content);
-    }
-    static std::string ReadFile(const std::string& name) { return ReadWholeFile(PathOf(name)); }
-
-    TemporaryFolder m_folder;
+// Lines are parted as in Words, and a "*" stands in front of a part of what is printed.
+const struct {
+    const char* line;
+    std::string input;
+    int status;
+    const char* out;
+    const char* error;
+} runs[] = {
+    // Usage
+    {"", "", 2, "", "*\n"},
+    {"state", "", 2, "", "*\n"},
+    {"status", "", 2, "", "*\n"},
+    {"state show", "", 2, "", "*\n"},
+    {"state show --json --bytes x", "", 2, "", "*excludes"},
+    {"state show --jsn x", "", 2, "", "*--jsn"},
+    {"state verify", "", 2, "", "*required"},
+    {"state diff a", "", 2, "", "*required"},
+    {"buffer pack a b", "", 2, "", "*not expected"},
+    {"exceptions x", "", 2, "", "*not expected"},
+    {"settings list --printer \xFF", "", 2, "", "nvutil: argument 4 is not valid UTF-8\n"},
+    {"settings list --printer \xED\xA0\x80", "", 2, "", "*not valid UTF-8"},
+    {"--help", "", 0, "*Exit status: 0 success", ""},
+    {"state build -h", "", 0, "*IN.json", ""},
+    // Refusals in full, and the list of their classes
+    {"state show - --verbose", "short", 1, "",
+     "*nvutil: 031:000:0527 ExceptionMissingOrBadPersistentAttributesFormat: standard input: missing or bad "
+     "persistent attributes format\nObject of class "},
+    {"--verbose state show -", "short", 1, "", "*\nObject of class "},
+    {"exceptions", "", 0, "*001:000  ExceptionRegistryRequest\n", ""},
+    {"exceptions", "", 0, "*\n071:000  NorvaComException\n072:000  ExceptionOutOfMemory\n", ""},
+    // Lengths
+    {"convert 8.5 inches mm", "", 0, "215.9 mm\n", ""},
+    {"convert 1 in 1000ths-mm", "", 0, "25400 1000ths-mm\n", ""},
+    {"convert -72 pt inch", "", 0, "-1 in\n", ""},
+    {"convert -.5 in mm", "", 0, "-12.7 mm\n", ""},
+    {"convert 1 pt mm", "", 0, "0.352778 mm\n", ""},
+    {"convert 1 pt mm --decimals 2", "", 0, "0.35 mm\n", ""},
+    {"convert 1 um um", "", 0, "1 1000ths-mm\n", ""},
+    {"convert .5 10000ths-in 100ths-pt", "", 0, "0.36 100ths-pt\n", ""},
+    {"convert 1e308 in 1000ths-mm", "", 2, "", "*is too long"},
+    {"convert 8,5 in mm", "", 2, "", "*is not a number"},
+    {"convert nan in mm", "", 2, "", "*is not a number"},
+    {"convert 1 ft mm", "", 2, "", "*is no unit"},
+    {"convert 1 in", "", 2, "", "*required"},
+    // Integrity values
+    {"crc -", "", 0, "00000000  -\n", ""},
+    {"hash -", "", 0, "00000000  -\n", ""},
+    {"hash -", "123456789", 0, "CD8C97CF  -\n", ""},
+    {"hash --16 -", "123456789", 0, "655B  -\n", ""},
+    {"checksum -", "\x01\x02", 0, "FDFC  -\n", ""},
+    {"checksum -", "\x01", 0, "FFFD  -\n", ""},
+    // Obscured text, which comes back by the same command
+    {"obscure Ab", "", 0, "\"\u5541\u6640\"\n", ""},
+    {"obscure --quoted '\"\\u5541\u6640\"'", "", 0, "\"Ab\"\n", ""},
+    {"obscure --quoted Ab", "", 1, "", "*ExceptionInvalidArgument: the text is no JSON string literal"},
+    {"obscure --quoted '\"Ab'", "", 1, "", "*is no JSON string literal"},
+    {"obscure --quoted 12", "", 1, "", "*is no JSON string literal"},
+    {"obscure --quoted '[\"Ab\"]'", "", 1, "", "*is no JSON string literal"},
+    {"obscure --quoted ''", "", 1, "", "*is no JSON string literal"},
+    // Base64
+    {"base64 encode -", {"\0\xFF\r\n\x80", 5}, 0, "AP8NCoA=", ""},
+    {"base64 encode - --no-padding", {"\0\xFF\r\n\x80", 5}, 0, "AP8NCoA", ""},
+    {"base64 decode - --hex", " AP8N\r\nCoA=\r\n", 0, "00FF0D0A80\n", ""},
+    {"base64 decode -", "QWI", 0, "Ab", ""},
+    {"base64 encode -", std::string(58, '\0'), 0, "*AAAAAA\r\nAA==", ""},
+    {"base64 encode - --no-line-breaks", std::string(58, '\0'), 0, "*AAAAAAAA==", ""},
+    {"base64 encode -", "", 0, "", ""},
+    {"base64 decode -", "", 0, "", ""},
+    // Printer-language commands
+    {"amp -1&esc;&OriginXY; --context=7,8,9,10 --hex", "", 0, "2D311B07000800\n", ""},
+    {"amp \u00E4\u20AC", "", 0, "\xE4\x80", ""},
+    {"amp x --context 1,2,3", "", 2, "", "*is four numbers"},
+    {"amp x --context 1,2,3,4,", "", 2, "", "*is four numbers and no more"},
+    {"amp x --context 1,2,3,2147483648", "", 2, "", "*is four 32-bit numbers"},
+    {"amp x --context 1;2;3;4", "", 2, "", "*is four numbers"},
+    // A buffer of nothing
+    {"buffer pack --hex -", "", 0, "02FFFFFFFF00000000434F4D35\n", ""},
+    // XML
+    {"xml", "", 2, "", "*required"},
+    {"xml show 'no such file.xml'", "", 1, "", "*ExceptionCreateFileForReading: no such file.xml: "},
+    {"xml validate -", "", 1, "", "*PARSE_RESULTED_IN_EMPTY_DOM_DOCUMENT"},
+    {"xml show -", "<a>\xFF</a>", 1, "", "*line 1 and column 4 (3 from start of file)"},
+    {"xml show -", "<ticket job=\"17\">\n  <copies>2</copies>\n  <duplex/>\n</ticket>\n", 0,
+     "<ticket job=\"17\">\n  <copies>\n    \"2\"\n  <duplex>\n", ""},
+    {"xml show -", "<help>Press <key>OK</key>, then <key>Stop</key>.</help>", 0,
+     "<help>\n  \"Press \"\n  <key>\n    \"OK\"\n  \", then \"\n  <key>\n    \"Stop\"\n  \".\"\n", ""},
+    {"xml show -", "<!-- 1 --><r><!-- 2 --><?driver reset now?><![CDATA[a < b]]></r><!-- 3 -->", 0,
+     "<r>\n  #comment \" 2 \"\n  driver \"reset now\"\n  #cdata-section \"a < b\"\n", ""},
+    {"xml show -",
+     "<!DOCTYPE l [\n<!ENTITY v \"A &amp; B\">\n]>\n<l by=\"&v;\" x:y='' xmlns:x='u'>&v; Inc.</l>", 0,
+     "<l by=\"A & B\" x:y=\"\" xmlns:x=\"u\">\n  v\n  \" Inc.\"\n", ""},
+    {"xml show -", "<t xml:space=\"preserve\" a=\"&quot;&lt;&#9;&#10;\">\n <l>&gt;&apos;\"\t</l>\n</t>", 0,
+     "<t xml:space=\"preserve\" a=\"\\\"<\\t\\n\">\n  \"\\n \"\n  <l>\n    \">'\\\"\\t\"\n  \"\\n\"\n", ""},
+    {"xml show -", "<?xml version=\"1.0\" encoding=\"windows-1252\"?><preis w\xE4hrung=\"\x80\">5</preis>", 0,
+     "<preis währung=\"€\">\n  \"5\"\n", ""},
 };
 
-TEST_F(Commands, FilesHaveNamesOfAnyLanguage) {
-    const std::string input = In(u8"Einstellungen für 東京.json");
-    const std::string output = In(u8"настройки 😀.state");
-    WriteFile(input, SmallDocument());
-    EXPECT_EQ(Nvutil({"state", "build", input, "-o", output}).error, "");
-    EXPECT_EQ(ReadFile(output), Build(SmallDocument()));
-    EXPECT_EQ(Nvutil({"state", "verify", output}).status, 0);
-    EXPECT_EQ(m_folder.CountEntries(), 2);  // no temporary file is left
+TEST(Commands, PrintAndEndAsTheyShould) {
+    for (const auto& run : runs) {
+        SCOPED_TRACE(run.line);
+        ExpectResult(RunLine(run.line, run.input), run.status, run.out, run.error);
+    }
+    for (const std::string text : {"-5", "-.5", "a text of more than sixteen characters \"1\""}) {
+        std::string literal = Nvutil({"obscure", text}).out;
+        literal.pop_back();  // the line's end
+        EXPECT_EQ(Nvutil({"obscure", "--quoted", literal}).out, QuotedText(text) + '\n');
+    }
 }
 
-TEST_F(Commands, AnOutputIsReplacedWholeOrLeftAlone) {
-    const std::string output = In(u8"out");
-    WriteFile(output, "what was there before, and longer than what follows");
-    EXPECT_EQ(Nvutil({"buffer", "unpack", "-", "-o", output}, "damaged").status, 1);
-    EXPECT_EQ(Nvutil({"state", "build", "-", "-o", output}, "{}").status, 1);
-    EXPECT_EQ(ReadFile(output), "what was there before, and longer than what follows");
-    const std::string packed = Nvutil({"buffer", "pack", "-"}, "data").out;
-    EXPECT_EQ(Nvutil({"buffer", "unpack", "-", "-o", output}, packed).status, 0);
-    EXPECT_EQ(ReadFile(output), "data");
-    EXPECT_EQ(m_folder.CountEntries(), 1);
+TEST(Commands, FilesHaveNamesOfAnyLanguage) {
+    const ToolFolder folder;
+    const std::string input = folder.Write("Einstellungen für 東京.json", SmallDocument());
+    EXPECT_EQ(Nvutil({"state", "build", input, "-o", folder / "настройки 😀.state"}).error, "");
+    EXPECT_EQ(folder.Read("настройки 😀.state"), Build(SmallDocument()));
+    EXPECT_EQ(folder.Count(), 2) << "no temporary file is left";
 }
 
-TEST_F(Commands, FilesThatCannotBeUsedAreRefusedByTheirClass) {
-    const std::string state = In(u8"a.state");
-    WriteFile(state, Build(SmallDocument()));
-    const ToolResult missing = Nvutil({"state", "show", In(u8"missing")});
-    EXPECT_EQ(missing.status, 1);
-    EXPECT_NE(missing.error.find(" ExceptionCreateFileForReading: "), std::string::npos) << missing.error;
-    const ToolResult nowhere = Nvutil({"buffer", "pack", state, "-o", In(u8"no/such/folder")});
-    EXPECT_EQ(nowhere.status, 1);
-    EXPECT_NE(nowhere.error.find(" ExceptionCreateFileForWriting: "), std::string::npos) << nowhere.error;
-    EXPECT_EQ(Nvutil({"state", "show", In(u8".")}).status, 1);
-    EXPECT_EQ(Nvutil({"buffer", "pack", state, "-o", In(u8".")}).status, 1);
-}
+TEST(Commands, AnOutputIsReplacedWholeOrLeftAlone) {
+    const ToolFolder folder;
+    const std::string former = "what was there before, and longer than what follows";
+    const std::string output = folder.Write("out", former);
+    EXPECT_EQ(RunLine("buffer unpack - -o " + output, "damaged").status, 1);
+    EXPECT_EQ(RunLine("state build - -o " + output, "{}").status, 1);
+    EXPECT_EQ(folder.Read("out"), former);
+    EXPECT_EQ(RunLine("buffer unpack - -o " + output, RunLine("buffer pack -", "data").out).status, 0);
+    EXPECT_EQ(folder.Read("out"), "data");
+    EXPECT_EQ(folder.Count(), 1);
 
-TEST_F(Commands, OutputThatCannotBePrintedIsAFailure) {
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"exceptions"}, {"buffer", "pack", "-"}, {"convert", "1", "in", "mm"}}) {
+    ExpectRefused(RunLine("state show " + folder / "missing"), " ExceptionCreateFileForReading: ");
+    ExpectRefused(RunLine("buffer pack - -o " + folder / "no/such/folder"),
+                  " ExceptionCreateFileForWriting: ");
+    ExpectRefused(RunLine("state show " + folder.GetPath()), "cannot be ");
+    ExpectRefused(RunLine("buffer pack - -o " + folder.GetPath()), "cannot be ");
+    for (const char* const line : {"exceptions", "buffer pack -", "convert 1 in mm"}) {
         std::istringstream in;
         std::ostringstream error;
         std::ostream full(nullptr);
-        EXPECT_EQ(RunTool(arguments, in, full, error), 1) << arguments[0];
-        EXPECT_NE(error.str().find(" ExceptionWriteFile: standard output: "), std::string::npos)
-            << error.str();
+        EXPECT_EQ(RunTool(Words(line), in, full, error), 1) << line;
+        EXPECT_TRUE(Fits(error.str(), "* ExceptionWriteFile: standard output: ")) << error.str();
     }
 }
 
-TEST_F(Commands, IntegrityValuesOfEveryFileThatCanBeRead) {
-    const std::string digits = In(u8"digits");
-    const std::string large = In(u8"large");
-    WriteFile(digits, "123456789");
-    WriteFile(large, std::string(300000, 'x'));  // more than one piece
-    const ToolResult crcs = Nvutil({"crc", digits, In(u8"missing"), large});
-    EXPECT_EQ(crcs.status, 1);
-    EXPECT_EQ(crcs.out, "CBF43926  " + digits + "\nB3C82ACD  " + large + '\n');
-    EXPECT_NE(crcs.error.find(" ExceptionCreateFileForReading: "), std::string::npos) << crcs.error;
-    const struct {
-        std::vector<std::string> arguments;
-        const char* input;
-        const char* printed;
-    } cases[] = {
-        {{"crc", "-"}, "", "00000000  -\n"},           {{"hash", "-"}, "", "00000000  -\n"},
-        {{"hash", "-"}, "123456789", "CD8C97CF  -\n"}, {{"hash", "--16", "-"}, "123456789", "655B  -\n"},
-        {{"checksum", "-"}, "\x01\x02", "FDFC  -\n"},  {{"checksum", "-"}, "\x01", "FFFD  -\n"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(Nvutil(c.arguments, c.input).out, c.printed) << c.arguments[0] << ' ' << c.input;
+TEST(Commands, FilesAreReadWhileOthersAreMissing) {
+    const ToolFolder folder;
+    const std::string digits = folder.Write("digits", "123456789");
+    const std::string large = folder.Write("large", std::string(300000, 'x'));  // more than one piece
+    ExpectResult(Nvutil({"crc", digits, folder / "missing", large}), 1,
+                 "CBF43926  " + digits + "\nB3C82ACD  " + large + '\n', "* ExceptionCreateFileForReading: ");
+    const std::string doctype = "<!DOCTYPE ticket SYSTEM \"ticket.dtd\">\n";
+    folder.Write("ticket.dtd", "<!ELEMENT ticket (copies)><!ELEMENT copies (#PCDATA)>");
+    const std::string good = folder.Write("good.xml", doctype + "<ticket><copies>1</copies></ticket>");
+    const std::string bad = folder.Write("bad.xml", doctype + "<ticket><pages/></ticket>");
+    EXPECT_EQ(RunLine("xml validate " + good).out, "ok       " + good + "\n");
+    EXPECT_EQ(RunLine("xml show " + bad).out, "<ticket>\n  <pages>\n");
+    ExpectRefused(RunLine("xml validate " + bad), "ERROR_REPORTED_DURING_PARSE\nMSXML Parse Error in '");
 }
 
-TEST_F(Commands, SealedFilesComeBackWholeOrNotAtAll) {
-    const std::string sealed = In(u8"sealed");
-    const std::string plain = In(u8"plain");
+TEST(Commands, SealedFilesComeBackWholeOrNotAtAll) {
+    const ToolFolder folder;
     const std::string secret("se\0cret\r\n", 9);
-    EXPECT_EQ(Nvutil({"seal", "-", "-o", sealed}, secret).error, "");
-    EXPECT_EQ(ReadFile(sealed).find("cret"), std::string::npos);
-    EXPECT_EQ(Nvutil({"unseal", sealed}).out, secret);
-    EXPECT_EQ(Nvutil({"unseal", "-", "--hex"}, ReadFile(sealed)).out, "736500637265740D0A\n");
-    WriteFile(plain, "kept");
-    const ToolResult cut = Nvutil({"unseal", "-", "-o", plain}, ReadFile(sealed).substr(1));
-    EXPECT_EQ(cut.status, 1);
-    EXPECT_EQ(cut.error.find("nvutil: 054:000:"), 0u) << cut.error;
-    EXPECT_NE(cut.error.find(" ExceptionDataEncrypterFailure: "), std::string::npos) << cut.error;
-    EXPECT_EQ(ReadFile(plain), "kept");
+    EXPECT_EQ(RunLine("seal - -o " + folder / "sealed", secret).error, "");
+    const std::string sealed = folder.Read("sealed");
+    EXPECT_EQ(sealed.find("cret"), std::string::npos);
+    EXPECT_EQ(RunLine("unseal " + folder / "sealed").out, secret);
+    EXPECT_EQ(RunLine("unseal - --hex", sealed).out, "736500637265740D0A\n");
+    const std::string kept = folder.Write("plain", "kept");
+    const ToolResult cut = RunLine("unseal - -o " + kept, sealed.substr(1));
+    ExpectRefused(cut, " ExceptionDataEncrypterFailure: ");
+    EXPECT_TRUE(cut.error.starts_with("nvutil: 054:000:")) << cut.error;
+    EXPECT_EQ(folder.Read("plain"), "kept");
 }
 
-TEST_F(Commands, ObscuredTextCanBeGivenBack) {
-    EXPECT_EQ(Nvutil({"obscure", "Ab"}).out, "\"\u5541\u6640\"\n");
-    EXPECT_EQ(Nvutil({"obscure", "--quoted", "\"\\u5541\u6640\""}).out, "\"Ab\"\n");
-    for (const std::string text : {"-5", "-.5"}) {
-        std::string obscured = Nvutil({"obscure", text}).out;
-        obscured.pop_back();
-        EXPECT_EQ(Nvutil({"obscure", "--quoted", obscured}).out, '"' + text + "\"\n");
+// Buffers
+
+TEST(Buffers, KeepTheirBytes) {
+    for (const std::string& data :
+         {std::string(), std::string("x"), std::string(100000, '\0'), SmallDocument()}) {
+        const std::string packed = RunLine("buffer pack -", data).out;
+        EXPECT_EQ(RunLine("buffer unpack -", packed).out, data);
+        EXPECT_EQ(RunLine("buffer info -", packed).status, 0);
     }
-    std::string literal = Nvutil({"obscure", "a text of more than sixteen characters \"1\""}).out;
-    literal.pop_back();  // the line's end
-    EXPECT_EQ(Nvutil({"obscure", "--quoted", literal}).out,
-              "\"a text of more than sixteen characters \\\"1\\\"\"\n");
-    for (const char* const noLiteral : {"Ab", "\"Ab", "12", "[\"Ab\"]", ""})
-        EXPECT_EQ(Nvutil({"obscure", "--quoted", noLiteral}).status, 1) << noLiteral;
 }
 
-TEST_F(Commands, TheBarOfALargeFileFills) {
+TEST(Buffers, OfFormerVersionsAreReadOrRefused) {
+    const struct {
+        const char* bytes;
+        int status;
+        const char* printed;  ///< By unpack --hex.
+        const char* error;
+        const char* info;
+    } buffers[] = {
+        {"78 01 01 03 00 FC FF 61 62 63 02 4D 01 27 00 00 00 06 00 00 00 03 43 4F 4D 34", 0, "616263\n", "",
+         "*Footer            COM4, 12 bytes\nFormat            1 (zlib)\nSetting           6\n"
+         "Original size     3 bytes\n"},
+        {"78 01 01 03 00 FC FF 61 62 63 02 4D 01 27 00 00 00 03 43 4F 4D 50", 1, "", "*032:000:",
+         "*Footer            COMP, 8 bytes\nFormat            not stored\nSetting           not stored\n"},
+        {"00 00 00 00 00 00 00 00 43 4F 4D 35", 1, "", "*032:000:", "*State             12 bytes\n"},
+        {"03 FF FF FF FF 00 00 00 00 43 4F 4D 35", 1, "", "*032:000:", "*Format            3 (unknown)\n"},
+        {"02 FF FF FF FF 7F FF FF FF 43 4F 4D 35", 1, "", "*034:000:", "*size     2,147,483,647 bytes\n"},
+        {"43 4F 4D 35", 1, "", "*033:000:", ""},
+    };
+    for (const auto& buffer : buffers) {
+        SCOPED_TRACE(buffer.bytes);
+        const std::string state = TextOf(Bytes(buffer.bytes));
+        ExpectResult(RunLine("buffer unpack --hex -", state), buffer.status, buffer.printed, buffer.error);
+        ExpectResult(RunLine("buffer info -", state), buffer.status, buffer.info, buffer.error);
+    }
+}
+
+TEST(Buffers, ThatAreDamagedTellWhatTheyCan) {
+    const std::string packed = RunLine("buffer pack -", std::string(40000, 'x')).out;
+    const std::string sound = RunLine("buffer info -", packed).out;
+    for (const char* const part :
+         {"*Set               12345, cabinet ", "*Folder 0          MSZIP, 2 blocks from offset 82\n",
+          "*File 0            \"//Uncompressed-Data//\", 40,000 bytes at offset 0 of folder 0",
+          "*, 32,768 bytes in ", "*, 7,232 bytes in "})
+        EXPECT_TRUE(Fits(sound, part)) << part << '\n' << sound;
+    for (const auto& [attributes, name] : {std::pair('\0', "\xB2/"), {'\x80', "\xC2\xB2"}}) {
+        std::string renamed = packed;
+        renamed[58] = attributes;
+        renamed.replace(60, 2, name);
+        EXPECT_TRUE(Fits(RunLine("buffer info -", renamed).out, "*\"\xC2\xB2")) << attributes;
+    }
+    std::string shared = packed;  // two folders that name the same two blocks
+    shared[26] = 2;
+    shared.insert(44, shared.substr(36, 8));
+    shared[36] = shared[44] = static_cast<char>(82 + 8);
+    shared[16] = static_cast<char>(44 + 8);
+    EXPECT_TRUE(Fits(RunLine("buffer info -", shared).out,
+                     "*Block 0           at offset 90, which is another folder's\n"));
+    ForEachWrongBit(packed, [](const std::string& damaged) {
+        EXPECT_EQ(RunLine("buffer info -", damaged).status, RunLine("buffer unpack -", damaged).status);
+    });
+}
+
+// Text
+
+TEST(Text, IsStrictUtf8AndDisturbsNoTerminal) {
+    EXPECT_EQ(Hex(ByteBuffer(FromUtf8("a\xF0\x90\x80\x80\xC0\x80\xE2\x82z"))),
+              "61 00 00 D8 00 DC FD FF FD FF FD FF FD FF 7A 00");
+    EXPECT_EQ(ToUtf8(FromUtf8("\xF4\x8F\xBF\xBF\xEF\xBF\xBF")), "\xF4\x8F\xBF\xBF\xEF\xBF\xBF");
+    EXPECT_EQ(OneLine("a\nb\x1B[2J\xC2\x9B\xFF\u20AC"), "a\\nb\\u001b[2J\\u009b\uFFFD\u20AC");
+    EXPECT_EQ(QuotedText(std::string_view("\"\\\0\x7F", 4)), R"("\"\\\u0000\u007f")");
+    EXPECT_EQ(Grouped(0) + ' ' + Grouped(999) + ' ' + Grouped(1234567), "0 999 1,234,567");
+    EXPECT_EQ(CountText(1, "byte") + ' ' + CountText(1000, "byte"), "1 byte 1,000 bytes");
+    EXPECT_EQ(DisplayOfNumber(-0.0000001, 3) + ' ' + DisplayOfNumber(100, 0), "0 100");
+    EXPECT_EQ(DisplayOfNumber(1e300, 6).size(), 301u);
     EXPECT_EQ(BarText(0, "a"), "[                    ]   0% a");
     EXPECT_EQ(BarText(44, "a"), "[########            ]  44% a");
     EXPECT_EQ(BarText(100, "a"), "[####################] 100% a");
 }
 
-TEST_F(Commands, VerifyGivesOneVerdictAFile) {
-    const std::string good = In(u8"good");
-    const std::string bad = In(u8"bad");
-    const std::string state = Build(SmallDocument());
-    WriteFile(good, state);
-    WriteFile(bad, state.substr(1));
-    const ToolResult result = Nvutil({"state", "verify", good, bad, good});
-    EXPECT_EQ(result.status, 1);
-    const std::string verdict = "ok       " + good + ": " + std::to_string(state.size()) +
-                                " bytes, version 1.2.3.4, 1 namespace, 7 attributes\n";
-    EXPECT_TRUE(result.out.starts_with(verdict + "refused  " + bad + ": 031:000:0527 Exception"))
-        << result.out;
-    EXPECT_TRUE(result.out.ends_with('\n' + verdict)) << result.out;
-    EXPECT_EQ(Nvutil({"state", "verify", good, good}).status, 0);
-}
-
-struct Difference {
-    const char* before;  ///< Attributes.
-    const char* after;
-    const char* printed;
-};
-
-constexpr Difference differences[] = {
-    {R"({"id": {"feature": 1}, "value": {"integer": 1}})",
-     R"({"id": {"feature": 1}, "value": {"integer": 1}})", "no differences\n"},
-    {R"({"id": {"feature": 1}, "value": {"integer": 1}})",
-     R"({"id": {"feature": 1}, "value": {"string": "1"}})",
-     "~ namespace 1 / feature 1: integer 1 -> string \"1\"\n1 difference\n"},
-    {R"({"id": {"feature": 1}, "value": {"boolean": true}})",
-     R"({"id": {"feature": 1}, "value": {"boolean": true}, "unspecified": true})",
-     "~ namespace 1 / feature 1: boolean true -> boolean true (unspecified)\n1 difference\n"},
-    {R"({"id": {"value": 1}, "value": {"integer": 1}})", R"({"id": {"feature": 1}, "value": {"integer": 1}})",
-     "- namespace 1 / value 1: integer 1\n+ namespace 1 / feature 1: integer 1\n2 differences\n"},
-    {R"({"id": {"feature": 1}, "value": {"integer": 1}}, {"id": {"feature": 1}, "value": {"integer": 2}})",
-     R"({"id": {"feature": 1}, "value": {"integer": 1}}, {"id": {"feature": 1}, "value": {"integer": 3}})",
-     "~ namespace 1 / feature 1 #2: integer 2 -> integer 3\n1 difference\n"},
-    {R"({"id": {"feature": 1}, "value": {"integer": 1}}, {"id": {"feature": 2}, "value": {"integer": 2}})",
-     R"({"id": {"feature": 2}, "value": {"integer": 2}}, {"id": {"feature": 1}, "value": {"integer": 1}})",
-     "~ namespace 1: the same attributes in another order\n1 difference\n"},
-    {R"({"id": {"feature": 1}, "value": {"list": {"type": 0, "items": [{"id": {"item": 0}, "value": {"range": [1, 2]}}]}}})",
-     R"({"id": {"feature": 1}, "value": {"list": {"type": 0, "items": [{"id": {"item": 0}, "value": {"range": [1, 3]}}]}}})",
-     "~ namespace 1 / feature 1 / item 0: range 1 to 2 -> range 1 to 3\n1 difference\n"},
-    {R"({"id": {"feature": 1}, "value": {"list": {"type": 0, "items": []}}})",
-     R"({"id": {"feature": 1}, "value": {"list": {"type": 1, "items": []}}})",
-     "~ namespace 1 / feature 1: list of type 0, 0 items -> list of type 1, 0 items\n1 difference\n"},
-    // The library takes these for equal: times with the same low half, lengths of many metres.
-    {R"({"id": {"feature": 1}, "value": {"dateTime": 0}})",
-     R"({"id": {"feature": 1}, "value": {"dateTime": 4294967296}})",
-     "~ namespace 1 / feature 1: date-time 1970-01-01T00:00:00Z -> date-time 2106-02-07T06:28:16Z\n1 "
-     "difference\n"},
-    {R"({"id": {"feature": 1}, "value": {"blob": "000102030405060708090A0B0C0D0E0F10"}})",
-     R"({"id": {"feature": 1}, "value": {"blob": "000102030405060708090A0B0C0D0E0F11"}})",
-     "~ namespace 1 / feature 1: data blob 17 bytes: 00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F ... "
-     "(other "
-     "bytes behind these)\n1 difference\n"},
-};
-
-TEST_F(Commands, DiffTellsWhatChanged) {
-    const std::string before = In(u8"before");
-    const std::string after = In(u8"after");
-    for (const Difference& difference : differences) {
-        WriteFile(before, Build(Document(difference.before)));
-        WriteFile(after, Build(Document(difference.after)));
-        const ToolResult result = Nvutil({"state", "diff", before, after});
-        EXPECT_EQ(result.out, difference.printed);
-        EXPECT_EQ(result.status, 0);
-        const bool areSame = result.out == "no differences\n";
-        EXPECT_EQ(Nvutil({"state", "diff", "--exit-code", before, after}).status, areSame ? 0 : 3);
-    }
-}
-
-TEST_F(Commands, DiffTellsOfVersionsAndNamespaces) {
-    const std::string before = In(u8"before");
-    const std::string after = In(u8"after");
-    WriteFile(before, Build(R"({"driverVersion": "1.0.0.0", "namespaces": {"1": [], "2": []}})"));
-    WriteFile(after, Build(R"({"driverVersion": "1.0.0.1", "namespaces": {"2": [], "3": []}})"));
-    EXPECT_EQ(
-        Nvutil({"state", "diff", before, after}).out,
-        "~ driver version: 1.0.0.0 -> 1.0.0.1\n- namespace 1: 0 attributes\n+ namespace 3: 0 attributes\n"
-        "3 differences\n");
-    WriteFile(after, "x");
-    const ToolResult refused = Nvutil({"state", "diff", before, after});
-    EXPECT_EQ(refused.status, 1);
-    EXPECT_NE(refused.error.find(after), std::string::npos) << "the file at fault is named";
-}
-
-// Not what this library writes: such states are sound, and the difference must not go unseen.
-TEST_F(Commands, ListTypesAndFlagsOfNamespacesAreSeen) {
-    const auto stateWith = [](BYTE listType, bool isSpecified) {
-        AttributeBytesListValue list(listType, AttributeBytesRawList());
-        list.SetIsSpecified(isSpecified);
-        AttributeBytesIndexedList entries;
-        entries.AddAttributeBytes(AttributeBytes(AttributeBytesNameSpacesId(4), list));
-        ByteBuffer bytes = Bytes("41 42 4E 53");  // "ABNS"
-        bytes.append(DriverVersion(9, 8, 7, 6).GetVersionAsByteBuffer());
-        entries.AppendAttributeBytesIndexedListState(bytes);
-        PersistentAttributes::PersistentAttributesHeaderType header;
-        PersistentAttributes::InitializeHeaderStructure(header);
-        ByteBuffer state;
-        PersistentAttributes::CreateStateDataFromComponents(header, bytes, state);
-        return std::string(state.begin(), state.end());
+// In what is expected, "#" stands for U+FFFF.
+TEST(Text, LoneSurrogatesAreMarkedInStringsOnly) {
+    const std::pair<const char*, std::string> cases[] = {
+        {R"({"a": "b"})", R"({"a": "b"})"},
+        {R"("\ud83d\ude00")", R"("\ud83d\ude00")"},
+        {R"("\uD83D\n")", R"("#D83D\n")"},
+        {R"("\uD83D\uD83D\uDE00")", R"("#D83D\uD83D\uDE00")"},
+        {R"("\uDE00\uD83D")", R"("#DE00#D83D")"},
+        {R"("\\ud83d")", R"("\\ud83d")"},
+        {R"("\\\ud83d")", R"("\\#D83D")"},
+        {R"("\uffff")", R"("#FFFF")"},
+        {"\"\uFFFF\"", R"("#FFFF")"},
+        {R"(\ud83d "\"\ud83d)", R"(\ud83d "\"#D83D)"},
+        {R"("\ud83)", R"("\ud83)"},
+        {R"("\)", R"("\)"},
     };
-    const std::string before = In(u8"before");
-    const std::string after = In(u8"after");
-    WriteFile(before, stateWith(0, true));
-    WriteFile(after, stateWith(7, false));
-    EXPECT_EQ(Nvutil({"state", "diff", before, after}).out,
-              "~ namespace 4: 0 attributes -> 0 attributes, list type 7  (unspecified)\n1 difference\n");
-    EXPECT_NE(Nvutil({"state", "show", after}).out.find("list type 7"), std::string::npos);
-    EXPECT_NE(Nvutil({"state", "show", "--json", after}).error.find("has other bytes"), std::string::npos);
-}
-
-TEST_F(Commands, ShowTellsOfTwoVersions) {
-    std::string state = Build(R"({"driverVersion": "1.2.3.4", "namespaces": {}})");
-    EXPECT_EQ(Nvutil({"state", "show", "-"}, state).out, "State             " + std::to_string(state.size()) +
-                                                             " bytes, 20 bytes uncompressed\n"
-                                                             "Format version    0x20070001\n"
-                                                             "Driver version    1.2.3.4\n"
-                                                             "Namespaces        0\n");
-    state[8] = 5;
-    EXPECT_NE(Nvutil({"state", "show", "-"}, state).out.find("5.2.3.4 in the header\n"), std::string::npos);
-}
-
-// Buffers
-
-TEST_F(Commands, BuffersKeepTheirBytes) {
-    for (const std::string& data :
-         {std::string(), std::string("x"), std::string(100000, '\0'), SmallDocument()}) {
-        const std::string packed = Nvutil({"buffer", "pack", "-"}, data).out;
-        EXPECT_EQ(Nvutil({"buffer", "unpack", "-"}, packed).out, data);
-        EXPECT_EQ(Nvutil({"buffer", "info", "-"}, packed).status, 0);
+    for (auto [json, expected] : cases) {
+        for (std::size_t at = 0; (at = expected.find('#')) != std::string::npos;)
+            expected.replace(at, 1, "\uFFFF");
+        EXPECT_EQ(EncodeLoneSurrogates(json), expected) << json;
     }
-    EXPECT_EQ(Nvutil({"buffer", "pack", "--hex", "-"}, "").out, "02FFFFFFFF00000000434F4D35\n");
-}
-
-struct OldBuffer {
-    const char* bytes;
-    int status;
-    const char* printed;   ///< By unpack --hex.
-    const char* error;     ///< A part of it.
-    const char* infoLine;  ///< A line of info.
-};
-
-constexpr OldBuffer oldBuffers[] = {
-    {"78 01 01 03 00 FC FF 61 62 63 02 4D 01 27 00 00 00 06 00 00 00 03 43 4F 4D 34", 0, "616263\n", "",
-     "Footer            COM4, 12 bytes\nFormat            1 (zlib)\nSetting           6\nOriginal size     3 "
-     "bytes\n"},
-    {"78 01 01 03 00 FC FF 61 62 63 02 4D 01 27 00 00 00 03 43 4F 4D 50", 1, "", "032:000:",
-     "Footer            COMP, 8 bytes\nFormat            not stored\nSetting           not stored\n"},
-    {"00 00 00 00 00 00 00 00 43 4F 4D 35", 1, "", "032:000:", "State             12 bytes\n"},
-    {"03 FF FF FF FF 00 00 00 00 43 4F 4D 35", 1, "", "032:000:", "Format            3 (unknown)\n"},
-    {"02 FF FF FF FF 7F FF FF FF 43 4F 4D 35", 1, "", "034:000:", "Original size     2,147,483,647 bytes\n"},
-    {"43 4F 4D 35", 1, "", "033:000:", ""},
-};
-
-TEST_F(Commands, OldAndForeignBuffersAreReadOrRefused) {
-    for (const OldBuffer& buffer : oldBuffers) {
-        const std::string state = TextOf(Bytes(buffer.bytes));
-        const ToolResult unpacked = Nvutil({"buffer", "unpack", "--hex", "-"}, state);
-        EXPECT_EQ(unpacked.status, buffer.status) << buffer.bytes;
-        EXPECT_EQ(unpacked.out, buffer.printed) << buffer.bytes;
-        EXPECT_NE(unpacked.error.find(buffer.error), std::string::npos) << unpacked.error;
-        const ToolResult info = Nvutil({"buffer", "info", "-"}, state);
-        EXPECT_EQ(info.status, buffer.status) << buffer.bytes;
-        EXPECT_NE(info.out.find(buffer.infoLine), std::string::npos) << info.out;
-    }
-}
-
-TEST_F(Commands, InfoOfADamagedBufferTellsWhatItCan) {
-    const std::string packed = Nvutil({"buffer", "pack", "-"}, std::string(40000, 'x')).out;
-    const ToolResult sound = Nvutil({"buffer", "info", "-"}, packed);
-    for (const char* line :
-         {"Set               12345, cabinet ", "Folder 0          MSZIP, 2 blocks from offset 82\n",
-          "File 0            \"//Uncompressed-Data//\", 40,000 bytes at offset 0 of folder 0",
-          ", 32,768 bytes in ", ", 7,232 bytes in "}) {
-        EXPECT_NE(sound.out.find(line), std::string::npos) << line << '\n' << sound.out;
-    }
-    for (const auto& [attributes, name] : {std::pair('\0', "\xB2"), {'\x80', "\xC2\xB2"}}) {
-        std::string renamed = packed;
-        renamed[58] = attributes;
-        renamed.replace(60, 2, name + std::string(attributes == 0 ? "/" : ""));
-        EXPECT_NE(Nvutil({"buffer", "info", "-"}, renamed).out.find("\"\xC2\xB2"), std::string::npos);
-    }
-    // Two folders that name the same two blocks.
-    std::string shared = packed;
-    shared[26] = 2;
-    shared.insert(44, shared.substr(36, 8));
-    shared[36] = shared[44] = static_cast<char>(82 + 8);
-    shared[16] = static_cast<char>(44 + 8);
-    const std::string once = Nvutil({"buffer", "info", "-"}, shared).out;
-    EXPECT_NE(once.find("Block 0           at offset 90, which is another folder's\n"), std::string::npos)
-        << once;
-    for (std::size_t bit = 0; bit < packed.size() * 8; ++bit) {
-        std::string damaged = packed;
-        damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ 1 << bit % 8);
-        const ToolResult info = Nvutil({"buffer", "info", "-"}, damaged);
-        EXPECT_EQ(info.status, Nvutil({"buffer", "unpack", "-"}, damaged).status) << bit << info.error;
-    }
-}
-
-// The rest
-
-struct Usage {
-    std::vector<std::string> arguments;
-    int status;
-    const char* printed;
-};
-
-TEST_F(Commands, LengthsAreConverted) {
-    const Usage usages[] = {
-        {{"convert", "8.5", "inches", "mm"}, 0, "215.9 mm\n"},
-        {{"convert", "1", "in", "1000ths-mm"}, 0, "25400 1000ths-mm\n"},
-        {{"convert", "-72", "pt", "inch"}, 0, "-1 in\n"},
-        {{"convert", "-.5", "in", "mm"}, 0, "-12.7 mm\n"},
-        {{"convert", "1", "pt", "mm"}, 0, "0.352778 mm\n"},
-        {{"convert", "1", "pt", "mm", "--decimals", "2"}, 0, "0.35 mm\n"},
-        {{"convert", "1", "um", "um"}, 0, "1 1000ths-mm\n"},
-        {{"convert", ".5", "10000ths-in", "100ths-pt"}, 0, "0.36 100ths-pt\n"},
-        {{"convert", "1e308", "in", "1000ths-mm"}, 2, ""},
-        {{"convert", "8,5", "in", "mm"}, 2, ""},
-        {{"convert", "nan", "in", "mm"}, 2, ""},
-        {{"convert", "1", "ft", "mm"}, 2, ""},
-        {{"convert", "1", "in"}, 2, ""},
-    };
-    for (const Usage& usage : usages) {
-        const ToolResult result = Nvutil(usage.arguments);
-        EXPECT_EQ(result.status, usage.status) << usage.arguments[1] << result.error;
-        EXPECT_EQ(result.out, usage.printed);
-    }
-}
-
-TEST_F(Commands, WrongUsageHasAStatusOfItsOwn) {
-    const std::vector<std::vector<std::string>> wrong = {{},
-                                                         {"state"},
-                                                         {"status"},
-                                                         {"state", "show"},
-                                                         {"state", "show", "--json", "--bytes", "x"},
-                                                         {"state", "verify"},
-                                                         {"state", "diff", "a"},
-                                                         {"buffer", "pack", "a", "b"},
-                                                         {"exceptions", "x"},
-                                                         {"state", "show", "--jsn", "x"},
-                                                         {"settings", "list", "--printer", "\xFF"},
-                                                         {"settings", "list", "--printer", "\xED\xA0\x80"}};
-    for (const auto& arguments : wrong) {
-        const ToolResult result = Nvutil(arguments);
-        EXPECT_EQ(result.status, 2) << testing::PrintToString(arguments);
-        EXPECT_EQ(result.out, "");
-        EXPECT_NE(result.error, "");
-    }
-    for (const std::vector<std::string>& help :
-         {std::vector<std::string>{"--help"}, {"state", "build", "-h"}}) {
-        EXPECT_EQ(Nvutil(help).status, 0);
-        EXPECT_NE(Nvutil(help).out, "");
-    }
-}
-
-TEST_F(Commands, VerboseDescribesTheException) {
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"--verbose", "state", "show", "-"}, {"state", "show", "-", "--verbose"}}) {
-        const std::string error = Nvutil(arguments, "short").error;
-        EXPECT_TRUE(error.starts_with(
-            "nvutil: 031:000:0527 ExceptionMissingOrBadPersistentAttributesFormat: standard "
-            "input: missing or bad persistent attributes format\nObject of class "))
-            << error;
-    }
-}
-
-TEST_F(Commands, ExceptionsAreListedByTheirCodes) {
-    const std::string out = Nvutil({"exceptions"}).out;
-    EXPECT_TRUE(out.starts_with("001:000  ExceptionRegistryRequest\n")) << out;
-    EXPECT_NE(out.find("\n071:000  NorvaComException\n072:000  ExceptionOutOfMemory\n"), std::string::npos)
-        << out;
 }
 
 }  // namespace

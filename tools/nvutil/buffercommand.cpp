@@ -37,8 +37,7 @@ void AddTransformation(CLI::App& group, ToolRun& run, const std::string& name, c
     const auto input = std::make_shared<std::string>();
     const auto output = std::make_shared<OutputChoice>();
     command->add_option("IN", *input, "The bytes to start from")->required();
-    command->add_option("-o,--output", output->name, "Where the result goes; standard output if not given");
-    command->add_flag("--hex", output->isHex, "Write upper-case hexadecimal text instead of bytes");
+    AddOutputOptions(*command, *output, "the result goes");
     command->callback(
         [&run, input, output, transform] { WriteOutput(run, *output, transform(ReadInput(run, *input))); });
 }

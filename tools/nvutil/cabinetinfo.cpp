@@ -125,8 +125,8 @@ private:
         }
     }
 
-    /// Ends at a folder that names blocks of another one again: there could be as many as folders times
-    /// blocks.
+    /// Ends at a folder that names blocks of a former one: printing them again for every folder could take
+    /// very long.
     void WriteBlocks() {
         std::size_t end = 0;
         for (const FolderEntry& folder : m_folders) {

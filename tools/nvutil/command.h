@@ -34,8 +34,6 @@ void AddIntegrityCommands(CLI::App& app, ToolRun& run);
 void AddSealCommands(CLI::App& app, ToolRun& run);
 void AddXmlCommands(CLI::App& app, ToolRun& run);
 void AddExceptionsCommand(CLI::App& app, ToolRun& run);
-/// Adds to the group of AddProductCommands.
-void AddProductMaintenanceCommands(CLI::App& group, ToolRun& run);
 
 /// Writes the line that tells why an input was refused, and the exception's description when verbose.
 void ReportRefusal(ToolRun& run, const std::exception& exception);

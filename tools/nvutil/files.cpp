@@ -1,9 +1,10 @@
 // Files as the commands read and write them; "-" is standard input or output.
 #include "nvutil/files.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
 #include <istream>
 #include <ostream>
@@ -26,10 +27,6 @@ constexpr std::string_view standardStream = "-";
 /// Keeps a stream from copying what may be secret into a buffer of its own.
 void MakeUnbuffered(std::basic_filebuf<char>& file) {
     file.pubsetbuf(nullptr, 0);
-}
-
-fs::path PathOf(const std::string& name) {
-    return {std::u8string(name.begin(), name.end())};
 }
 
 /// A file or standard input, opened to be read from its beginning.
@@ -95,7 +92,7 @@ void WriteTo(const fs::path& path, std::string_view bytes) {
 /// A file that is removed unless it takes its final name.
 class TemporaryFile {
 public:
-    /// In the target's folder; its own name says nothing, since the target's may be as long as names get.
+    /// In the target's folder. Its name is not made from the target's, which may be as long as names can be.
     explicit TemporaryFile(const fs::path& target) {
         std::random_device random;
         m_path =
@@ -131,7 +128,8 @@ void WriteFileAtomically(const fs::path& name, std::string_view bytes, bool isSe
     if (fs::exists(status) && !fs::is_regular_file(status))
         return WriteTo(target, bytes);  // a device or a pipe
     TemporaryFile temporary(target);
-    // What replaces a file gets its permissions at the end, and is open to nobody before.
+    // A file that replaces another gets the permissions of that one at the end; until then only its owner may
+    // open it.
     if ((isSecret || fs::exists(status)) && !MakePrivateFile(temporary.GetPath())) {
         NV_THROW(ExceptionCreateFileForWriting, "WriteOutput", __LINE__, NV_TEXT("cannot be created"));
     }
@@ -139,7 +137,7 @@ void WriteFileAtomically(const fs::path& name, std::string_view bytes, bool isSe
     temporary.MoveTo(target);
 }
 
-/// Makes room for more, and wipes what is given up for it.
+/// Makes room for more, and wipes the memory that is given up.
 void Grow(ByteBuffer& bytes, std::size_t size) {
     ByteBuffer larger(size);
     std::ranges::copy(bytes, larger.begin());
@@ -191,4 +189,9 @@ void WriteOutput(ToolRun& run, const OutputChoice& choice, const ByteBuffer& byt
     } else {
         WriteFileAtomically(PathOf(choice.name), text, choice.isSecret);
     }
+}
+
+void AddOutputOptions(CLI::App& command, OutputChoice& output, const std::string& what) {
+    command.add_option("-o,--output", output.name, "Where " + what + "; standard output if not given");
+    command.add_flag("--hex", output.isHex, "Write upper-case hexadecimal text instead of bytes");
 }

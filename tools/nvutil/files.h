@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <functional>
 #include <span>
 #include <string>
@@ -23,6 +24,11 @@ ByteBuffer ReadInput(ToolRun& run, const std::string& name, std::size_t limit = 
 void ReadPieces(ToolRun& run, const std::string& name,
                 const std::function<void(std::span<const BYTE>)>& take);
 
+/// The path that a name in UTF-8 stands for.
+inline std::filesystem::path PathOf(const std::string& name) {
+    return {std::u8string(name.begin(), name.end())};
+}
+
 /// Where a command puts its bytes.
 struct OutputChoice {
     std::string name = "-";
@@ -33,3 +39,7 @@ struct OutputChoice {
 /// Writes a file in one step: it appears complete or not at all, and one of that name is replaced.
 /// @throws ExceptionCreateFileForWriting, ExceptionWriteFile
 void WriteOutput(ToolRun& run, const OutputChoice& choice, const ByteBuffer& bytes);
+
+/// Adds the options that make such a choice.
+/// @param what  "the result goes"
+void AddOutputOptions(CLI::App& command, OutputChoice& output, const std::string& what);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "nvutil/command.h"
+#include "nvutil/files.h"
 #include "nvutil/text.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 #include "utilities/utilitiesdll/utf8ini.h"
@@ -30,12 +31,8 @@ struct Arguments {
     bool isRemoval = false;
 };
 
-fs::path PathOf(const Arguments& arguments) {
-    return {std::u8string(arguments.file.begin(), arguments.file.end())};
-}
-
-/// Opens a file to look into it.
-/// @return whether it is there and can be read
+/// Whether a file is there and can be read.
+/// @throws ExceptionInvalidArgument when it begins with a byte-order mark
 bool CanBeRead(const fs::path& path) {
     std::error_code ignored;
     if (!fs::is_regular_file(path, ignored)) return false;
@@ -53,7 +50,7 @@ bool CanBeRead(const fs::path& path) {
 CXString NameOf(ToolRun& run, const Arguments& arguments, bool mustBeThere) {
     run.subject = arguments.file;
     std::error_code error;
-    const fs::path path = fs::absolute(PathOf(arguments), error);
+    const fs::path path = fs::absolute(PathOf(arguments.file), error);
     const bool isThere = !error && CanBeRead(path);
     if (error || (mustBeThere && !isThere))
         NV_THROW(ExceptionCreateFileForReading, "ReadIniFile", __LINE__, NV_TEXT("cannot be opened"));
@@ -64,7 +61,7 @@ CXString NameOf(ToolRun& run, const Arguments& arguments, bool mustBeThere) {
 /// A file to read from, and room for whatever it may say.
 struct Source {
     CXString name;
-    DWORD room;  ///< In code units, of which no byte becomes more than one.
+    DWORD room;  ///< In code units; no byte becomes more than one.
 };
 
 Source SourceOf(ToolRun& run, const Arguments& arguments) {
@@ -72,13 +69,14 @@ Source SourceOf(ToolRun& run, const Arguments& arguments) {
     constexpr DWORD roomForTerminators = 16;
     const CXString name = NameOf(run, arguments, true);
     std::error_code error;
-    const std::uintmax_t size = fs::file_size(PathOf(arguments), error);
+    const std::uintmax_t size = fs::file_size(PathOf(arguments.file), error);
     if (error || size > largestFile)
         NV_THROW(ExceptionInvalidArgument, "ReadIniFile", __LINE__, NV_TEXT("is larger than 64 MiB"));
     return {name, static_cast<DWORD>(size) + roomForTerminators};
 }
 
-/// What a function puts into a buffer, provided that it is not cut.
+/// What a function puts into a buffer.
+/// @throws ExceptionReadFile when it did not fit
 CXString ReadWhole(const Source& source, const std::function<DWORD(WChar* out, DWORD size)>& read) {
     std::vector<WChar> buffer(source.room);
     const DWORD length = read(buffer.data(), source.room);

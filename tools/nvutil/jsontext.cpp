@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "nvutil/text.h"
+#include "platform/text.h"
 
 namespace {
 
@@ -29,11 +30,11 @@ std::optional<std::uint16_t> UnitOfEscape(std::string_view text) {
 }
 
 bool IsHighSurrogate(std::optional<std::uint16_t> unit) {
-    return unit && *unit >= 0xD800 && *unit < 0xDC00;
+    return unit && platform::IsHighSurrogate(*unit);
 }
 
 bool IsLowSurrogate(std::optional<std::uint16_t> unit) {
-    return unit && *unit >= 0xDC00 && *unit < 0xE000;
+    return unit && platform::IsLowSurrogate(*unit);
 }
 
 void AppendMarked(std::string& out, std::uint16_t unit) {

@@ -82,11 +82,10 @@ void MakeCommand(ToolRun& run, const Choice& choice) {
     WriteOutput(run, choice.output, bytes);
 }
 
-void AddOutputOptions(CLI::App& command, Choice& choice) {
+void AddCommonOptions(CLI::App& command, Choice& choice) {
     command.add_option("--context", choice.context,
                        "OX,OY,AX,AY: the page's origin and the physical area, in device units");
-    command.add_option("-o,--output", choice.output.name, "Where the bytes go; standard output if not given");
-    command.add_flag("--hex", choice.output.isHex, "Write upper-case hexadecimal text instead of bytes");
+    AddOutputOptions(command, choice.output, "the bytes go");
 }
 
 void AddPdlCommand(CLI::App& app, ToolRun& run) {
@@ -100,7 +99,7 @@ void AddPdlCommand(CLI::App& app, ToolRun& run) {
                         "The option's description; the feature's own if not given");
     command->add_option("--type", choice->type, "The language: PCL, PJL, PCL5, PCL6 or PS")->required();
     command->add_option("--qualifier", choice->qualifier, "What chooses among commands with qualifiers");
-    AddOutputOptions(*command, *choice);
+    AddCommonOptions(*command, *choice);
     command->callback([&run, choice] { MakeCommand(run, *choice); });
 }
 
@@ -108,7 +107,7 @@ void AddAmpCommand(CLI::App& app, ToolRun& run) {
     CLI::App* const command = app.add_subcommand("amp", "Turn an instruction in AMP notation into bytes");
     const auto choice = std::make_shared<Choice>();
     command->add_option("TEXT", choice->text, "The instruction: \"&esc;E\"")->required();
-    AddOutputOptions(*command, *choice);
+    AddCommonOptions(*command, *choice);
     command->callback([&run, choice] { ConvertInstruction(run, *choice); });
 }
 

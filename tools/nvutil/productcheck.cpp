@@ -17,6 +17,7 @@
 #include "environment/modeltable.h"
 #include "environment/pdlcommandfile.h"
 #include "environment/productfiles.h"
+#include "environment/productkeys.h"
 #include "environment/textview.h"
 #include "nvutil/text.h"
 
@@ -28,17 +29,6 @@ using platform::Text;
 constexpr std::size_t longestSearched = 16 * 1024;
 /// What is searched of the properties of all models together, in code units.
 constexpr std::uint64_t mostSearched = std::uint64_t{1} << 31;
-
-constexpr ProductData::InfoType pathTypes[] = {
-    ProductData::InfoTypeAuto, ProductData::InfoTypeHlk,        ProductData::InfoTypePdl,
-    ProductData::InfoTypePmm,  ProductData::InfoTypeFamilyPath, ProductData::InfoTypePsCout,
-    ProductData::InfoTypeNcap, ProductData::InfoTypeMargins,
-};
-constexpr const WChar* pathKeys[] = {
-    NV_TEXT("AUTO"),    NV_TEXT("HLK"),    NV_TEXT("PDL"),  NV_TEXT("PMM"),
-    NV_TEXT("FAMPATH"), NV_TEXT("PSCOUT"), NV_TEXT("NCAP"), NV_TEXT("MARG"),
-};
-static_assert(std::size(pathTypes) == std::size(pathKeys));
 
 std::string Quoted(TextView text) {
     return QuotedText(StringOf(text));
@@ -338,18 +328,20 @@ public:
 
     void Check(ProductData& data) {
         const MappingData mapping = data.GetMapping();
-        for (std::size_t i = 0; i < std::size(pathTypes); ++i) {
-            const CXString value = mapping.GetData(pathKeys[i]);
+        for (std::size_t i = 0; i < std::size(productkeys::byType); ++i) {
+            const auto type = static_cast<ProductData::InfoType>(i);
+            const WChar* const key = productkeys::byType[i].path;
+            const CXString value = key != nullptr ? mapping.GetData(key) : CXString();
             if (value.IsEmpty()) continue;
-            const Place place = m_maps.PlaceOfProperty(ViewOf(pathKeys[i] + (NV_TEXT("=") + value)));
+            const Place place = m_maps.PlaceOfProperty(ViewOf(key + (NV_TEXT("=") + value)));
             const Place shown = place.line > 0 ? place : m_maps.PlaceOfModel(ViewOf(mapping.GetModel()));
             CXString path;
-            if (!data.GetPath(pathTypes[i], path)) {
+            if (!data.GetPath(type, path)) {
                 m_findings.Add(shown, "the path leads out of the product data folder or to a device");
             } else if (std::error_code ignored;
                        !std::filesystem::exists(productfiles::PathOf(path), ignored)) {
                 m_findings.Add(shown, "names a missing file: " + Quoted(ViewOf(value)));
-            } else if (pathTypes[i] == ProductData::InfoTypePdl && m_read.insert(Text(ViewOf(path))).second) {
+            } else if (type == ProductData::InfoTypePdl && m_read.insert(Text(ViewOf(path))).second) {
                 ReadCommands(path);
             }
         }

@@ -4,14 +4,14 @@
 #include <filesystem>
 #include <system_error>
 
+#include "nvutil/files.h"
 #include "nvutil/text.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
 void ReadFolder(ToolRun& run, const std::string& folder, ProductData& data) {
     run.subject = folder;
     std::error_code ignored;
-    const std::filesystem::path path = std::u8string(folder.begin(), folder.end());
-    if (!std::filesystem::is_directory(path, ignored))
+    if (!std::filesystem::is_directory(PathOf(folder), ignored))
         NV_THROW(ExceptionCreateFileForReading, "ReadFolder", __LINE__, NV_TEXT("is no folder"));
     data.Initialize(nullptr, FromUtf8(folder), ProductData::ModelTypeName, {});
 }

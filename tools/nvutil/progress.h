@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-/// A line on a terminal that is rewritten for every file and wiped at the end. Elsewhere, and for few files,
-/// nothing is shown.
+/// A line on a terminal that is rewritten for every file and wiped at the end. Nothing is shown for few files
+/// or where no terminal is.
 class Progress {
 public:
     /// @param error  shown there only when it is the process's own error stream and that is a terminal
@@ -29,8 +29,8 @@ private:
     bool m_isShown;
 };
 
-/// A bar on a terminal that fills while a file of more than 64 MiB is read, and is wiped at the end.
-/// Elsewhere, and for smaller files, nothing is shown.
+/// A bar on a terminal that fills while a file of more than 64 MiB is read, and is wiped at the end. Nothing
+/// is shown for smaller files or where no terminal is.
 class ByteProgress {
 public:
     /// @param error  shown there only when it is the process's own error stream and that is a terminal

@@ -42,9 +42,7 @@ void AddSealCommand(CLI::App& app, ToolRun& run, const std::string& name, const 
     CLI::App* const command = app.add_subcommand(name, description);
     const auto arguments = std::make_shared<SealArguments>();
     command->add_option("IN", arguments->input, "The bytes to start from")->required();
-    command->add_option("-o,--output", arguments->output.name,
-                        "Where the result goes; standard output if not given");
-    command->add_flag("--hex", arguments->output.isHex, "Write upper-case hexadecimal text instead of bytes");
+    AddOutputOptions(*command, arguments->output, "the result goes");
     command->callback([&run, arguments, execute] { execute(run, *arguments); });
 }
 

@@ -234,9 +234,7 @@ void AddList(CLI::App& group, ToolRun& run) {
 void AddExport(CLI::App& group, ToolRun& run) {
     const auto choice = std::make_shared<Choice>();
     CLI::App* const command = AddCommand(group, "export", "Write the stored state to a file", *choice);
-    command->add_option("-o,--output", choice->output.name,
-                        "Where the state goes; standard output if not given");
-    command->add_flag("--hex", choice->output.isHex, "Write upper-case hexadecimal text instead of bytes");
+    AddOutputOptions(*command, choice->output, "the state goes");
     command->callback([&run, choice] {
         Printer printer(FromUtf8(choice->printer));
         Export(run, printer, choice->output);

@@ -66,9 +66,8 @@ private:
         return value;
     }
 
-    LONG TakeNumber(std::string_view name) {
-        return Take(name, ByteBuffer::WalkBufferToGetLong,
-                    [](LONG number) { return std::to_string(number); });
+    void TakeNumber(std::string_view name) {
+        Take(name, ByteBuffer::WalkBufferToGetLong, [](LONG number) { return std::to_string(number); });
     }
     /// Takes the kind byte of an identifier or a value.
     template <class Family>
@@ -79,10 +78,6 @@ private:
         return static_cast<Kind>(Take(name, ByteBuffer::WalkBufferToGetByte, [](BYTE kind) {
             return ToUtf8(Family::GetDebugDisplayString(static_cast<Kind>(kind)));
         }));
-    }
-    [[noreturn]] static void ThrowUnknownKind(std::string_view family, int kind) {
-        NV_THROW(ExceptionUnhandledSyntax, "ReportNameSpacesFields", __LINE__, NV_TEXT("%d is no kind of %s"),
-                 kind, FromUtf8(family));
     }
     void TakeShort(std::string_view name) {
         Take(name, ByteBuffer::WalkBufferToGetShort, [](short number) { return std::to_string(number); });
@@ -107,12 +102,12 @@ private:
         if (units != 0) Report(units * sizeof(WChar), name, QuotedText(text));
     }
 
-    void TakeBlob() {
+    void TakeBlob(std::string_view name) {
         nvutil::ByteWalk walk = GetWalk();
         ByteBuffer bytes;
         ByteBuffer::WalkBufferToGetCountedBytes(walk.cursor, walk.remaining, bytes);
         Report(sizeof(int), "byte count", std::to_string(bytes.size()));
-        if (!bytes.empty()) Report(bytes.size(), "data", "");
+        if (!bytes.empty()) Report(bytes.size(), name, "");
     }
 
     /// Takes the list up to m_end: its mark and its records.
@@ -128,9 +123,10 @@ private:
         }
     }
 
-    void TakeNestedList() {
+    void TakeNestedList(std::string_view) {
         Take("list type", ByteBuffer::WalkBufferToGetByte, [](BYTE type) { return std::to_string(type); });
-        const auto size = static_cast<unsigned>(TakeNumber("list size"));
+        const auto size = static_cast<unsigned>(Take("list size", ByteBuffer::WalkBufferToGetLong,
+                                                     [](LONG bytes) { return std::to_string(bytes); }));
         if (size > m_end - m_position) {
             NV_THROW(ExceptionNotEnoughBytesForDesiredDataType, "ReportNameSpacesFields", __LINE__,
                      NV_TEXT("a list of %lu bytes is longer than what is left"), DWORD{size});
@@ -142,89 +138,80 @@ private:
         m_end = outerEnd;
     }
 
-    void TakeId() {
-        const auto kind = TakeKind<AttributeBytesId>("identifier kind");
-        switch (kind) {
-            case AttributeBytesId::ABIDE_FEATURE:
-                TakeNumber("feature");
-                break;
-            case AttributeBytesId::ABIDE_NEWFEATURE:
-                TakeText("feature name");
-                break;
-            case AttributeBytesId::ABIDE_VALUE:
-                TakeNumber("value");
-                break;
-            case AttributeBytesId::ABIDE_NEWVALUE:
-                TakeText("value name");
-                break;
-            case AttributeBytesId::ABIDE_LISTOFVALUESITEM:
-                TakeNumber("item index");
-                break;
-            case AttributeBytesId::ABIDE_CAPABILITY:
-                TakeShort("capability type");
-                TakeNumber("feature");
-                break;
-            case AttributeBytesId::ABIDE_NEWCAPABILITY:
-                TakeShort("capability type");
-                TakeText("feature name");
-                break;
-            case AttributeBytesId::ABIDE_NAMESPACE:
-                Take("namespace", ByteBuffer::WalkBufferToGetLong, [](LONG number) {
-                    return std::to_string(number) + " (" + std::string(NameOfNameSpace(number)) + ')';
-                });
-                break;
-            default:
-                ThrowUnknownKind("identifier", kind);
+    void TakeNameSpace(std::string_view name) {
+        Take(name, ByteBuffer::WalkBufferToGetLong, [](LONG number) {
+            return std::to_string(number) + " (" + std::string(NameOfNameSpace(number)) + ')';
+        });
+    }
+    void TakeBoolean(std::string_view name) {
+        Take(name, ByteBuffer::WalkBufferToGetBool, [](bool value) { return value ? "true" : "false"; });
+    }
+    void TakeTime(std::string_view name) {
+        Take(name, ByteBuffer::WalkBufferToGetTime64,
+             [](std::int64_t seconds) { return ToUtf8(UtcTime(seconds).GetDisplayString()); });
+    }
+
+    /// A kind of identifier or value, and the fields of its payload.
+    struct KindFields {
+        int kind;
+        struct {
+            void (FieldWalker::*take)(std::string_view) = nullptr;
+            std::string_view name = {};
+        } fields[3];
+    };
+
+    template <std::size_t size>
+    void TakeFields(const KindFields (&kinds)[size], int kind, std::string_view family) {
+        const auto* const found = std::find_if(std::begin(kinds), std::end(kinds),
+                                               [kind](const KindFields& each) { return each.kind == kind; });
+        if (found == std::end(kinds)) {
+            NV_THROW(ExceptionUnhandledSyntax, "ReportNameSpacesFields", __LINE__,
+                     NV_TEXT("%d is no kind of %s"), kind, FromUtf8(family));
+        }
+        for (const auto& [take, name] : found->fields) {
+            if (take != nullptr) (this->*take)(name);
         }
     }
 
+    void TakeId(std::string_view = {}) {
+        static constexpr KindFields kinds[] = {
+            {AttributeBytesId::ABIDE_FEATURE, {{&FieldWalker::TakeNumber, "feature"}}},
+            {AttributeBytesId::ABIDE_NEWFEATURE, {{&FieldWalker::TakeText, "feature name"}}},
+            {AttributeBytesId::ABIDE_VALUE, {{&FieldWalker::TakeNumber, "value"}}},
+            {AttributeBytesId::ABIDE_NEWVALUE, {{&FieldWalker::TakeText, "value name"}}},
+            {AttributeBytesId::ABIDE_LISTOFVALUESITEM, {{&FieldWalker::TakeNumber, "item index"}}},
+            {AttributeBytesId::ABIDE_CAPABILITY,
+             {{&FieldWalker::TakeShort, "capability type"}, {&FieldWalker::TakeNumber, "feature"}}},
+            {AttributeBytesId::ABIDE_NEWCAPABILITY,
+             {{&FieldWalker::TakeShort, "capability type"}, {&FieldWalker::TakeText, "feature name"}}},
+            {AttributeBytesId::ABIDE_NAMESPACE, {{&FieldWalker::TakeNameSpace, "namespace"}}},
+        };
+        TakeFields(kinds, TakeKind<AttributeBytesId>("identifier kind"), "identifier");
+    }
+
     void TakeValue() {
+        static constexpr KindFields kinds[] = {
+            {AttributeBytesValue::ABVTE_OPTION, {{&FieldWalker::TakeId, {}}}},
+            {AttributeBytesValue::ABVTE_INTEGER, {{&FieldWalker::TakeNumber, "integer"}}},
+            {AttributeBytesValue::ABVTE_STRING, {{&FieldWalker::TakeText, "string"}}},
+            {AttributeBytesValue::ABVTE_BOOLEAN, {{&FieldWalker::TakeBoolean, "boolean"}}},
+            {AttributeBytesValue::ABVTE_RANGE,
+             {{&FieldWalker::TakeNumber, "low"}, {&FieldWalker::TakeNumber, "high"}}},
+            {AttributeBytesValue::ABVTE_RANGEOFDIMENSION,
+             {{&FieldWalker::TakeLength, "low"}, {&FieldWalker::TakeLength, "high"}}},
+            {AttributeBytesValue::ABVTE_DIMENSION, {{&FieldWalker::TakeLength, "dimension"}}},
+            {AttributeBytesValue::ABVTE_RESOLUTION,
+             {{&FieldWalker::TakeNumber, "feed"},
+              {&FieldWalker::TakeNumber, "cross-feed"},
+              {&FieldWalker::TakeShort, "units"}}},
+            {AttributeBytesValue::ABVTE_DATABLOB, {{&FieldWalker::TakeBlob, "data"}}},
+            {AttributeBytesValue::ABVTE_LIST, {{&FieldWalker::TakeNestedList, {}}}},
+            {AttributeBytesValue::ABVTE_DATETIME, {{&FieldWalker::TakeTime, "time"}}},
+        };
         const auto kind = TakeKind<AttributeBytesValue>("value kind");
         Take("unspecified flag", ByteBuffer::WalkBufferToGetBool,
              [](bool isUnspecified) { return isUnspecified ? "unspecified" : "specified"; });
-        switch (kind) {
-            case AttributeBytesValue::ABVTE_OPTION:
-                TakeId();
-                break;
-            case AttributeBytesValue::ABVTE_INTEGER:
-                TakeNumber("integer");
-                break;
-            case AttributeBytesValue::ABVTE_STRING:
-                TakeText("string");
-                break;
-            case AttributeBytesValue::ABVTE_BOOLEAN:
-                Take("boolean", ByteBuffer::WalkBufferToGetBool,
-                     [](bool value) { return value ? "true" : "false"; });
-                break;
-            case AttributeBytesValue::ABVTE_RANGE:
-                TakeNumber("low");
-                TakeNumber("high");
-                break;
-            case AttributeBytesValue::ABVTE_RANGEOFDIMENSION:
-                TakeLength("low");
-                TakeLength("high");
-                break;
-            case AttributeBytesValue::ABVTE_DIMENSION:
-                TakeLength("dimension");
-                break;
-            case AttributeBytesValue::ABVTE_RESOLUTION:
-                TakeNumber("feed");
-                TakeNumber("cross-feed");
-                TakeShort("units");
-                break;
-            case AttributeBytesValue::ABVTE_DATABLOB:
-                TakeBlob();
-                break;
-            case AttributeBytesValue::ABVTE_LIST:
-                TakeNestedList();
-                break;
-            case AttributeBytesValue::ABVTE_DATETIME:
-                Take("time", ByteBuffer::WalkBufferToGetTime64,
-                     [](std::int64_t seconds) { return ToUtf8(UtcTime(seconds).GetDisplayString()); });
-                break;
-            default:
-                ThrowUnknownKind("value", kind);
-        }
+        TakeFields(kinds, kind, "value");
     }
 
     std::span<const BYTE> m_state;

@@ -33,9 +33,9 @@ ByteBuffer BuildState(std::string_view json) {
     return PersistentAttributes(document.nameSpaces).GetPersistentAttributesState();
 }
 
-/// Prints a state as JSON. States by other writers may have bytes that the JSON form does not tell, such as 2
-/// for true or the type of a namespace's list; building such a state again changes them, which the user is
-/// told.
+/// Prints a state as JSON. States by other writers may have bytes that the JSON form cannot express, such as
+/// 2 for true or the type of a namespace's list. The user is told when building the state again would change
+/// them.
 void ShowJson(ToolRun& run, const StateContents& contents) {
     const std::string json = WriteStateJson(contents);
     PersistentAttributes::PersistentAttributesHeaderType header;
@@ -55,7 +55,7 @@ void ShowBytes(ToolRun& run, const ByteBuffer& state) {
     PersistentAttributes::GetComponentsFromStateDataBuffer(state, header, bytes);
     run.out << "\nCompressed: " << CountText(state.size() - sizeof header, "byte") << "\n\nUncompressed\n";
     ReportNameSpacesFields(bytes, [&](const StateField& field) { run.out << WriteField(bytes, field); });
-    ReadState(state);  // which finds the damage that leaves every field readable
+    ReadState(state);  // finds damage that leaves every field readable
 }
 
 struct ShowChoice {
@@ -108,8 +108,7 @@ void AddBuild(CLI::App& group, ToolRun& run) {
     const auto input = std::make_shared<std::string>();
     const auto output = std::make_shared<OutputChoice>();
     command->add_option("IN.json", *input, "The JSON form, as `state show --json` prints it")->required();
-    command->add_option("-o,--output", output->name, "Where the state goes; standard output if not given");
-    command->add_flag("--hex", output->isHex, "Write upper-case hexadecimal text instead of bytes");
+    AddOutputOptions(*command, *output, "the state goes");
     command->callback([&run, input, output] {
         const ByteBuffer json = ReadInput(run, *input, largestDocument);
         WriteOutput(run, *output, BuildState(TextOf(json)));

@@ -58,8 +58,8 @@ std::string DisplayOfNameSpace(const NameSpace& nameSpace) {
 }
 
 std::size_t CountAllAttributes(const StateContents& contents) {
-    // The records of a list lie where it stands, so that the records of all lists follow one another, with
-    // the head of each list in between.
+    // A nested list's records stand directly behind the head of the list. So one walk over the bytes, which
+    // skips only the heads, meets the records of all lists.
     constexpr unsigned recordsBegin = indexedListBegin + 2 * markSize;
     constexpr unsigned listHeadSize = 7 + markSize;  // kind, unspecified flag, type, size
     const ByteBuffer& state = contents.uncompressed;

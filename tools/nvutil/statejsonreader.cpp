@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <limits>
 #include <memory>
@@ -102,7 +103,7 @@ public:
         return m_json.get_ref<const std::string&>();
     }
     CXString GetText() const {
-        constexpr int longestText = std::numeric_limits<short>::max();  // what readers of the count can take
+        constexpr int longestText = std::numeric_limits<short>::max();  // the count is a short in the state
         CXString text = DecodeJsonString(GetString());
         if (text.GetLength() > longestText) {
             RefuseBecause("has " + Grouped(static_cast<std::uint64_t>(text.GetLength())) +
@@ -118,8 +119,8 @@ private:
     std::size_t m_index = 0;
 };
 
-/// Reads a document in front of the parser and refuses what that would let pass: a member that comes twice,
-/// of which it would keep one, and nesting beyond what a state can have.
+/// Reads a document before the parser does, and refuses what the parser would accept: a member that comes
+/// twice, of which it would keep one, and nesting deeper than a state can have.
 class DocumentGuard final : public nlohmann::json_sax<Json> {
 public:
     bool null() override { return CountItem(); }
@@ -220,15 +221,16 @@ std::pair<const Row&, Place> ChooseKind(const Place& place, const Row (&table)[s
 
 using OwnedId = std::unique_ptr<AttributeBytesId>;
 
-template <class Id>
-OwnedId ReadNumberId(const Place& place) {
-    return std::make_unique<Id>(place.GetNumber<LONG>());
+/// An identifier that is made of one thing that a place is read as.
+template <class Id, auto read>
+OwnedId ReadSimpleId(const Place& place) {
+    return std::make_unique<Id>(std::invoke(read, place));
 }
 
 template <class Id>
-OwnedId ReadTextId(const Place& place) {
-    return std::make_unique<Id>(place.GetText());
-}
+constexpr auto ReadNumberId = ReadSimpleId<Id, &Place::GetNumber<LONG>>;
+template <class Id>
+constexpr auto ReadTextId = ReadSimpleId<Id, &Place::GetText>;
 
 short ReadCapabilityType(const Place& place) {
     return place.RequireMembersAmong({"feature", "type"}).GetMember("type").GetNumber<short>();
@@ -275,21 +277,10 @@ struct ValueTarget {
 
 AttributeBytesRawList ReadItems(const Place& place, int depth);
 
-void AppendOption(const Place& place, const ValueTarget& target) {
-    AttributeBytesOptionValue(ReadId(place), target.isSpecified).AppendTypeAndValueState(target.out);
-}
-
-void AppendInteger(const Place& place, const ValueTarget& target) {
-    AttributeBytesIntegerValue(place.GetNumber<LONG>(), target.isSpecified)
-        .AppendTypeAndValueState(target.out);
-}
-
-void AppendString(const Place& place, const ValueTarget& target) {
-    AttributeBytesStringValue(place.GetText(), target.isSpecified).AppendTypeAndValueState(target.out);
-}
-
-void AppendBoolean(const Place& place, const ValueTarget& target) {
-    AttributeBytesBooleanValue(place.GetBoolean(), target.isSpecified).AppendTypeAndValueState(target.out);
+/// Appends a value that is made of one thing that a place is read as.
+template <class Value, auto read>
+void AppendSimple(const Place& place, const ValueTarget& target) {
+    Value(std::invoke(read, place), target.isSpecified).AppendTypeAndValueState(target.out);
 }
 
 /// The low and the high end of a range.
@@ -330,13 +321,16 @@ void AppendResolution(const Place& place, const ValueTarget& target) {
         .AppendTypeAndValueState(target.out);
 }
 
-void AppendBlob(const Place& place, const ValueTarget& target) {
+ByteBuffer ReadBytes(const Place& place) {
     const std::string& digits = place.GetString();
     if (digits.size() % 2 != 0) place.RefuseBecause("must have an even number of hexadecimal digits");
     if (digits.find_first_not_of("0123456789ABCDEFabcdef") != std::string::npos)
         place.RefuseBecause("must have hexadecimal digits only");
-    const ByteBuffer bytes = ByteBuffer::createFromHexBinaryString(FromUtf8(digits));
-    AttributeBytesDataBlobValue(bytes, target.isSpecified).AppendTypeAndValueState(target.out);
+    return ByteBuffer::createFromHexBinaryString(FromUtf8(digits));
+}
+
+UtcTime ReadTime(const Place& place) {
+    return UtcTime(place.GetNumber<std::int64_t>());
 }
 
 void AppendList(const Place& place, const ValueTarget& target) {
@@ -349,23 +343,23 @@ void AppendList(const Place& place, const ValueTarget& target) {
     value.AppendTypeAndValueState(target.out);
 }
 
-void AppendDateTime(const Place& place, const ValueTarget& target) {
-    const UtcTime time(place.GetNumber<std::int64_t>());
-    AttributeBytesDateTimeValue(time, target.isSpecified).AppendTypeAndValueState(target.out);
-}
-
 struct ValueKind {
     std::string_view name;
     void (*append)(const Place& content, const ValueTarget& target);
 };
 
 constexpr ValueKind valueKinds[] = {
-    {"option", AppendOption},       {"integer", AppendInteger},
-    {"string", AppendString},       {"boolean", AppendBoolean},
-    {"range", AppendRange},         {"dimensionRange", AppendDimensionRange},
-    {"dimension", AppendDimension}, {"resolution", AppendResolution},
-    {"blob", AppendBlob},           {"list", AppendList},
-    {"dateTime", AppendDateTime},
+    {"option", AppendSimple<AttributeBytesOptionValue, &ReadId>},
+    {"integer", AppendSimple<AttributeBytesIntegerValue, &Place::GetNumber<LONG>>},
+    {"string", AppendSimple<AttributeBytesStringValue, &Place::GetText>},
+    {"boolean", AppendSimple<AttributeBytesBooleanValue, &Place::GetBoolean>},
+    {"range", AppendRange},
+    {"dimensionRange", AppendDimensionRange},
+    {"dimension", AppendDimension},
+    {"resolution", AppendResolution},
+    {"blob", AppendSimple<AttributeBytesDataBlobValue, &ReadBytes>},
+    {"list", AppendList},
+    {"dateTime", AppendSimple<AttributeBytesDateTimeValue, &ReadTime>},
 };
 
 // Lists and namespaces
@@ -387,7 +381,7 @@ AttributeBytesRawList ReadItems(const Place& place, int depth) {
     return AttributeBytesRawList(state);
 }
 
-/// A number in decimal digits, written in the only way there is: "-5", "12".
+/// A number in decimal digits without leading zeros or "+": "-5", "12".
 std::optional<LONG> ParseNameSpaceNumber(const std::string& text) {
     LONG number = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number);

@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "platform/utf8.h"
 #include "utilities/debuggingandexceptions/norvaexception.h"
 
 namespace {
@@ -10,69 +11,30 @@ namespace {
 constexpr char32_t replacement = 0xFFFD;
 constexpr char hexDigits[] = "0123456789ABCDEF";
 
-bool IsHighSurrogate(char32_t unit) {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-
-bool IsLowSurrogate(char32_t unit) {
-    return unit >= 0xDC00 && unit < 0xE000;
-}
-
 bool IsSurrogate(char32_t unit) {
-    return unit >= 0xD800 && unit < 0xE000;
+    return platform::IsHighSurrogate(unit) || platform::IsLowSurrogate(unit);
 }
 
 void AppendUtf8(std::string& out, char32_t character) {
-    const auto continuation = [&out, character](int shift) {
-        out += static_cast<char>(0x80 | (character >> shift & 0x3F));
-    };
-    if (character < 0x80) {
-        out += static_cast<char>(character);
-    } else if (character < 0x800) {
-        out += static_cast<char>(0xC0 | character >> 6);
-        continuation(0);
-    } else if (character < 0x10000) {
-        out += static_cast<char>(0xE0 | character >> 12);
-        continuation(6);
-        continuation(0);
-    } else {
-        out += static_cast<char>(0xF0 | character >> 18);
-        continuation(12);
-        continuation(6);
-        continuation(0);
-    }
+    platform::EncodeUtf8(character, [&out](char byte) { out += byte; });
 }
 
 /// Takes the character at a position, which is then advanced; a lone surrogate is returned as it is.
 char32_t TakeCharacter(const CXString& text, int& position) {
     const char32_t first = text.GetAt(position++);
-    if (!IsHighSurrogate(first) || position == text.GetLength()) return first;
+    if (!platform::IsHighSurrogate(first) || position == text.GetLength()) return first;
     const char32_t second = text.GetAt(position);
-    if (!IsLowSurrogate(second)) return first;
+    if (!platform::IsLowSurrogate(second)) return first;
     ++position;
     return 0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00);
 }
 
 /// Takes the character at the beginning of UTF-8, which is then shortened.
 char32_t TakeCharacter(std::string_view& text) {
-    const auto byteAt = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned lead = byteAt(0);
-    const std::size_t length = lead < 0x80   ? 1
-                               : lead < 0xC2 ? 0
-                               : lead < 0xE0 ? 2
-                               : lead < 0xF0 ? 3
-                               : lead < 0xF5 ? 4
-                                             : 0;
-    constexpr char32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000};
-    char32_t character = length == 1 ? lead : length == 0 ? replacement : lead & (0x7Fu >> length);
-    bool isValid = length != 0 && length <= text.size();
-    for (std::size_t i = 1; isValid && i < length; ++i) {
-        isValid = (byteAt(i) & 0xC0) == 0x80;
-        character = character << 6 | (byteAt(i) & 0x3Fu);
-    }
-    isValid = isValid && character >= smallest[length] && character < 0x110000 && !IsSurrogate(character);
-    text.remove_prefix(isValid ? length : 1);
-    return isValid ? character : replacement;
+    char32_t character = replacement;
+    const std::size_t length = platform::DecodeUtf8(text.data(), text.size(), character);
+    text.remove_prefix(length != 0 ? length : 1);
+    return length != 0 ? character : replacement;
 }
 
 void AppendEscape(std::string& out, char32_t unit) {

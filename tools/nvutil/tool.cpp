@@ -19,15 +19,22 @@ constexpr auto description =
     "\"-\" stands for standard input or output.\n"
     "Exit status: 0 success, 1 the input was refused, 2 wrong usage.";
 
-// CLI11 takes "-.5" for an option, unlike "-5", so it meets such an argument with a mark in front that no
-// argument has.
+/// The groups of commands, in the order of the help.
+constexpr void (*groups[])(CLI::App&, ToolRun&) = {
+    AddStateCommands,     AddBufferCommands, AddSettingsCommands, AddIniCommands,
+    AddProductCommands,   AddPdlCommands,    AddBase64Commands,   AddConvertCommand,
+    AddIntegrityCommands, AddSealCommands,   AddXmlCommands,      AddExceptionsCommand,
+};
+
+// CLI11 takes "-5" for a number, but "-.5" for an option. Arguments that begin with "-." are therefore given
+// to it with a zero in front, which no argument can hold, and the commands get them without it.
 constexpr char mark = '\0';
 
 std::string WithoutMark(const std::string& argument) {
     return argument.starts_with(mark) ? argument.substr(1) : argument;
 }
 
-/// Lets every command see the arguments as they were given.
+/// Lets every command see the arguments as the user gave them.
 void TakeMarksAway(CLI::App& app) {
     for (CLI::Option* const option : app.get_options())
         option->transform(WithoutMark);
@@ -45,7 +52,7 @@ void Parse(CLI::App& app, std::span<const std::string> arguments) {
     app.parse(std::move(reversed));
 }
 
-/// Whether every argument is text in UTF-8: names of different bytes that are none would become one name.
+/// Whether every argument is valid UTF-8. Otherwise two names of different bytes could become the same name.
 bool AreText(std::span<const std::string> arguments, ToolRun& run) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (ToUtf8(FromUtf8(arguments[i])) == arguments[i]) continue;
@@ -55,7 +62,7 @@ bool AreText(std::span<const std::string> arguments, ToolRun& run) {
     return true;
 }
 
-/// What was printed may have been kept back until now, and a full disk must not pass for success.
+/// What was printed may still be in a buffer, and a full disk must not look like success.
 void FinishOutput(ToolRun& run) {
     run.out.flush();
     if (run.out) return;
@@ -84,18 +91,8 @@ int RunTool(std::span<const std::string> arguments, std::istream& in, std::ostre
     app.require_subcommand(1);
     app.fallthrough();
     app.add_flag("--verbose", run.isVerbose, "Describe a refusal in full");
-    AddStateCommands(app, run);
-    AddBufferCommands(app, run);
-    AddSettingsCommands(app, run);
-    AddIniCommands(app, run);
-    AddProductCommands(app, run);
-    AddPdlCommands(app, run);
-    AddBase64Commands(app, run);
-    AddConvertCommand(app, run);
-    AddIntegrityCommands(app, run);
-    AddSealCommands(app, run);
-    AddXmlCommands(app, run);
-    AddExceptionsCommand(app, run);
+    for (const auto addCommands : groups)
+        addCommands(app, run);
     try {
         Parse(app, arguments);
         FinishOutput(run);

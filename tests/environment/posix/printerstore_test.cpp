@@ -29,14 +29,18 @@ const CXString name = NV_TEXT("Value");
 /// Every test has a folder of its own, and in it the store.
 class PrinterStore : public testing::Test {
 protected:
-    static void Write(const ByteBuffer& data) {
-        Printer(printerName, Printer::Opening::MayBeNew)
-            .SetPrinterDataExW(key, name, Printer::typeBinary, data);
+    static void Store(Printer& printer, const ByteBuffer& data, const CXString& valueName = name) {
+        printer.SetPrinterDataExW(key, valueName, Printer::typeBinary, data);
     }
-    static ByteBuffer Read() {
+    static void Write(const ByteBuffer& data, const CXString& printer = printerName) {
+        Printer opened(printer, Printer::Opening::MayBeNew);
+        Store(opened, data);
+    }
+    /// Empty when it is absent.
+    static ByteBuffer Read(const Printer& printer = Printer(printerName)) {
         DWORD type = 0;
         ByteBuffer data;
-        EXPECT_TRUE(Printer(printerName).GetPrinterDataW(name, type, data));
+        printer.GetPrinterDataW(name, type, data);
         return data;
     }
     std::string ReadStore() const { return ReadWholeFile(m_file); }
@@ -64,13 +68,11 @@ TEST_F(PrinterStore, HoldsAPrinterFromItsFirstValueToItsLast) {
     EXPECT_THROW(Printer{printerName}, ExceptionPrinterFailure);
     EXPECT_TRUE(Printer::EnumeratePrinters().empty());
     Printer printer(printerName, Printer::Opening::MayBeNew);
-    DWORD type = 0;
-    ByteBuffer data;
-    EXPECT_FALSE(printer.GetPrinterDataW(name, type, data));
+    EXPECT_EQ(Read(printer), ByteBuffer());
     EXPECT_FALSE(printer.DeletePrinterDataExW(key, name));
     EXPECT_FALSE(fs::exists(m_folder)) << "reading makes no store";
 
-    printer.SetPrinterDataExW(key, name, Printer::typeBinary, {1});
+    Store(printer, {1});
     EXPECT_EQ(Printer::EnumeratePrinters(), std::vector{printerName});
     EXPECT_EQ(Narrow(Printer(NV_TEXT("OFFICE")).GetName()), "OFFICE") << "names have no case";
     EXPECT_TRUE(printer.DeletePrinterDataExW(key, name));
@@ -84,16 +86,13 @@ TEST_F(PrinterStore, TakesBackAnUpdateThatIsNotCommitted) {
     Printer printer(printerName);
     {
         const PrinterDataUpdate update(printer);
-        printer.SetPrinterDataExW(key, name, Printer::typeBinary, {2});
+        Store(printer, {2}, NV_TEXT("VALUE"));
         EXPECT_EQ(Read(), ByteBuffer{1}) << "others see the former value meanwhile";
-        DWORD type = 0;
-        ByteBuffer data;
-        EXPECT_TRUE(printer.GetPrinterDataW(NV_TEXT("VALUE"), type, data));
-        EXPECT_EQ(data, ByteBuffer{2});
-        printer.SetPrinterDataExW(key, NV_TEXT("New"), Printer::typeBinary, {3});
+        EXPECT_EQ(Read(printer), ByteBuffer{2});
+        Store(printer, {3}, NV_TEXT("New"));
         EXPECT_TRUE(printer.DeletePrinterDataExW(key, name));
         EXPECT_FALSE(printer.DeletePrinterDataExW(key, name));
-        EXPECT_FALSE(printer.GetPrinterDataW(name, type, data));
+        EXPECT_EQ(Read(printer), ByteBuffer());
         EXPECT_EQ(printer.EnumeratePrinterDataExW(key), std::vector<CXString>{NV_TEXT("New")});
     }
     EXPECT_EQ(Read(), ByteBuffer{1});
@@ -103,13 +102,11 @@ TEST_F(PrinterStore, HoldsUpOnlyThoseWhoChangeThePrinterThatIsUpdated) {
     Write({1});
     Printer printer(printerName);
     auto update = std::make_unique<PrinterDataUpdate>(printer);
-    Printer(NV_TEXT("Other"), Printer::Opening::MayBeNew)
-        .SetPrinterDataExW(key, name, Printer::typeBinary, {5});  // does not wait
-    std::thread writer(
-        [] { Printer(NV_TEXT("OFFICE")).SetPrinterDataExW(key, name, Printer::typeBinary, {9}); });
+    Write({5}, NV_TEXT("Other"));  // does not wait
+    std::thread writer([] { Write({9}, NV_TEXT("OFFICE")); });
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     EXPECT_EQ(Read(), ByteBuffer{1});
-    printer.SetPrinterDataExW(key, name, Printer::typeBinary, {2});
+    Store(printer, {2});
     update->Commit();
     writer.join();
     EXPECT_EQ(Read(), ByteBuffer{9});
@@ -119,8 +116,8 @@ TEST_F(PrinterStore, IsMadeByManyProcessesAtOnce) {
     std::vector<std::unique_ptr<Child>> makers;
     for (int i = 0; i < 8; ++i) {
         makers.push_back(std::make_unique<Child>([&, i] {
-            Printer(printerName, Printer::Opening::MayBeNew)
-                .SetPrinterDataExW(key, FormatText(NV_TEXT("Value %d"), i), Printer::typeBinary, {1});
+            Printer printer(printerName, Printer::Opening::MayBeNew);
+            Store(printer, {1}, FormatText(NV_TEXT("Value %d"), i));
             return true;
         }));
     }
@@ -159,16 +156,13 @@ TEST_F(PrinterStore, BelongsToItsUserAlone) {
 TEST_F(PrinterStore, IsTheFileThatHasItsName) {
     Write({1});
     Printer printer(printerName);
-    DWORD type = 0;
-    ByteBuffer data;
-    EXPECT_TRUE(printer.GetPrinterDataW(name, type, data));
+    EXPECT_EQ(Read(printer), ByteBuffer{1});
     fs::rename(m_file, m_file + ".old");
-    EXPECT_FALSE(printer.GetPrinterDataW(name, type, data));
+    EXPECT_EQ(Read(printer), ByteBuffer());
     Write({2});
-    EXPECT_TRUE(printer.GetPrinterDataW(name, type, data));
-    EXPECT_EQ(data, ByteBuffer{2});
+    EXPECT_EQ(Read(printer), ByteBuffer{2});
     fs::rename(m_file + ".old", m_file);
-    printer.SetPrinterDataExW(key, NV_TEXT("Other"), Printer::typeBinary, {3});
+    Store(printer, {3}, NV_TEXT("Other"));
     EXPECT_EQ(Read(), ByteBuffer{1});
     EXPECT_EQ(printer.EnumeratePrinterDataExW(key).size(), 2u);
 }
@@ -211,21 +205,11 @@ TEST_F(PrinterStore, StandsInTheUsersStateFolder) {
     EXPECT_TRUE(fs::exists(m_folder / "nvutil/printers.sqlite"));
 }
 
-TEST_F(PrinterStore, KnowsWhenAValueWasWritten) {
-    Write({1});
-    UtcTime time;
-    EXPECT_TRUE(Printer(printerName).GetPrinterDataTime(key, name, time));
-    constexpr std::int64_t year2024 = 1704067200;
-    EXPECT_GT(time.GetTime64Value(), year2024);
-}
-
-struct Damage {
+// The header's fields are those of the database's published format.
+const struct {
     const char* what;
     void (*apply)(std::string& store);
-};
-
-// The header's fields are those of the database's published format.
-const Damage damages[] = {
+} damages[] = {
     {"not a database", [](std::string& store) { store = "settings of printers, but as text"; }},
     {"a wrong mark", [](std::string& store) { store[0] = 'X'; }},
     {"another application's", [](std::string& store) { store[70] = 0; }},
@@ -242,7 +226,7 @@ const Damage damages[] = {
 TEST_F(PrinterStore, ThatIsDamagedIsRefusedAndLeftAlone) {
     Write(ByteBuffer(10000, 7));
     const std::string sound = ReadStore();
-    for (const Damage& damage : damages) {
+    for (const auto& damage : damages) {
         SCOPED_TRACE(damage.what);
         std::string store = sound;
         damage.apply(store);
@@ -279,8 +263,12 @@ TEST_F(PrinterStore, ThatCannotBeOpenedIsRefused) {
                 }).Succeeds());
 }
 
-TEST_F(PrinterStore, KnowsNoHandleThatWasClosed) {
+TEST_F(PrinterStore, KnowsWhenAValueWasWrittenAndNoHandleThatWasClosed) {
     Write({1});
+    UtcTime time;
+    EXPECT_TRUE(Printer(printerName).GetPrinterDataTime(key, name, time));
+    constexpr std::int64_t year2024 = 1704067200;
+    EXPECT_GT(time.GetTime64Value(), year2024);
     const HANDLE closed = Printer(printerName).GetHandle();
     const Printer next(printerName);
     EXPECT_THROW(Printer{closed}, ExceptionInvalidPrinterHandle);
@@ -325,8 +313,8 @@ TEST_F(PrinterStore, ThatIsFullKeepsWhatItHas) {
         ExpectFailure([] {
             Printer printer(printerName);
             PrinterDataUpdate update(printer);
-            printer.SetPrinterDataExW(key, name, Printer::typeBinary, {3});
-            printer.SetPrinterDataExW(key, NV_TEXT("Other"), Printer::typeBinary, ByteBuffer(1'000'000, 2));
+            Store(printer, {3});
+            Store(printer, ByteBuffer(1'000'000, 2), NV_TEXT("Other"));
             update.Commit();
         });
         EXPECT_EQ(Read(), ByteBuffer{1});
@@ -338,32 +326,26 @@ TEST_F(PrinterStore, ThatIsFullKeepsWhatItHas) {
 TEST_F(PrinterStore, IsUsedOnBothSidesOfAFork) {
     Write({1});
     Printer printer(printerName);
-    const auto read = [&] {
-        DWORD type = 0;
-        ByteBuffer data;
-        printer.GetPrinterDataW(name, type, data);
-        return data;
-    };
-    EXPECT_EQ(read(), ByteBuffer{1});
+    EXPECT_EQ(Read(printer), ByteBuffer{1});
     EXPECT_TRUE(Child([&] {
-                    const bool isRead = read() == ByteBuffer{1};
-                    printer.SetPrinterDataExW(key, name, Printer::typeBinary, {2});
-                    return isRead && read() == ByteBuffer{2};
+                    const bool isRead = Read(printer) == ByteBuffer{1};
+                    Store(printer, {2});
+                    return isRead && Read(printer) == ByteBuffer{2};
                 }).Succeeds());
-    EXPECT_EQ(read(), ByteBuffer{2});
+    EXPECT_EQ(Read(printer), ByteBuffer{2});
 
     PrinterDataUpdate update(printer);
-    printer.SetPrinterDataExW(key, name, Printer::typeBinary, {3});
+    Store(printer, {3});
     EXPECT_TRUE(Child([&] {
                     try {
-                        read();
+                        Read(printer);
                         return false;  // the update is the parent's
                     } catch (const ExceptionInvalidPrinterHandle&) {
                         return true;
                     }
                 }).Succeeds());
     update.Commit();
-    EXPECT_EQ(read(), ByteBuffer{3});
+    EXPECT_EQ(Read(printer), ByteBuffer{3});
 }
 
 }  // namespace

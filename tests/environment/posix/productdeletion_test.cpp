@@ -9,6 +9,7 @@
 #include "environment/productdata.h"
 #include "environment/productfolder.h"
 #include "support/platform/testprinter.h"
+#include "support/throws.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
 
 namespace {
@@ -19,7 +20,7 @@ TEST(ProductLinks, AreDeletedButNotFollowed) {
     const ProductFolder folder;
     folder.Write("outside/file", "kept");
     folder.Write("Product Data/orphan/a.map", "");
-    const fs::path root = fs::path(folder.GetPath()) / "Product Data";
+    const fs::path root = folder.PathOf("Product Data");
     fs::create_directory_symlink("../../outside", root / "orphan" / "folder");
     fs::create_symlink("../../outside/file", root / "orphan" / "file");
     fs::create_directory_symlink("../outside", root / "link");
@@ -41,7 +42,7 @@ TEST(ProductLinks, LeadToFoldersInUse) {
     const ProductFolder folder;
     folder.Write("Product Data/used/deep/a.map", "Model:A\nX:1\n");
     folder.Write("Product Data/\xFF/a.map", "Model:A\nX:1\n");
-    const fs::path alias = fs::path(folder.GetPath()) / "alias";
+    const fs::path alias = folder.PathOf("alias");
     const TestPrinter testPrinter;
     Printer printer(testPrinter.GetName());
     const auto deleteOrphans = [&folder] {
@@ -55,18 +56,17 @@ TEST(ProductLinks, LeadToFoldersInUse) {
         EXPECT_EQ(data.GetModels().size(), 1u) << target;
         EXPECT_EQ(deleteOrphans(), orphans) << target;
         // As a printer has it that was told of its folder long ago.
-        const CXString former = folder.NameOf("alias");
-        printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("ProductDataMappings"), Printer::typeString,
-                                  ByteBuffer(former).appendNullChar());
+        StoreText(printer, NV_TEXT("ProductDataMappings"), folder.NameOf("alias"));
         EXPECT_EQ(deleteOrphans(), orphans) << target;
         fs::remove(alias);
     }
     EXPECT_EQ(deleteOrphans(), 1u) << "the printer's folder is gone";
-    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("ProductDataMappings"), Printer::typeString,
-                              ByteBuffer(folder.NameOf("Product Data/former")).appendNullChar());
-    EXPECT_THROW(deleteOrphans(), ExceptionPrinterFailure) << "it may be called \"used\" now";
-    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("ProductDataMappings"), Printer::typeString,
-                              ByteBuffer(folder.NameOf("alias")).appendNullChar());
+    StoreText(printer, NV_TEXT("ProductDataMappings"), folder.NameOf("Product Data/former"));
+    const std::string message = MessageOf<ExceptionPrinterFailure>(deleteOrphans);  // it may be "used" now
+    EXPECT_TRUE(message.starts_with(Narrow(testPrinter.GetName()) + ": the printer's product data folder ") &&
+                message.find("/former cannot be found: ") != std::string::npos)
+        << message;
+    StoreText(printer, NV_TEXT("ProductDataMappings"), folder.NameOf("alias"));
     fs::create_directory_symlink("missing", alias);
     EXPECT_THROW(deleteOrphans(), ExceptionPrinterFailure) << "who knows where it led";
 }
@@ -83,7 +83,7 @@ TEST(ProductFolders, AreDeletedWhateverTheNamesInThem) {
     const TestPrinter printer;  // sees to a store of the test's own
     EXPECT_THROW(ProductData::DeleteOrphanedProductDataFolders(folder.GetName(), false),
                  ExceptionOperatingSystemFailure);
-    const fs::path root = fs::path(folder.GetPath()) / "Product Data";
+    const fs::path root = folder.PathOf("Product Data");
     EXPECT_TRUE(fs::exists(root / "a"));
     EXPECT_FALSE(fs::exists(root / "b")) << "what cannot be deleted is in the way of no other";
     EXPECT_TRUE(fs::exists(root / "\xFF" / "kept"));
@@ -94,7 +94,7 @@ TEST(ProductValues, AreDeletedForModelsThatNoPrinterUses) {
     folder.Write("all.map", "Model:A\nModel:B\nModel:C\nX:1\n");
     const TestPrinter testPrinter;
     Printer printer(testPrinter.GetName());
-    const ProductData data(printer.GetHandle(), folder.GetName(), ProductData::ModelTypeName, NV_TEXT("B"));
+    const ProductData data = folder.Read("B", printer.GetHandle());
     EXPECT_TRUE(ProductData::DeleteOrphanedPerPrinterRegKeys(false).empty());
     folder.Write("all.map", "X:1\n");
     const fs::path path = folder.GetPath();
@@ -122,8 +122,7 @@ TEST(ProductValues, AreDeletedForModelsThatNoPrinterUses) {
         return ProductData(printer.GetHandle(), {}, ProductData::ModelTypeName, {}).IsValidated();
     };
     EXPECT_TRUE(isFound());
-    printer.SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("xUPDCurrentModel"), Printer::typeBinary,
-                              ByteBuffer(CXString(NV_TEXT("B"))).appendNullChar());
+    StoreText(printer, NV_TEXT("xUPDCurrentModel"), NV_TEXT("B"), Printer::typeBinary);
     EXPECT_FALSE(isFound());
 }
 

@@ -16,7 +16,7 @@ namespace {
 std::string ToUtf8(const wchar_t* text) {
     constexpr DWORD flags = WC_ERR_INVALID_CHARS;
     const int size = WideCharToMultiByte(CP_UTF8, flags, text, -1, nullptr, 0, nullptr, nullptr);
-    if (size == 0) return "\xFF";  // half a surrogate pair is no text, nor is this
+    if (size == 0) return "\xFF";  // a lone surrogate; the tool refuses what is not valid UTF-8
     std::string utf8(static_cast<std::size_t>(size), '\0');
     WideCharToMultiByte(CP_UTF8, flags, text, -1, utf8.data(), size, nullptr, nullptr);
     utf8.pop_back();  // the terminator

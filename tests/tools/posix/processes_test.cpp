@@ -1,4 +1,5 @@
-// Processes that save settings: killed at any moment, and eight at the same time.
+// What only processes and permissions show: savers of settings that are killed at any moment or are eight at
+// the same time, and who can open the files that `nvutil unseal` writes.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -9,15 +10,12 @@
 #include <vector>
 
 #include "nvutil/text.h"
+#include "platform/profilefiles.h"
 #include "support/platform/posix/process.h"
 #include "support/platform/testprinter.h"
 #include "tools/toolruns.h"
 
 namespace {
-
-std::string Attribute(int feature) {
-    return R"({"id": {"feature": )" + std::to_string(feature) + R"(}, "value": {"integer": 7}})";
-}
 
 /// A state of several pages of the store, which no compression makes smaller.
 std::string StateWithBlob(const std::string& version, unsigned seed) {
@@ -73,7 +71,7 @@ TEST(SettingsFaults, DoNotMakeEightProcessesLoseAnything) {
     for (int process = 0; process < processes; ++process) {
         savers.push_back(std::make_unique<Child>([&, process] {
             for (int step = 0; step < steps; ++step) {
-                const std::string attribute = Attribute(100 * process + step);
+                const std::string attribute = IntegerAttribute(100 * process + step, 7);
                 if (Nvutil({"settings", "set", "--printer", name, attribute}).status != 0) return false;
             }
             return true;
@@ -84,7 +82,22 @@ TEST(SettingsFaults, DoNotMakeEightProcessesLoseAnything) {
     const std::string all = Nvutil({"settings", "get", "--printer", name}).out;
     for (int process = 0; process < processes; ++process) {
         for (int step = 0; step < steps; ++step)
-            EXPECT_NE(all.find(Attribute(100 * process + step)), std::string::npos) << process << ' ' << step;
+            EXPECT_TRUE(Fits(all, '*' + IntegerAttribute(100 * process + step, 7))) << process << ' ' << step;
+    }
+}
+
+TEST(UnsealedFiles, AreForTheirUserUnlessTheyReplaceOthers) {
+    const profiletest::Folder folder;
+    const std::string sealed = Nvutil({"seal", "-"}, "secret").out;
+    for (const unsigned mode : {0u, 0640u, 0644u}) {
+        const profiletest::File file(folder / std::to_string(mode));
+        if (mode != 0) {
+            const profiletest::File existing(file.GetPath(), "before");
+            std::filesystem::permissions(file.GetPath(), std::filesystem::perms(mode));
+        }
+        EXPECT_EQ(Nvutil({"unseal", "-", "-o", file.GetPath()}, sealed).error, "");
+        EXPECT_EQ(file.GetContent(), "secret");
+        EXPECT_EQ(ModeOf(file.GetPath()), mode != 0 ? mode : 0600u);
     }
 }
 
