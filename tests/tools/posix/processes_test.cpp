@@ -13,7 +13,7 @@
 #include "platform/profilefiles.h"
 #include "support/platform/posix/process.h"
 #include "support/platform/testprinter.h"
-#include "tools/toolruns.h"
+#include "tools/tooltest.h"
 
 namespace {
 
@@ -65,7 +65,7 @@ TEST(SettingsFaults, LeaveTheOldStateOrTheNewOneWhole) {
 
 TEST(SettingsFaults, DoNotMakeEightProcessesLoseAnything) {
     constexpr int processes = 8;
-    constexpr int steps = 10;
+    constexpr int steps = 5;
     const TestPrinter printer;
     const std::string name = ToUtf8(printer.GetName());
     std::vector<std::unique_ptr<Child>> savers;
