@@ -9,7 +9,7 @@
 #include "nvutil/progress.h"
 #include "nvutil/text.h"
 #include "support/bytes.h"
-#include "tools/toolruns.h"
+#include "tools/tooltest.h"
 
 namespace {
 

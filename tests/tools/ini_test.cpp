@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "tools/toolruns.h"
+#include "tools/tooltest.h"
 
 namespace {
 

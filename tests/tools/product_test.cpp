@@ -11,7 +11,7 @@
 #include "nvutil/text.h"
 #include "support/cabinettools.h"
 #include "support/platform/testprinter.h"
-#include "tools/toolruns.h"
+#include "tools/tooltest.h"
 
 namespace {
 

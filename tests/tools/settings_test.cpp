@@ -10,7 +10,7 @@
 #include "nvutil/text.h"
 #include "support/bytes.h"
 #include "support/platform/testprinter.h"
-#include "tools/toolruns.h"
+#include "tools/tooltest.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include "nvutil/statebytes.h"
 #include "support/bytes.h"
 #include "support/growth.h"
-#include "tools/toolruns.h"
+#include "tools/tooltest.h"
 #include "utilities/attributebytes/attributebytes.h"
 #include "utilities/debuggingandexceptions/norvaexception.h"
 #include "utilities/utilitiesdll/driverversion.h"

@@ -13,7 +13,7 @@
 #include "platform/profilefiles.h"
 #include "support/platform/posix/process.h"
 #include "support/platform/testprinter.h"
-#include "tools/toolruns.h"
+#include "tools/tooltest.h"
 
 namespace {
 
@@ -43,7 +43,8 @@ TEST(SettingsFaults, LeaveTheOldStateOrTheNewOneWhole) {
     std::mt19937 random(std::random_device{}());
     int changes = 0;
     std::string former = states[0];
-    for (int kill = 0; kill < 200; ++kill) {
+    constexpr int kills = 100;
+    for (int kill = 0; kill < kills; ++kill) {
         Child saver([&] {
             for (std::size_t turn = former == states[0] ? 1 : 0;; ++turn)
                 if (!import(states[turn % 2])) return false;
@@ -59,12 +60,12 @@ TEST(SettingsFaults, LeaveTheOldStateOrTheNewOneWhole) {
         former = stored.out;
     }
     EXPECT_GT(changes, 0) << "no save came to its end";
-    EXPECT_LT(changes, 200) << "no save was interrupted";
+    EXPECT_LT(changes, kills) << "no save was interrupted";
 }
 
 TEST(SettingsFaults, DoNotMakeEightProcessesLoseAnything) {
     constexpr int processes = 8;
-    constexpr int steps = 10;
+    constexpr int steps = 5;
     const TestPrinter printer;
     const std::string name = ToUtf8(printer.GetName());
     std::vector<std::unique_ptr<Child>> savers;
