@@ -55,7 +55,7 @@ void RequireIndexable(const AttributeBytesRawList& list) {
 StateContents RequireSettings(const ByteBuffer& state) {
     StateContents contents = ReadState(state);
     AttributeBytesRawList settings;
-    PersistentAttributes::ReadNameSpaces(state).GetNameSpaceAttributes(SettingsNameSpace(), settings);
+    contents.byNumber.GetNameSpaceAttributes(SettingsNameSpace(), settings);
     RequireIndexable(settings);
     return contents;
 }

@@ -27,9 +27,14 @@ std::string_view TextOf(const ByteBuffer& bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
+/// For its scope, what is written is written by the version that the document names.
+CurrentVersionScope WriteAs(const StateDocument& document) {
+    return CurrentVersionScope(document.version.value_or(DriverVersion::GetCurrentDriverVersion()));
+}
+
 ByteBuffer BuildState(std::string_view json) {
     const StateDocument document = ReadStateJson(json);
-    const CurrentVersionScope scope(document.version.value_or(DriverVersion::GetCurrentDriverVersion()));
+    const auto scope = WriteAs(document);
     return PersistentAttributes(document.nameSpaces).GetPersistentAttributesState();
 }
 
@@ -38,9 +43,10 @@ ByteBuffer BuildState(std::string_view json) {
 /// them.
 void ShowJson(ToolRun& run, const StateContents& contents) {
     const std::string json = WriteStateJson(contents);
-    PersistentAttributes::PersistentAttributesHeaderType header;
+    const StateDocument document = ReadStateJson(json);
+    const auto scope = WriteAs(document);
     ByteBuffer rebuilt;
-    PersistentAttributes::GetComponentsFromStateDataBuffer(BuildState(json), header, rebuilt);
+    document.nameSpaces.GetAttributeBytesNameSpacesState(rebuilt);
     run.out << json;
     if (rebuilt != contents.uncompressed)
         run.error << "nvutil: " << OneLine(run.subject) << ": a state built from this JSON has other bytes\n";

@@ -1,9 +1,12 @@
 // A persisted attribute state, taken apart for showing and comparing.
 #include "nvutil/statefile.h"
 
+#include <utility>
+
 #include "nvutil/text.h"
 #include "utilities/attributebytes/attributebytes.h"
 #include "utilities/attributebytes/attributebytesindexedlist.h"
+#include "utilities/attributebytes/persistedstate.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
 
 namespace {
@@ -11,11 +14,8 @@ namespace {
 constexpr unsigned markSize = 4;
 constexpr unsigned indexedListBegin = 12;  // behind the mark and the driver version
 
-/// The namespaces of an uncompressed state that is known to be sound.
-std::vector<NameSpace> ReadNameSpaces(const ByteBuffer& uncompressed) {
-    AttributeBytesIndexedList entries;
-    entries.ImportAttributeBytesIndexedListState(uncompressed.data() + indexedListBegin,
-                                                 uncompressed.getDword() - indexedListBegin);
+std::vector<NameSpace> ListNameSpaces(const AttributeBytesNameSpaces& all) {
+    const AttributeBytesIndexedList& entries = all.GetNameSpaces();
     std::vector<NameSpace> nameSpaces;
     for (auto it = entries.GetIndexedListIterator(); entries.IsValidIndexedListIterator(it);
          entries.IncrementIndexedListIterator(it)) {
@@ -35,12 +35,10 @@ std::vector<NameSpace> ReadNameSpaces(const ByteBuffer& uncompressed) {
 }  // namespace
 
 StateContents ReadState(const ByteBuffer& state) {
-    StateContents contents{};
-    const PersistentAttributes checked(state, true, &contents.version);
-    PersistentAttributes::GetComponentsFromStateDataBuffer(state, contents.header, contents.uncompressed);
-    contents.size = state.size();
-    contents.nameSpaces = ReadNameSpaces(contents.uncompressed);
-    return contents;
+    nvutil::PersistedState read = nvutil::ReadPersistedState(state, true);
+    std::vector<NameSpace> nameSpaces = ListNameSpaces(read.nameSpaces);
+    return {read.header,  state.size(),          std::move(read.uncompressed),
+            read.version, std::move(nameSpaces), std::move(read.nameSpaces)};
 }
 
 std::size_t CountAttributes(const AttributeBytesRawList& list) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/types.h"
+#include "utilities/attributebytes/attributebytesnamespaces.h"
 #include "utilities/attributebytes/attributebytesrawlist.h"
 #include "utilities/attributebytes/persistentattributes.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
@@ -26,6 +27,7 @@ struct StateContents {
     ByteBuffer uncompressed;            ///< The namespaces' state.
     DriverVersion version;              ///< The version that the namespaces' state was written by.
     std::vector<NameSpace> nameSpaces;  ///< In the order of their numbers.
+    AttributeBytesNameSpaces byNumber;  ///< The same, to be asked by number.
 };
 
 /// Reads a state and checks every record in it.

@@ -19,7 +19,9 @@ public:
     /// @param version  receives the version of the driver that wrote it, when not null
     explicit AttributeBytesNameSpaces(const ByteBuffer& state, DriverVersion* version = nullptr);
     AttributeBytesNameSpaces(const AttributeBytesNameSpaces& other);
+    AttributeBytesNameSpaces(AttributeBytesNameSpaces&& other) noexcept;
     AttributeBytesNameSpaces& operator=(const AttributeBytesNameSpaces& other);
+    AttributeBytesNameSpaces& operator=(AttributeBytesNameSpaces&& other) noexcept;
     ~AttributeBytesNameSpaces();
 
     bool Exists(const AttributeBytesNameSpacesId& id) const;

@@ -1,6 +1,8 @@
 // PersistentAttributes: attribute namespaces as one compressed, versioned buffer.
 #pragma once
 
+#include <memory>
+
 #include "platform/types.h"
 #include "utilities/attributebytes/attributebytesnamespaces.h"
 #include "utilities/attributebytes/attributebytesrawlist.h"
@@ -8,7 +10,8 @@
 #include "utilities/utilitiesdll/cxstring.h"
 #include "utilities/utilitiesdll/driverversion.h"
 
-/// Holds the complete persisted bytes and rebuilds the namespaces from them on demand.
+/// Holds the complete persisted bytes, and the namespaces that they were found to hold when they were
+/// imported.
 ///
 /// The state is a header of 16 bytes and then the state of a CabCompressedBuffer that holds the namespaces'
 /// state. Every member that meets bytes of another form throws
@@ -36,10 +39,11 @@ public:
 
     /// Replaces the state by one that holds these namespaces, written by the current driver version.
     void SetAttributeBytesNameSpaces(const AttributeBytesNameSpaces& nameSpaces);
-    /// Expands the state.
-    /// @throws the exceptions of AttributeBytesNameSpaces::ImportAttributeBytesNameSpacesState
+    /// A copy of the namespaces. They are those of the import; only a state that this object wrote is
+    /// expanded for each request, which then throws what
+    /// AttributeBytesNameSpaces::ImportAttributeBytesNameSpacesState does.
     AttributeBytesNameSpaces GetAttributeBytesNameSpaces() const;
-    /// Expands the state and replaces `out` by one namespace.
+    /// Replaces `out` by one namespace, likewise.
     /// @throws ExceptionFeatureNotFound when the namespace is absent
     void GetAttributeBytesListForNameSpace(const AttributeBytesNameSpacesId& id,
                                            AttributeBytesRawList& out) const;
@@ -49,14 +53,13 @@ public:
     ///
     /// @param version       receives the version of the driver that wrote them
     /// @param checkRecords  also parse every record, nested lists included, so that damage is found now and
-    /// not when
-    ///                      iteration reaches it
+    ///                      not when iteration reaches it
     /// @param allowUpgrade  whether an older layout may be converted; there is none yet, and it has no effect
     /// @return true
     bool ImportPersistentAttributesState(const ByteBuffer& state, DriverVersion& version,
                                          bool checkRecords = false, bool allowUpgrade = true);
-    /// The namespaces of a state, checked and thrown for as ImportPersistentAttributesState does. To be
-    /// preferred where the bytes are not needed any more: an object would keep them and expand them again.
+    /// The namespaces of a state, checked and thrown for as ImportPersistentAttributesState does, where the
+    /// bytes are not needed any more.
     static AttributeBytesNameSpaces ReadNameSpaces(const ByteBuffer& state, bool checkRecords = false,
                                                    DriverVersion* version = nullptr);
     /// Expands the compressed part of a state.
@@ -92,4 +95,6 @@ private:
     void DoDefaultConstruction();
 
     ByteBuffer m_state;
+    /// What `m_state` holds when it was imported, null when this object wrote it. Copies share it, unchanged.
+    std::shared_ptr<const AttributeBytesNameSpaces> m_nameSpaces;
 };

@@ -25,6 +25,8 @@ AttributeBytesNameSpaces::AttributeBytesNameSpaces(const AttributeBytesNameSpace
     *this = other;
 }
 
+AttributeBytesNameSpaces::AttributeBytesNameSpaces(AttributeBytesNameSpaces&& other) noexcept = default;
+
 AttributeBytesNameSpaces& AttributeBytesNameSpaces::operator=(const AttributeBytesNameSpaces& other) {
     AttributeBytesIndexedList copy;
     for (auto it = other.m_nameSpaces.GetIndexedListIterator();
@@ -32,9 +34,12 @@ AttributeBytesNameSpaces& AttributeBytesNameSpaces::operator=(const AttributeByt
          other.m_nameSpaces.IncrementIndexedListIterator(it)) {
         copy.AddAttributeBytes(other.m_nameSpaces.GetAttributeBytesRefFromIndexedListIterator(it));
     }
-    m_nameSpaces = copy;
+    m_nameSpaces = std::move(copy);
     return *this;
 }
+
+AttributeBytesNameSpaces& AttributeBytesNameSpaces::operator=(AttributeBytesNameSpaces&& other) noexcept =
+    default;
 
 AttributeBytesNameSpaces::~AttributeBytesNameSpaces() = default;
 

@@ -6,6 +6,7 @@
 
 #include "platform/fork.h"
 #include "utilities/attributebytes/attributebytes.h"
+#include "utilities/attributebytes/persistedstate.h"
 #include "utilities/base/formattext.h"
 #include "utilities/compression/cabcompressedbuffer.h"
 #include "utilities/debuggingandexceptions/throwprotocol.h"
@@ -42,7 +43,40 @@ CXString DisplayOfAttributes(const AttributeBytesNameSpaces& nameSpaces) {
     return text;
 }
 
+/// Expands a compressed part; `function` and `line` are where users know its failure by.
+void Expand(const ByteBuffer& compressed, ByteBuffer& uncompressed, const char* function, int line) {
+    try {
+        CabCompressedBuffer::CreateWithBufferState(compressed)->GetOriginalData(uncompressed);
+    } catch (const NorvaException& e) {
+        NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat, function, line,
+                 NV_TEXT("the state cannot be expanded: %s"), e.GetExceptionIdentifierForUserDisplay());
+    }
+}
+
 }  // namespace
+
+nvutil::PersistedState nvutil::ReadPersistedState(const ByteBuffer& state, bool checkRecords) {
+    constexpr auto function = "PersistentAttributes::ImportPersistentAttributesState";
+    constexpr int line = 392;
+    PersistedState read;
+    ByteBuffer compressed;
+    PersistentAttributes::GetMajorComponentsFromStateDataBuffer(state, read.header, compressed);
+    if (!PersistentAttributes::IsCurrentVersionHeader(read.header)) {
+        NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat, function, line,
+                 NV_TEXT("unknown format version 0x%08lx"), read.header.formatVersion);
+    }
+    PersistentAttributes::GetComponentsFromCompressedDataBuffer(compressed, read.uncompressed);
+    try {
+        read.version = read.nameSpaces.ImportAttributeBytesNameSpacesState(read.uncompressed);
+        if (checkRecords) {
+            ForEachList(read.nameSpaces, [](const AttributeBytesRawList& list) { list.CheckRecords(); });
+        }
+    } catch (const NorvaException& e) {
+        NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat, function, line,
+                 NV_TEXT("the namespaces cannot be read: %s"), e.GetExceptionIdentifierForUserDisplay());
+    }
+    return read;
+}
 
 PersistentAttributes::PersistentAttributes() {
     DoDefaultConstruction();
@@ -68,10 +102,14 @@ void PersistentAttributes::SetAttributeBytesNameSpaces(const AttributeBytesNameS
     InitializeHeaderStructure(header);
     ByteBuffer uncompressed;
     nameSpaces.GetAttributeBytesNameSpacesState(uncompressed);
-    CreateStateDataFromComponents(header, uncompressed, m_state);
+    ByteBuffer state;
+    CreateStateDataFromComponents(header, uncompressed, state);
+    m_state.swap(state);
+    m_nameSpaces.reset();
 }
 
 AttributeBytesNameSpaces PersistentAttributes::GetAttributeBytesNameSpaces() const {
+    if (m_nameSpaces != nullptr) return *m_nameSpaces;
     Header header;
     ByteBuffer uncompressed;
     GetComponentsFromStateDataBuffer(m_state, header, uncompressed);
@@ -80,55 +118,30 @@ AttributeBytesNameSpaces PersistentAttributes::GetAttributeBytesNameSpaces() con
 
 void PersistentAttributes::GetAttributeBytesListForNameSpace(const AttributeBytesNameSpacesId& id,
                                                              AttributeBytesRawList& out) const {
+    if (m_nameSpaces != nullptr) return m_nameSpaces->GetNameSpaceAttributes(id, out);
     GetAttributeBytesNameSpaces().GetNameSpaceAttributes(id, out);
 }
 
 bool PersistentAttributes::ImportPersistentAttributesState(const ByteBuffer& state, DriverVersion& version,
                                                            bool checkRecords, bool /*allowUpgrade*/) {
     ByteBuffer upgraded = UpgradeOldStateDataVersionIfNecessary(state);
-    DriverVersion writer;
-    ReadNameSpaces(upgraded, checkRecords, &writer);
+    nvutil::PersistedState read = nvutil::ReadPersistedState(upgraded, checkRecords);
+    m_nameSpaces = std::make_shared<const AttributeBytesNameSpaces>(std::move(read.nameSpaces));
     m_state = std::move(upgraded);
-    version = writer;
+    version = read.version;
     return true;
 }
 
 AttributeBytesNameSpaces PersistentAttributes::ReadNameSpaces(const ByteBuffer& state, bool checkRecords,
                                                               DriverVersion* version) {
-    constexpr auto function = "PersistentAttributes::ImportPersistentAttributesState";
-    constexpr int line = 392;
-    Header header;
-    ByteBuffer compressed;
-    GetMajorComponentsFromStateDataBuffer(state, header, compressed);
-    if (!IsCurrentVersionHeader(header)) {
-        NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat, function, line,
-                 NV_TEXT("unknown format version 0x%08lx"), header.formatVersion);
-    }
-    ByteBuffer uncompressed;
-    GetComponentsFromCompressedDataBuffer(compressed, uncompressed);
-    AttributeBytesNameSpaces nameSpaces;
-    try {
-        const DriverVersion writer = nameSpaces.ImportAttributeBytesNameSpacesState(uncompressed);
-        if (checkRecords) {
-            ForEachList(nameSpaces, [](const AttributeBytesRawList& list) { list.CheckRecords(); });
-        }
-        if (version != nullptr) *version = writer;
-    } catch (const NorvaException& e) {
-        NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat, function, line,
-                 NV_TEXT("the namespaces cannot be read: %s"), e.GetExceptionIdentifierForUserDisplay());
-    }
-    return nameSpaces;
+    nvutil::PersistedState read = nvutil::ReadPersistedState(state, checkRecords);
+    if (version != nullptr) *version = read.version;
+    return std::move(read.nameSpaces);
 }
 
 void PersistentAttributes::ValidateCompressedData(const ByteBuffer& compressed) {
-    try {
-        ByteBuffer uncompressed;
-        CabCompressedBuffer::CreateWithBufferState(compressed)->GetOriginalData(uncompressed);
-    } catch (const NorvaException& e) {
-        NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat,
-                 "PersistentAttributes::ValidateCompressedData", 728,
-                 NV_TEXT("the state cannot be expanded: %s"), e.GetExceptionIdentifierForUserDisplay());
-    }
+    ByteBuffer uncompressed;
+    Expand(compressed, uncompressed, "PersistentAttributes::ValidateCompressedData", 728);
 }
 
 const AttributeBytesNameSpacesId& PersistentAttributes::GetDataModelDocPropNameSpaceId() {
@@ -177,13 +190,7 @@ void PersistentAttributes::GetMajorComponentsFromStateDataBuffer(const ByteBuffe
 
 void PersistentAttributes::GetComponentsFromCompressedDataBuffer(const ByteBuffer& compressed,
                                                                  ByteBuffer& uncompressed) {
-    try {
-        CabCompressedBuffer::CreateWithBufferState(compressed)->GetOriginalData(uncompressed);
-    } catch (const NorvaException& e) {
-        NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat,
-                 "PersistentAttributes::GetComponentsFromCompressedDataBuffer", 581,
-                 NV_TEXT("the state cannot be expanded: %s"), e.GetExceptionIdentifierForUserDisplay());
-    }
+    Expand(compressed, uncompressed, "PersistentAttributes::GetComponentsFromCompressedDataBuffer", 581);
 }
 
 void PersistentAttributes::GetComponentsFromStateDataBuffer(const ByteBuffer& state, Header& header,

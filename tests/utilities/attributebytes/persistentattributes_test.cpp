@@ -133,6 +133,27 @@ TEST_F(PersistentAttributesTest, KeepNamespacesBehindTheirHeader) {
                  ExceptionFeatureNotFound);
 }
 
+TEST_F(PersistentAttributesTest, AnswerForTheStateThatTheyHoldNow) {
+    PersistentAttributes object(PersistentAttributes(TwoNameSpaces()).GetPersistentAttributesState());
+    const std::string imported = StateOf(TwoNameSpaces());
+    object.GetAttributeBytesNameSpaces().DeleteNameSpaceAttributes(NameSpace(1));  // from a copy
+    EXPECT_EQ(StateOf(object.GetAttributeBytesNameSpaces()), imported);
+    DriverVersion version;
+    EXPECT_THROW(object.ImportPersistentAttributesState(Bytes("10"), version),
+                 ExceptionMissingOrBadPersistentAttributesFormat);
+    EXPECT_EQ(StateOf(object.GetAttributeBytesNameSpaces()), imported);
+
+    const PersistentAttributes copy = object;
+    AttributeBytesNameSpaces other;
+    other.SetNameSpaceAttributes(NameSpace(1), ListOf(11));
+    object.SetAttributeBytesNameSpaces(other);
+    EXPECT_EQ(StateOf(object.GetAttributeBytesNameSpaces()), StateOf(other));
+    AttributeBytesRawList list;
+    object.GetAttributeBytesListForNameSpace(NameSpace(1), list);
+    EXPECT_TRUE(list == ListOf(11));
+    EXPECT_EQ(StateOf(copy.GetAttributeBytesNameSpaces()), imported);
+}
+
 TEST_F(PersistentAttributesTest, RefuseEveryKindOfDamageAndKeepWhatTheyHold) {
     const ByteBuffer good = PersistentAttributes(TwoNameSpaces()).GetPersistentAttributesState();
     PersistentAttributes object;
