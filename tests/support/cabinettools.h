@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "support/memoryfiles.h"
 #include "support/cabinetbuilder.h"
+#include "support/memoryfiles.h"
 #include "utilities/compression/microsoftcabinetlibrary.h"
 
 namespace cabinettest {

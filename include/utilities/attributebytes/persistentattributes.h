@@ -33,14 +33,23 @@ public:
     explicit PersistentAttributes(const ByteBuffer& state, bool checkRecords = false,
                                   DriverVersion* version = nullptr);
     explicit PersistentAttributes(const AttributeBytesNameSpaces& nameSpaces);
+    /// A copy has the bytes alone, and so shares nothing with the object that another thread may use.
+    PersistentAttributes(const PersistentAttributes& other) : m_state(other.m_state) {}
+    PersistentAttributes(PersistentAttributes&& other) noexcept = default;
+    PersistentAttributes& operator=(PersistentAttributes other) noexcept {
+        m_state.swap(other.m_state);
+        m_nameSpaces.swap(other.m_nameSpaces);
+        return *this;
+    }
+    ~PersistentAttributes() = default;
 
     const ByteBuffer& GetPersistentAttributesState() const { return m_state; }
     DWORD GetPersistentAttributesStateSize() const { return m_state.getDword(); }
 
     /// Replaces the state by one that holds these namespaces, written by the current driver version.
     void SetAttributeBytesNameSpaces(const AttributeBytesNameSpaces& nameSpaces);
-    /// A copy of the namespaces. They are those of the import; only a state that this object wrote is
-    /// expanded for each request, which then throws what
+    /// A copy of the namespaces. They are those of the import; only a state that this object wrote or copied
+    /// is expanded for each request, which then throws what
     /// AttributeBytesNameSpaces::ImportAttributeBytesNameSpacesState does.
     AttributeBytesNameSpaces GetAttributeBytesNameSpaces() const;
     /// Replaces `out` by one namespace, likewise.
@@ -95,6 +104,6 @@ private:
     void DoDefaultConstruction();
 
     ByteBuffer m_state;
-    /// What `m_state` holds when it was imported, null when this object wrote it. Copies share it, unchanged.
-    std::shared_ptr<const AttributeBytesNameSpaces> m_nameSpaces;
+    /// What `m_state` holds when it was imported here; null when it was written or copied.
+    std::unique_ptr<const AttributeBytesNameSpaces> m_nameSpaces;
 };

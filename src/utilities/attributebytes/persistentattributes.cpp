@@ -126,7 +126,7 @@ bool PersistentAttributes::ImportPersistentAttributesState(const ByteBuffer& sta
                                                            bool checkRecords, bool /*allowUpgrade*/) {
     ByteBuffer upgraded = UpgradeOldStateDataVersionIfNecessary(state);
     nvutil::PersistedState read = nvutil::ReadPersistedState(upgraded, checkRecords);
-    m_nameSpaces = std::make_shared<const AttributeBytesNameSpaces>(std::move(read.nameSpaces));
+    m_nameSpaces = std::make_unique<const AttributeBytesNameSpaces>(std::move(read.nameSpaces));
     m_state = std::move(upgraded);
     version = read.version;
     return true;
