@@ -138,10 +138,11 @@ std::string CommandFile() {
         text += "<FeatureSet><Description>Feature number " + std::to_string(f) + "</Description>\n";
         for (int o = 0; o < optionCount; ++o) {
             text += "<FeatureItem><Description>Option number " + std::to_string(o) + "</Description>\n";
-            for (const char* type : {"PCL5", "PCL6"})
+            for (const char* type : {"PCL5", "PCL6"}) {
                 text.append("<PDLSet><PDL>")
                     .append(type)
                     .append("</PDL><Instruction>&esc;&amp;l26A</Instruction></PDLSet>\n");
+            }
             text += "</FeatureItem>\n";
         }
         text += "</FeatureSet>\n";

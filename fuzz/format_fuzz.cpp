@@ -23,9 +23,8 @@ public:
     template <class Value>
     Value Take() {
         Value value{};
-        for (std::size_t i = 0; i < sizeof(Value) && m_next != m_end; ++i) {
+        for (std::size_t i = 0; i < sizeof(Value) && m_next != m_end; ++i)
             std::memcpy(reinterpret_cast<char*>(&value) + i, m_next++, 1);
-        }
         return value;
     }
 
@@ -70,9 +69,8 @@ int AppendNumber(Input& input, Conversion& conversion) {
 Conversion TakeConversion(Input& input) {
     Conversion conversion;
     AppendText(conversion.format, "<%");
-    for (unsigned flags = input.Below(4); flags > 0; --flags) {
+    for (unsigned flags = input.Below(4); flags > 0; --flags)
         AppendText(conversion.format, std::string(1, "-+ #0"[input.Below(5)]));
-    }
     if (input.Below(2) != 0) {
         const int width = AppendNumber(input, conversion);
         conversion.widest = static_cast<std::size_t>(width < 0 ? -width : width);
@@ -81,9 +79,8 @@ Conversion TakeConversion(Input& input) {
         AppendText(conversion.format, ".");
         conversion.precision = AppendNumber(input, conversion);
         conversion.hasPrecision = conversion.precision >= 0;
-        if (conversion.hasPrecision && static_cast<std::size_t>(conversion.precision) > conversion.widest) {
+        if (conversion.hasPrecision && static_cast<std::size_t>(conversion.precision) > conversion.widest)
             conversion.widest = static_cast<std::size_t>(conversion.precision);
-        }
     }
     return conversion;
 }

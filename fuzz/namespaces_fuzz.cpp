@@ -19,9 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             AttributeBytesRawList list;
             nameSpaces.GetNameSpaceByIndex(index, list);
             auto iterator = list.GetRawListIterator();
-            while (list.IsValidRawListIterator(iterator)) {
+            while (list.IsValidRawListIterator(iterator))
                 list.GetNextAttributeBytesFromRawListIterator(iterator)->GetDumpDisplayString();
-            }
         } catch (const NorvaException&) {  // no list, or damaged records
         }
     }

@@ -76,9 +76,10 @@ void FindCabs(const platform::Folder& folder, const CXString& path, int depth, s
     for (const platform::FolderEntry& entry : entries) {
         const bool isCab =
             entry.kind == platform::EntryKind::File && Lower(entry.name).ends_with(cabExtension);
-        if ((isCab || entry.kind == platform::EntryKind::Folder) && !productfiles::IsPathText(entry.name))
+        if ((isCab || entry.kind == platform::EntryKind::Folder) && !productfiles::IsPathText(entry.name)) {
             RequireDone(std::make_error_code(std::errc::illegal_byte_sequence),
                         Join(path, StringOf(entry.name)));
+        }
         if (isCab) cabs.push_back({path, entry.name});
     }
     for (const platform::FolderEntry& entry : entries) {

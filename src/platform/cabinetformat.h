@@ -139,9 +139,8 @@ Structure Decode(const BYTE* bytes) {
     Structure structure{};
     const auto decodeField = [&bytes](auto& value) {
         using Field = std::remove_reference_t<decltype(value)>;
-        for (std::size_t i = 0; i < sizeof(value); ++i) {
+        for (std::size_t i = 0; i < sizeof(value); ++i)
             value = static_cast<Field>(value | static_cast<Field>(Field{*bytes++} << (8 * i)));
-        }
     };
     std::apply([&](auto... field) { (decodeField(structure.*field), ...); }, layoutOf<Structure>);
     return structure;

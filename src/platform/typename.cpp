@@ -26,9 +26,8 @@ namespace {
 constexpr std::string_view inlineNamespaces[] = {"__cxx11::", "__1::"};
 
 void Remove(std::string& text, std::string_view part) {
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at)) {
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at))
         text.erase(at, part.size());
-    }
 }
 
 }  // namespace

@@ -40,9 +40,8 @@ public:
     template <class Character>
     void Write(std::basic_string_view<Character> text) {
         const std::size_t count = std::min(text.size(), Room());
-        for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t i = 0; i < count; ++i)
             *m_next++ = static_cast<WChar>(static_cast<std::make_unsigned_t<Character>>(text[i]));
-        }
     }
 
 private:
@@ -131,9 +130,8 @@ void WriteUnsigned(BoundedWriter& out, const FormatConversion& conversion, std::
     const bool octal = conversion.type == NV_TEXT('o');
     const bool decimal = conversion.type == NV_TEXT('u');
     std::string digits;
-    if (value != 0 || conversion.precision != 0) {
+    if (value != 0 || conversion.precision != 0)
         digits = Digits(value, octal ? 8 : decimal ? 10 : 16, upperCase);
-    }
     std::string_view prefix;
     if (conversion.alternateForm && value != 0) {
         if (octal && Unsigned(conversion.precision) <= digits.size())

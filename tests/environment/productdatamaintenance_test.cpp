@@ -114,9 +114,10 @@ TEST(ProductDataMaintenance, DeletesFoldersThatNoPrinterUses) {
 
     std::set<CXString> used;
     ProductData::EnumerateProductDataFoldersUsedByInstalledDrivers(used);
-    for (const char* const name : {"/Product Data/used", "/Product Data/holds/used"})
+    for (const char* const name : {"/Product Data/used", "/Product Data/holds/used"}) {
         EXPECT_TRUE(
             used.contains(productfiles::NameOf(productfiles::IdentityOfFolder(folder.GetPath() + name))));
+    }
 
     const Names orphans = {"Product Data/a second", "Product Data/orphan"};
     EXPECT_EQ(Relative(folder, ProductData::DeleteOrphanedProductDataFolders(folder.GetName(), true)),
@@ -136,11 +137,12 @@ TEST(ProductDataMaintenance, DeletesNoFolderWhileAPrinterDoesNotTellItsOwn) {
     const TestPrinter printer;
     Printer(printer.GetName())
         .SetPrinterDataExW(Printer::driverDataKey, NV_TEXT("PDMap-A"), Printer::typeString, ByteBuffer(2, 0));
-    for (const bool isDryRun : {true, false})
+    for (const bool isDryRun : {true, false}) {
         EXPECT_EQ(
             MessageOf<ExceptionPrinterFailure>(
                 [&] { ProductData::DeleteOrphanedProductDataFolders(folder.GetName(), isDryRun); }),
             Narrow(printer.GetName()) + ": the printer does not tell which product data folder it uses");
+    }
     EXPECT_EQ(List(folder), Names{"Product Data/a/a.map"});
 }
 

@@ -8,8 +8,7 @@
 /// The code units as single characters; "?" for one that is not ASCII.
 inline std::string Narrow(const CXString& text) {
     std::string narrow;
-    for (int i = 0; i < text.GetLength(); ++i) {
+    for (int i = 0; i < text.GetLength(); ++i)
         narrow += text.GetAt(i) < 0x80 ? static_cast<char>(text.GetAt(i)) : '?';
-    }
     return narrow;
 }

@@ -67,9 +67,10 @@ TEST(IniCommands, RefuseWhatIsNotThere) {
     }
     const std::string large = folder.Write("large.ini", "[a]\nk=1\n");
     std::filesystem::resize_file(folder.PathOf("large.ini"), (std::uintmax_t{64} << 20) + 1);
-    for (const std::string& line : {"get " + large + " a k", "keys " + large + " a", "sections " + large})
+    for (const std::string& line : {"get " + large + " a k", "keys " + large + " a", "sections " + large}) {
         ExpectRefused(RunLine("ini " + line),
                       "ExceptionInvalidArgument: " + large + ": is larger than 64 MiB");
+    }
 }
 
 }  // namespace

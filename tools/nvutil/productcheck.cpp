@@ -140,9 +140,10 @@ private:
             if (record.value.front() == WChar{' '} || record.value.front() == WChar{'\t'})
                 m_findings.Add(place, "the blank in front of the name belongs to it");
             const auto [first, isNew] = m_models.emplace(record.value, place);
-            if (!isNew && first->second.file != place.file && record.value != NV_TEXT("ALL_MODELS"))
+            if (!isNew && first->second.file != place.file && record.value != NV_TEXT("ALL_MODELS")) {
                 m_findings.Add(place,
                                "is never reached: " + Display(first->second) + " answers for this model");
+            }
             return;
         }
         m_properties.emplace(Text(record.key).append(NV_TEXT("=")).append(record.value), place);
@@ -162,9 +163,10 @@ private:
                 ++lost;
             rest = reader.GetRest();
         }
-        if (lost > 0)
+        if (lost > 0) {
             m_findings.Add(place, "ends the file, having no key or no value: " + CountText(lost, "record") +
                                       (lost == 1 ? " after it is" : " after it are") + " never read");
+        }
     }
 
     void CheckModels(const CXString& file, const nvutil::ModelTable& table) {
@@ -309,9 +311,10 @@ private:
         for (AmpPiece piece{}; reader.Next(piece);) {
             if (piece.kind == AmpPiece::Kind::Unknown)
                 m_findings.Add(At(each.source), "drops the unknown entity " + Quoted(piece.text));
-            if (piece.kind == AmpPiece::Kind::Unterminated)
+            if (piece.kind == AmpPiece::Kind::Unterminated) {
                 m_findings.Add(At(each.source),
                                "drops everything from " + Quoted(piece.text) + " on, which has no \";\"");
+            }
         }
     }
 
@@ -388,10 +391,11 @@ ProductFindings CheckProductData(const CXString& folder, ProductData& data) {
         paths.Check(data);
         const CXString id = mapping.GetData(MappingData::usbProductIdKey);
         const auto [first, isNew] = byId.emplace(ViewOf(id), model);
-        if (!isNew && !id.IsEmpty())
+        if (!isNew && !id.IsEmpty()) {
             findings.Add(maps.PlaceOfModel(ViewOf(model)),
                          "is never found by its USB product id, which model " + QuotedText(first->second) +
                              " has too");
+        }
     }
     return findings.Take();
 }

@@ -66,9 +66,10 @@ void ReportInFull(ToolRun& run, const NpifParseException& exception, XmlDomDocum
 void Parse(ToolRun& run, const std::string& name, PlatformXmlParser& parser) {
     ByteBuffer bytes = ReadInput(run, name, largestDocument);
     try {
-        if (bytes.empty())
+        if (bytes.empty()) {
             ThrowNpifParseException(NpifParseException::ParseResultedInEmptyDomDocument, "ParseXml", __FILE__,
                                     __LINE__);
+        }
         parser.parse(bytes.getLpbyte(), bytes.getDword());
     } catch (const NpifParseException& exception) {
         ReportInFull(run, exception, *parser.getDocument());

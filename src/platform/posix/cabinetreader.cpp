@@ -66,9 +66,8 @@ public:
 
     void Write(const BYTE* bytes, std::size_t size) override {
         const auto count = static_cast<unsigned>(size);
-        if (m_callbacks.write(m_handle, const_cast<BYTE*>(bytes), count) != count) {
+        if (m_callbacks.write(m_handle, const_cast<BYTE*>(bytes), count) != count)
             throw Failure{FDIERROR_TARGET_FILE};
-        }
     }
 
     void Seek(std::size_t offset) {
@@ -89,9 +88,8 @@ Header DecodeAndCheckHeader(const BYTE* bytes, std::size_t size) {
     if (size < encodedSize<Header>) throw Failure{FDIERROR_NOT_A_CABINET};
     const auto header = Decode<Header>(bytes);
     if (header.signature != headerSignature) throw Failure{FDIERROR_NOT_A_CABINET};
-    if (header.majorVersion != formatMajor || header.minorVersion != formatMinor) {
+    if (header.majorVersion != formatMajor || header.minorVersion != formatMinor)
         throw Failure{FDIERROR_UNKNOWN_CABINET_VERSION};
-    }
     const std::uint64_t foldersEnd =
         encodedSize<Header> + std::uint64_t{header.folderCount} * encodedSize<FolderEntry>;
     const std::uint64_t filesEnd =
@@ -367,9 +365,8 @@ std::size_t CabinetExtraction::FolderIndex() const {
 
 void CabinetExtraction::CheckFile() const {
     if (FolderIndex() >= m_header.folderCount) throw Failure{FDIERROR_CORRUPT_CABINET};
-    if (m_file.offset > maxCabinetSize || m_file.size > maxCabinetSize - m_file.offset) {
+    if (m_file.offset > maxCabinetSize || m_file.size > maxCabinetSize - m_file.offset)
         throw Failure{FDIERROR_CORRUPT_CABINET};
-    }
 }
 
 void CabinetExtraction::ExtractTo(FdiFile& target) {
@@ -403,9 +400,8 @@ void CabinetExtraction::SelectFolder(std::size_t folder, std::size_t offset) {
     m_folderEntry = m_cabinet.ReadAt<FolderEntry>(m_foldersOffset +
                                                   folder * (encodedSize<FolderEntry> + m_reserve.folder));
     CheckCompression(m_folderEntry.compression);
-    if (m_folderEntry.dataOffset < m_furthestBlock && ++m_jumpsBack > maxJumpsBack) {
+    if (m_folderEntry.dataOffset < m_furthestBlock && ++m_jumpsBack > maxJumpsBack)
         throw Failure{FDIERROR_CORRUPT_CABINET};
-    }
     m_folder = folder;
     m_decoder.Restart();
     m_blocksRead = 0;
@@ -418,14 +414,12 @@ void CabinetExtraction::ReadBlock() {
     if (m_blocksRead == m_folderEntry.blockCount) EndOfFolder();
     const auto header = m_cabinet.ReadAt<DataHeader>(m_nextBlock);
     const std::size_t headSize = encodedSize<DataHeader> + m_reserve.data;
-    if (header.uncompressedSize > maxBlockSize || header.payloadSize > maxBlockSize + maxBlockOverhead) {
+    if (header.uncompressedSize > maxBlockSize || header.payloadSize > maxBlockSize + maxBlockOverhead)
         throw Failure{FDIERROR_CORRUPT_CABINET};
-    }
     BYTE* payload = m_decoder.PayloadRoom(header.payloadSize);
     m_cabinet.ReadAt(m_nextBlock + headSize, payload, header.payloadSize);
-    if (header.checksum != 0 && header.checksum != BlockChecksum(header, {payload, header.payloadSize})) {
+    if (header.checksum != 0 && header.checksum != BlockChecksum(header, {payload, header.payloadSize}))
         throw Failure{FDIERROR_CORRUPT_CABINET};
-    }
     if (header.uncompressedSize == 0) EndOfFolder();
 
     m_blockOffset += m_blockSize;

@@ -57,9 +57,8 @@ public:
     void Write(Bytes& bytes) {
         int error = 0;
         const auto size = static_cast<unsigned>(bytes.size());
-        if (m_callbacks.write(m_handle, bytes.data(), size, &error, m_callbacks.user) != size) {
+        if (m_callbacks.write(m_handle, bytes.data(), size, &error, m_callbacks.user) != size)
             throw Failure{FCIERR_CAB_FILE, error};
-        }
     }
 
     void Close(int operation) {
@@ -175,9 +174,8 @@ void CabinetWriter::CheckCabinetSize() const {
 void CabinetWriter::ReportStatus(FciStatusFunction status, unsigned type, std::size_t first,
                                  std::size_t second) const {
     if (status == nullptr) return;
-    if (status(type, static_cast<DWORD>(first), static_cast<DWORD>(second), m_callbacks.user) == -1) {
+    if (status(type, static_cast<DWORD>(first), static_cast<DWORD>(second), m_callbacks.user) == -1)
         throw Failure{FCIERR_USER_ABORT};
-    }
 }
 
 void CabinetWriter::AddFile(char* sourceFile, const char* name, bool execute,

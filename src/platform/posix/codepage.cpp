@@ -140,9 +140,8 @@ private:
 // Reads one character; a lone surrogate is the replacement character.
 char32_t ReadUtf16(const WChar*& cursor, const WChar* end) {
     const char32_t unit = *cursor++;
-    if (IsHighSurrogate(unit) && cursor != end && IsLowSurrogate(*cursor)) {
+    if (IsHighSurrogate(unit) && cursor != end && IsLowSurrogate(*cursor))
         return 0x10000 + ((unit - 0xD800) << 10) + (*cursor++ - char32_t{0xDC00});
-    }
     return IsScalarValue(unit) ? unit : replacementCharacter;
 }
 
@@ -245,9 +244,10 @@ std::int64_t Utf8Length(const WChar* text, std::size_t length) {
         for (std::size_t i = begin; i < end; ++i)
             more = static_cast<std::uint16_t>(more + count(text[i] >= 0x80) + count(text[i] >= 0x800));
         std::uint16_t pairs = 0;
-        for (std::size_t i = std::max<std::size_t>(begin, 1); i < end; ++i)
+        for (std::size_t i = std::max<std::size_t>(begin, 1); i < end; ++i) {
             pairs = static_cast<std::uint16_t>(pairs +
                                                (count(block(i - 1) == 0xD800) & count(block(i) == 0xDC00)));
+        }
         bytes += static_cast<std::int64_t>(end - begin) + more - 2 * pairs;
     }
     return bytes;
@@ -374,9 +374,8 @@ void AnsiFromWide(CountingWriter<char>& out, const WChar* text, const WChar* end
     const std::string& encoding = OtherAnsiCodePage();
     if (encoding.empty()) return Page1252FromWide(out, text, end);
     const auto length = static_cast<std::size_t>(end - text) * sizeof(WChar);
-    for (const char byte : Conversion(encoding.c_str(), utf16).Convert(text, length, sizeof(WChar), "?")) {
+    for (const char byte : Conversion(encoding.c_str(), utf16).Convert(text, length, sizeof(WChar), "?"))
         out.Put(byte);
-    }
 }
 
 void WideFromAnsi(CountingWriter<WChar>& out, const char* text, const char* end) {

@@ -222,9 +222,10 @@ fs::path PrinterStore::FindFile() {
     }
     fs::path folder = FolderOf("XDG_STATE_HOME");
     if (folder.empty() && !FolderOf("HOME").empty()) folder = FolderOf("HOME") / ".local" / "state";
-    if (folder.empty())
+    if (folder.empty()) {
         FailWithPrinterFile("printers.sqlite", pathNotFound,
                             "none of NVUTIL_PRINTER_STORE, XDG_STATE_HOME and HOME says where it is");
+    }
     return folder / "nvutil" / "printers.sqlite";
 }
 
@@ -329,9 +330,10 @@ void PrinterStore::RequireOwnLayout() {
     if (ReadNumber("PRAGMA application_id") != applicationId)
         Fail(invalidData, NV_TEXT("is a database of another kind"));
     const std::int64_t version = ReadNumber("PRAGMA user_version");
-    if (version > layoutVersion)
+    if (version > layoutVersion) {
         Fail(invalidData, NV_TEXT("has a newer schema than this version of the library knows: ") +
                               TextOfUtf8(std::to_string(version)));
+    }
     const OwnedStatement encoding = Compile("PRAGMA encoding", false);
     const bool isUtf8 =
         sqlite3_step(encoding.get()) == SQLITE_ROW &&

@@ -95,9 +95,8 @@ std::uint64_t AttributeBytesId::MakeOrderPrefix(AttributeBytesIdEnum kind, LONG 
 std::uint64_t AttributeBytesId::MakeOrderPrefix(AttributeBytesIdEnum kind, const CXString& text) {
     auto prefix = static_cast<std::uint64_t>(kind) << 56;
     const int count = std::min(text.GetLength(), 3);
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < count; ++i)
         prefix |= std::uint64_t{static_cast<WORD>(text.GetAt(i))} << (32 - 16 * i);
-    }
     return prefix;
 }
 

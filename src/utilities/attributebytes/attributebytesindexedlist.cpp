@@ -77,9 +77,8 @@ void AttributeBytesIndexedList::ImportFromRawList(const AttributeBytesRawList& l
     UtilitiesDllPerThreadStorage::Prepare();  // the records' memory comes from what the thread keeps
     const Records replaced = std::exchange(m_records, {});  // `list` may belong to one of these records
     auto iterator = list.GetRawListIterator();
-    while (list.IsValidRawListIterator(iterator)) {
+    while (list.IsValidRawListIterator(iterator))
         AddAttributeBytes(list.GetNextAttributeBytesFromRawListIterator(iterator));
-    }
 }
 
 bool AttributeBytesIndexedList::KeyLess::IsBefore(const AttributeBytesId& left,
@@ -92,9 +91,10 @@ AttributeBytesIndexedList::SoughtKey AttributeBytesIndexedList::KeyOf(const Attr
 }
 
 void AttributeBytesIndexedList::AddAttributeBytes(const SharedPtr<AttributeBytes>& attribute) {
-    if (attribute.Get() == nullptr)
+    if (attribute.Get() == nullptr) {
         NV_THROW(ExceptionInvalidArgumentNullPointer, "AttributeBytesIndexedList::AddAttributeBytes",
                  __LINE__);
+    }
     const Key key{KeyOf(attribute->GetAttributeBytesId()).prefix, attribute.Get()};
     // Stored lists are in key order, so that the end is nearly always the place.
     const std::size_t count = m_records.size();

@@ -67,9 +67,8 @@ void AttributeBytesNameSpaces::GetNameSpaceByIndex(unsigned index, AttributeByte
     const AttributeBytes& record = m_nameSpaces.GetAttributeBytesRefFromIndexedListIterator(iterator);
     record.GetAttributeBytesValue().GetListValue().GetValue(out);
     const AttributeBytesId& number = record.GetAttributeBytesId();
-    if (id != nullptr && number.GetAttributeBytesIdType() == AttributeBytesId::ABIDE_NAMESPACE) {
+    if (id != nullptr && number.GetAttributeBytesIdType() == AttributeBytesId::ABIDE_NAMESPACE)
         *id = static_cast<const AttributeBytesNameSpacesId&>(number);
-    }
 }
 
 void AttributeBytesNameSpaces::SetNameSpaceAttributes(const AttributeBytesNameSpacesId& id,

@@ -215,9 +215,8 @@ NV_PAYLOAD(AttributeBytesDataBlobValue)
 CXString AttributeBytesDataBlobValue::GetDumpDisplayString(bool /*ignored*/) const {
     constexpr std::size_t longestShown = 79;  // bytes
     const auto size = static_cast<LONG>(m_value.size());
-    if (m_value.size() > longestShown) {
+    if (m_value.size() > longestShown)
         return FormatText(NV_TEXT("%s: Value=%ld bytes"), GetBaseDumpDisplayString(), size);
-    }
     return FormatText(NV_TEXT("%s: Value=%ld bytes, '%s'"), GetBaseDumpDisplayString(), size,
                       m_value.GetDumpDisplayString());
 }

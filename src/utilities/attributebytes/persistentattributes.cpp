@@ -68,9 +68,8 @@ nvutil::PersistedState nvutil::ReadPersistedState(const ByteBuffer& state, bool 
     PersistentAttributes::GetComponentsFromCompressedDataBuffer(compressed, read.uncompressed);
     try {
         read.version = read.nameSpaces.ImportAttributeBytesNameSpacesState(read.uncompressed);
-        if (checkRecords) {
+        if (checkRecords)
             ForEachList(read.nameSpaces, [](const AttributeBytesRawList& list) { list.CheckRecords(); });
-        }
     } catch (const NorvaException& e) {
         NV_THROW(ExceptionMissingOrBadPersistentAttributesFormat, function, line,
                  NV_TEXT("the namespaces cannot be read: %s"), e.GetExceptionIdentifierForUserDisplay());

@@ -36,11 +36,9 @@ CXString UtilitiesDllPerThreadStorage::GetCacheStatisticsDisplayString() {
 
     if (object->m_propertyBagCache != nullptr)
         text += object->m_propertyBagCache->GetStatisticsDisplayString();
-    if (object->m_attributeListCache != nullptr) {
+    if (object->m_attributeListCache != nullptr)
         text += object->m_attributeListCache->GetStatisticsDisplayString();
-    }
-    if (object->m_deviceSettingsManagerCache != nullptr) {
+    if (object->m_deviceSettingsManagerCache != nullptr)
         text += object->m_deviceSettingsManagerCache->GetStatisticsDisplayString();
-    }
     return text;
 }

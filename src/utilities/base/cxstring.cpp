@@ -275,9 +275,8 @@ int CXString::Replace(const WChar* oldText, const WChar* newText) {
     if (from.empty()) return 0;
 
     std::size_t occurrences = 0;
-    for (std::size_t at = text.find(from); at != TextView::npos; at = text.find(from, at + from.size())) {
+    for (std::size_t at = text.find(from); at != TextView::npos; at = text.find(from, at + from.size()))
         ++occurrences;
-    }
     if (occurrences == 0) return 0;
 
     const std::size_t kept = text.size() - occurrences * from.size();

@@ -121,9 +121,10 @@ bool CabCompressedBuffer::ConvertCompressedDataToNativeFormat(CompressionFormatE
     if (format == CF_ZLIB && originalSize <= largestZlibOriginal &&
         TryToConvertZlibData(setting, originalSize, data))
         return true;
-    if (throwOnFailure)
+    if (throwOnFailure) {
         NV_THROW(ExceptionIncompatibleCompressionFormat,
                  "CabCompressedBuffer::ConvertCompressedDataToNativeFormat", __LINE__);
+    }
     return false;
 }
 

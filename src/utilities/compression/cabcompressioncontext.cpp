@@ -67,9 +67,10 @@ void CabCompressionContext::OpenCabinetContext() {
                                         &sfnFciFreeCallback, &sfnFciOpenCallback, &sfnFciReadCallback,
                                         &sfnFciWriteCallback, &sfnFciCloseCallback, &sfnFciSeekCallback,
                                         &sfnFciDeleteCallback, &sfnFciGetTempFileCallback, &parameters, this);
-    if (m_libraryHandle == nullptr)
+    if (m_libraryHandle == nullptr) {
         NV_THROW(ExceptionCompression, "CabCompressionContext::OpenCabinetContext", __LINE__, NV_TEXT("%s"),
                  CreateFailureMessage(suffix));
+    }
 }
 
 void CabCompressionContext::AddFile() {
@@ -86,9 +87,10 @@ void CabCompressionContext::AddFile() {
 }
 
 void CabCompressionContext::FlushFolder() {
-    if (!GetFciFlushFolderPfn()(m_libraryHandle, &sfnFciGetNextCabinetCallback, &sfnFciStatusCallback))
+    if (!GetFciFlushFolderPfn()(m_libraryHandle, &sfnFciGetNextCabinetCallback, &sfnFciStatusCallback)) {
         NV_THROW(ExceptionCompression, "CabCompressionContext::FlushFolder", __LINE__, NV_TEXT("%s"),
                  CreateFailureMessage(NV_TEXT(" while calling FCIFlushFolder")));
+    }
 }
 
 void CabCompressionContext::FlushCabinet() {
@@ -102,9 +104,10 @@ void CabCompressionContext::CloseCabinetContext(bool success) {
     if (m_libraryHandle == nullptr) return;
     const bool closed = GetFciDestroyPfn()(m_libraryHandle) != 0;
     m_libraryHandle = nullptr;
-    if (success && !closed)
+    if (success && !closed) {
         NV_THROW(ExceptionCompression, "CabCompressionContext::CloseCabinetContext", __LINE__, NV_TEXT("%s"),
                  CreateFailureMessage(NV_TEXT(" while calling FCIDestroy")));
+    }
 }
 
 CXString CabCompressionContext::CreateDisplayStringFromOperationError(int operationError) const {

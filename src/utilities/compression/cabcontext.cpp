@@ -56,9 +56,10 @@ void CabContext::GetPathAndNameFromFileObject(const CabAbstractFile& file, char*
 }
 
 void CabContext::CopyName(std::string_view name, char* out, int capacity, const WChar* messageSuffix) const {
-    if (static_cast<std::int64_t>(name.size()) >= std::min(capacity, cabNameCapacity))
+    if (static_cast<std::int64_t>(name.size()) >= std::min(capacity, cabNameCapacity)) {
         NV_THROW(ExceptionCompression, "CabContext::CopyName", __LINE__, NV_TEXT("%s"),
                  CreateFailureMessage(messageSuffix));
+    }
     *std::copy(name.begin(), name.end(), out) = '\0';
 }
 

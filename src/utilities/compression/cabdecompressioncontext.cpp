@@ -131,9 +131,10 @@ bool CabDecompressionContext::CallFdiCopy(const WChar* messageSuffix) {
 }
 
 void CabDecompressionContext::OpenCabinetContext() {
-    if (!CreateLibraryContext())
+    if (!CreateLibraryContext()) {
         NV_THROW(ExceptionCompression, "CabDecompressionContext::OpenCabinetContext", __LINE__, NV_TEXT("%s"),
                  CreateFailureMessage(NV_TEXT(" while calling FDICreate")));
+    }
 }
 
 void CabDecompressionContext::ValidateCabinet() {
@@ -141,14 +142,16 @@ void CabDecompressionContext::ValidateCabinet() {
     char name[cabNameCapacity];
     GetPathAndNameFromFileObject(m_source, name, cabNameCapacity, suffix);
     const OpenSource source(name);
-    if (source.handle == cabinet::invalidFileHandle)
+    if (source.handle == cabinet::invalidFileHandle) {
         NV_THROW(ExceptionFileOperationCompression, "CabDecompressionContext::ValidateCabinet", __LINE__,
                  NV_TEXT("%s"), CreateFailureMessage(suffix));
+    }
     CheckLayout(source.handle);
     cabinet::FDICABINETINFO info{};
-    if (!GetFdiIsCabinetPfn()(m_libraryHandle, source.handle, &info))
+    if (!GetFdiIsCabinetPfn()(m_libraryHandle, source.handle, &info)) {
         NV_THROW(ExceptionCompression, "CabDecompressionContext::ValidateCabinet", __LINE__, NV_TEXT("%s"),
                  CreateFailureMessage(suffix));
+    }
 }
 
 // The library is not trusted with a damaged cabinet: it only gets to see what passes here.
@@ -162,10 +165,11 @@ void CabDecompressionContext::CheckLayout(FileHandle handle) {
         NV_THROW(ExceptionCompression, "CabDecompressionContext::ValidateCabinet", __LINE__, NV_TEXT("%s"),
                  CreateFailureMessage(NV_TEXT(" while validating the cabinet")));
     }
-    if (m_expectedSize != anySize && m_expectedSize != static_cast<std::int64_t>(m_fileSize))
+    if (m_expectedSize != anySize && m_expectedSize != static_cast<std::int64_t>(m_fileSize)) {
         NV_THROW(ExceptionCompression, "CabDecompressionContext::ValidateCabinet", __LINE__,
                  NV_TEXT("The file in the cabinet has %I64d bytes where %I64d are expected"),
                  static_cast<std::int64_t>(m_fileSize), m_expectedSize);
+    }
 }
 
 void CabDecompressionContext::DecompressCabinetFile() {
@@ -173,17 +177,19 @@ void CabDecompressionContext::DecompressCabinetFile() {
         NV_TEXT(" while preparing to call FDICopy in CabDecompressionContext::DecompressCabinetFile()");
     m_bytesWritten = 0;
     const bool copied = CallFdiCopy(suffix);
-    if (!copied || m_bytesWritten != m_fileSize)
+    if (!copied || m_bytesWritten != m_fileSize) {
         NV_THROW(ExceptionCompression, "CabDecompressionContext::DecompressCabinetFile", __LINE__,
                  NV_TEXT("%s"), CreateFailureMessage(suffix));
+    }
 }
 
 void CabDecompressionContext::CloseCabinetContext(bool success) {
     if (m_libraryHandle == nullptr) return;
     const bool closed = DestroyLibraryContext();
-    if (success && !closed)
+    if (success && !closed) {
         NV_THROW(ExceptionCompression, "CabDecompressionContext::CloseCabinetContext", __LINE__,
                  NV_TEXT("%s"), CreateFailureMessage(NV_TEXT(" while calling FDIDestroy")));
+    }
 }
 
 CXString CabDecompressionContext::CreateDisplayStringFromOperationError(int operationError) const {

@@ -77,9 +77,10 @@ public:
         m_output.number = 0;
         const bool isCopied = CopyFiles();
         if (m_exceptionInCallback) std::rethrow_exception(m_exceptionInCallback);
-        if (!isCopied)
+        if (!isCopied) {
             NV_THROW(ExceptionCompression, "CabinetUnpacker::UnpackTo", __LINE__, NV_TEXT("%s: %ld: %s"),
                      name, static_cast<LONG>(m_errorInfo.erfOper), GetFdiErrorText(m_errorInfo.erfOper));
+        }
     }
 
     /// How many files are complete.
@@ -144,10 +145,11 @@ void ExpandCabinet(const CXString& name, const ByteBuffer& bytes, const std::vec
                         [method](const CabinetEntry& entry) { return entry.method == method; }))
             expansion.RunPass(method, name);
     }
-    if (expansion.GetFinished() != files.size())
+    if (expansion.GetFinished() != files.size()) {
         NV_THROW(ExceptionCompression, "CabinetUnpacker::UnpackTo", __LINE__,
                  NV_TEXT("%s: only %I64d files were found"), name,
                  static_cast<std::int64_t>(expansion.GetFinished()));
+    }
 }
 
 }  // namespace nvutil

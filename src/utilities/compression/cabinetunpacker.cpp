@@ -31,9 +31,10 @@ constexpr std::uint32_t largestCabinet = std::uint32_t{1} << 30;
 
 /// Throws unless a check has found no fault.
 void RequireSound(const CXString& name, cabinet::FDIERROR fault) {
-    if (fault != cabinet::FDIERROR_NONE)
+    if (fault != cabinet::FDIERROR_NONE) {
         NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadContents", __LINE__, NV_TEXT("%s: %ld: %s"),
                  name, static_cast<LONG>(fault), GetFdiErrorText(fault));
+    }
 }
 
 ByteBuffer ReadCabinet(const CXString& name) {
@@ -47,14 +48,16 @@ ByteBuffer ReadCabinet(const CXString& name) {
     } catch (const std::filesystem::filesystem_error& failure) {
         error = failure.code();
     }
-    if (error || !file.is_open())
+    if (error || !file.is_open()) {
         NV_THROW(ExceptionCreateFileForReading, "CabinetUnpacker::ReadCabinet", __LINE__,
                  NV_TEXT("%s cannot be opened"), name);
+    }
     const auto read = [&file, &name](BYTE* bytes, std::size_t count) {
         file.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(count));
-        if (file.bad() || file.gcount() != static_cast<std::streamsize>(count))
+        if (file.bad() || file.gcount() != static_cast<std::streamsize>(count)) {
             NV_THROW(ExceptionReadFile, "CabinetUnpacker::ReadCabinet", __LINE__,
                      NV_TEXT("%s cannot be read"), name);
+        }
     };
     // Memory is only taken for what begins like a cabinet, and not for what follows it.
     BYTE header[cabinetHeaderSize];
@@ -62,9 +65,10 @@ ByteBuffer ReadCabinet(const CXString& name) {
     if (size < cabinetHeaderSize) RequireSound(name, cabinet::FDIERROR_NOT_A_CABINET);
     read(header, cabinetHeaderSize);
     RequireSound(name, CheckCabinetHeader(header, size, cabinetSize));
-    if (cabinetSize > largestCabinet)
+    if (cabinetSize > largestCabinet) {
         NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadCabinet", __LINE__,
                  NV_TEXT("%s is larger than %I64d bytes"), name, static_cast<std::int64_t>(largestCabinet));
+    }
     ByteBuffer bytes(header, cabinetHeaderSize);
     bytes.resize(std::max<std::size_t>(cabinetSize, cabinetHeaderSize));
     read(bytes.data() + cabinetHeaderSize, bytes.size() - cabinetHeaderSize);
@@ -98,9 +102,10 @@ void CheckPlace(const platform::Folder& folder, const CabinetFile& file) {
     EntryKind kind = EntryKind::None;
     std::uint64_t size = 0;
     RequireUnpacking(folder.Describe(NamesOf(file.path).back(), kind, size), file.path);
-    if (kind != EntryKind::None && kind != EntryKind::File)
+    if (kind != EntryKind::None && kind != EntryKind::File) {
         NV_THROW(ExceptionFileOperationCompression, "CabinetUnpacker::UnpackTo", __LINE__,
                  NV_TEXT("%s: a folder or a link is in the place of the file"), file.path);
+    }
 }
 
 // What stands for a separator in a sort key: it comes before every character of a name, so that a folder is
@@ -146,10 +151,11 @@ void CabinetUnpacker::ReadFiles(const CabinetLimits& limits) {
         m_entries.push_back(std::move(entry));
     }
     const std::uint64_t cabinetSize = contents.cabinetSize;
-    if (total > limits.totalSize || total / std::max<std::uint64_t>(limits.ratio, 1) > cabinetSize)
+    if (total > limits.totalSize || total / std::max<std::uint64_t>(limits.ratio, 1) > cabinetSize) {
         NV_THROW(ExceptionCompression, "CabinetUnpacker::ReadFiles", __LINE__,
                  NV_TEXT("%s: %I64d bytes expand to %I64d bytes"), m_name,
                  static_cast<std::int64_t>(cabinetSize), static_cast<std::int64_t>(total));
+    }
     CheckEntries(limits);
 }
 
@@ -161,10 +167,11 @@ void CabinetUnpacker::CheckEntries(const CabinetLimits& limits) const {
         for (std::size_t end = path.find(cabinetPathSeparator); end != Text::npos;
              end = path.find(cabinetPathSeparator, end + 1))
             folders.insert(path.substr(0, end));
-        if (m_files.size() + folders.size() > limits.entries)
+        if (m_files.size() + folders.size() > limits.entries) {
             NV_THROW(ExceptionCompression, "CabinetUnpacker::CheckEntries", __LINE__,
                      NV_TEXT("%s: has more than %I64d files and folders"), m_name,
                      static_cast<std::int64_t>(limits.entries));
+        }
     }
 }
 
@@ -177,10 +184,11 @@ void CabinetUnpacker::CheckPathsDiffer() const {
     for (std::size_t i = 1; i < keys.size(); ++i) {
         const Text& before = keys[i - 1].first;
         const Text& key = keys[i].first;
-        if (key.starts_with(before) && (key.size() == before.size() || key[before.size()] == sortSeparator))
+        if (key.starts_with(before) && (key.size() == before.size() || key[before.size()] == sortSeparator)) {
             NV_THROW(ExceptionCompression, "CabinetUnpacker::CheckPathsDiffer", __LINE__,
                      NV_TEXT("%s: %s and %s cannot both exist"), m_name, keys[i - 1].second->path,
                      keys[i].second->path);
+        }
     }
 }
 

@@ -40,16 +40,18 @@ void CompressedBuffer::Dump() const {}
 void CompressedBuffer::CheckCompressedData(const ByteBuffer& /*compressed*/, LONG /*originalSize*/) const {}
 
 void CompressedBuffer::Store(const ByteBuffer& data) {
-    if (data.size() > largestOriginalSize)
+    if (data.size() > largestOriginalSize) {
         NV_THROW(ExceptionCompression, "CompressedBuffer::Store", __LINE__,
                  NV_TEXT("The data is too large to be compressed"));
+    }
     Store(data.getLpbyte(), data.getDword());
 }
 
 void CompressedBuffer::Store(const unsigned char* data, unsigned long size) {
-    if (size > largestOriginalSize)
+    if (size > largestOriginalSize) {
         NV_THROW(ExceptionCompression, "CompressedBuffer::Store", __LINE__,
                  NV_TEXT("The data is too large to be compressed"));
+    }
     const auto originalSize = static_cast<LONG>(size);
     if (size != 0) {
         CompressData(data, static_cast<DWORD>(size), m_state, m_setting);
@@ -68,10 +70,11 @@ void CompressedBuffer::GetOriginalData(ByteBuffer& out) {
         return;
     }
     const auto originalSize = static_cast<std::size_t>(m_originalSize);
-    if (originalSize > m_state.size() * largestExpansion)
+    if (originalSize > m_state.size() * largestExpansion) {
         NV_THROW(ExceptionCompression, "CompressedBuffer::GetOriginalData", __LINE__,
                  NV_TEXT("A state of %I64d bytes cannot hold %ld bytes of data"),
                  static_cast<std::int64_t>(m_state.size()), m_originalSize);
+    }
     if (m_originalSize > largestBelievedSize) CheckCompressedData(m_state, m_originalSize);
     out.assign(originalSize, 0);
     UncompressData(m_state, m_originalSize, out);
@@ -120,9 +123,10 @@ bool CompressedBuffer::GetFooterInfo(const ByteBuffer& state, bool throwOnFailur
                                      int& setting, CompressionFormatEnum& format, DWORD& footerSize) {
     const auto footer = ReadCompressedBufferFooter(state);
     if (!footer) {
-        if (throwOnFailure)
+        if (throwOnFailure) {
             NV_THROW(ExceptionMissingOrBadCompressedBufferFooter, "CompressedBuffer::GetFooterInfo",
                      __LINE__);
+        }
         return false;
     }
     originalSize = footer->originalSize;

@@ -38,10 +38,11 @@ MicrosoftCabinetLibrary::MicrosoftCabinetLibrary(const char* moduleName)
           {"FDICopy", nullptr},
           {"FDIDestroy", nullptr},
       }} {
-    if (m_module == nullptr)
+    if (m_module == nullptr) {
         NV_THROW(ExceptionCabinetLibraryConstructionFailure,
                  "MicrosoftCabinetLibrary::MicrosoftCabinetLibrary", __LINE__,
                  NV_TEXT("Could not load the module %S"), moduleName);
+    }
     for (Function& function : m_functions) {
         function.address = platform::FindModuleFunction(m_module, function.name);
         if (function.address != nullptr) continue;

@@ -42,9 +42,10 @@ std::vector<Text> NamesOf(const CXString& path) {
 }
 
 void RequireUnpacking(const std::error_code& error, const CXString& path) {
-    if (error)
+    if (error) {
         NV_THROW(ExceptionFileOperationCompression, "CabinetUnpacker::UnpackTo", __LINE__, NV_TEXT("%s: %s"),
                  path, CXString(error.message().c_str()));
+    }
 }
 
 const platform::Folder* FolderWalk::GoTo(const CXString& path) {
@@ -54,9 +55,8 @@ const platform::Folder* FolderWalk::GoTo(const CXString& path) {
     m_names = std::move(names);
     m_folder.reset();
     m_isThere = true;
-    for (const Text& name : m_names) {
+    for (const Text& name : m_names)
         m_isThere = m_isThere && Enter(name, path);
-    }
     return GetCurrent();
 }
 

@@ -69,9 +69,8 @@ CXString ExecutionContextBase::GetContextDebugDisplayString(bool withDetails) co
 
 CXString ExecutionContextBase::GetSingleLineLocationString() const {
     const LONG line = m_line;
-    if (m_functionName.Find(NV_TEXT("::")) >= 0) {
+    if (m_functionName.Find(NV_TEXT("::")) >= 0)
         return FormatText(NV_TEXT("%s line %ld"), m_functionName, line);
-    }
     return FormatText(NV_TEXT("%s, %s line %ld"), m_sourceFile, m_functionName, line);
 }
 

@@ -41,9 +41,7 @@ int StringLength(std::size_t length) {
 /// Copies code units out of memory that need not be aligned for them.
 CXString StringFromBytes(const BYTE* bytes, std::size_t length) {
     CXString text;
-    if (length > 0) {
-        std::memcpy(text.GetBufferSetLength(StringLength(length)), bytes, sizeof(WChar) * length);
-    }
+    if (length > 0) std::memcpy(text.GetBufferSetLength(StringLength(length)), bytes, sizeof(WChar) * length);
     return text;
 }
 

@@ -41,9 +41,8 @@ ByteBuffer UTF8_Encode(const WChar* text) {
     const int length = TerminatedLength(text);
     const int size = platform::NarrowFromWide(CodePage::Utf8, text, length, nullptr, 0);
     ByteBuffer utf8 = BufferOf(size, sizeof(char));
-    if (!utf8.empty()) {
+    if (!utf8.empty())
         platform::NarrowFromWide(CodePage::Utf8, text, length, reinterpret_cast<char*>(utf8.data()), size);
-    }
     return utf8;
 }
 

@@ -80,9 +80,8 @@ std::int32_t Number::ConvertHexStringToDecimalInt(const CXString& text) {
         text[position] == NV_TEXT('0') && platform::ToLower(text[position + 1]) == NV_TEXT('x');
     if (hasPrefix) position += 2;
     std::uint32_t value = 0;
-    for (int digit = HexDigitValue(text[position]); digit >= 0; digit = HexDigitValue(text[++position])) {
+    for (int digit = HexDigitValue(text[position]); digit >= 0; digit = HexDigitValue(text[++position]))
         value = value << 4 | static_cast<std::uint32_t>(digit);
-    }
     return static_cast<std::int32_t>(value);
 }
 

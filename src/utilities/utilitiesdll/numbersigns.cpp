@@ -131,9 +131,8 @@ CXString NumberSigns::Write(double magnitude, bool isNegative, int decimals, boo
     CXString fraction = WideOf(digits.substr(digits.size() - static_cast<std::size_t>(decimals)));
 
     if (groupThousands && m_thousands != 0) {
-        for (int position = integer.GetLength() - groupLength; position > 0; position -= groupLength) {
+        for (int position = integer.GetLength() - groupLength; position > 0; position -= groupLength)
             integer.Insert(position, m_thousands);
-        }
     }
     if (stripTrailingZeros) fraction.TrimRight(NV_TEXT('0'));
     CXString text = fraction.IsEmpty() ? integer : integer + m_decimal + fraction;

@@ -155,10 +155,11 @@ TEST(BuiltInCabinet, NeverDeliversOtherBytesThanWerePacked) {
         damaged[bit / 8] ^= static_cast<BYTE>(1 << bit % 8);
         const Outcome unpacked = Unpack(damaged);
         refused += unpacked.succeeded ? 0 : 1;
-        for (const auto& [name, bytes] : unpacked.files)
+        for (const auto& [name, bytes] : unpacked.files) {
             EXPECT_NE(std::search(original.begin(), original.end(), bytes.begin(), bytes.end()),
                       original.end())
                 << "bit " << bit;
+        }
     }
     EXPECT_GT(refused, cabinet.size() * 4);
 }

@@ -92,9 +92,10 @@ TEST_F(CabinetUnpacking, WritesEveryFileOfEveryFolder) {
                               {"V5.0/a/b/archive.jar", Noise(1)},
                               {"DTDs\\.hidden", Prose(32768)}};
     Tree expected = {{"DTDs", ""}, {"V5.0", ""}, {"V5.0/a", ""}, {"V5.0/a/b", ""}};
-    for (const auto& [name, bytes] : files)
+    for (const auto& [name, bytes] : files) {
         expected[fs::path(name.starts_with("DTDs") ? "DTDs/" + name.substr(5) : name).generic_string()] =
             Text(bytes);
+    }
     for (const WORD compression : {tcompTYPE_NONE, tcompTYPE_MSZIP}) {
         for (const DWORD threshold : {0x7FFFFFFFu, 1000u}) {
             const CabinetUnpacker unpacker(Packed(files, compression, threshold));
@@ -349,9 +350,10 @@ TEST_F(CabinetUnpacking, RefusesWhatStandsInTheWay) {
         EXPECT_EQ(GetTree(), before);
     }
     constexpr WChar loneSurrogate = 0xD800;
-    for (const CXString& noFolder : {NameOf(targetPath / "a"), CXString(), CXString(loneSurrogate)})
+    for (const CXString& noFolder : {NameOf(targetPath / "a"), CXString(), CXString(loneSurrogate)}) {
         EXPECT_THROW(CabinetUnpacker(Stored({"x"}).Build()).UnpackTo(noFolder),
                      ExceptionFileOperationCompression);
+    }
 }
 
 }  // namespace
