@@ -124,6 +124,7 @@ BENCHMARK(FindAttribute);
 void FindAttributeWithLibcups(benchmark::State& run) {
     const Ipp ipp = IppSettings();
     std::vector<std::string> names;
+    names.reserve(bench::attributeCount);
     for (int i = 0; i < bench::attributeCount; ++i)
         names.push_back(IppName(i));
     std::size_t i = 0;

@@ -5,6 +5,9 @@
 #include <cstdint>
 
 #include "nvutil.h"
+#include "utilities/utilitiesdll/checksum.h"
+#include "utilities/utilitiesdll/crc32.h"
+#include "utilities/utilitiesdll/hash32.h"
 
 namespace {
 

@@ -25,7 +25,6 @@
 #include "utilities/debuggingandexceptions/executioncontext.h"
 #include "utilities/debuggingandexceptions/norvaexception.h"
 #include "utilities/utilitiesdll/bytebuffer.h"
-#include "utilities/utilitiesdll/crc32.h"
 #include "utilities/utilitiesdll/cxstring.h"
 #include "utilities/utilitiesdll/dataencrypter.h"
 #include "utilities/utilitiesdll/dataobscurer.h"

@@ -29,13 +29,23 @@ struct InfoKeys {
 
 /// By the number of the type.
 inline constexpr InfoKeys byType[] = {
-    {NV_TEXT("AUTO"), nullptr},   {nullptr, controllerFamily}, {NV_TEXT("HLK"), nullptr},
-    {nullptr, nullptr},  // the name of the current model
-    {NV_TEXT("PDL"), nullptr},    {NV_TEXT("PMM"), nullptr},   {familyPath, familyPath},
-    {nullptr, nullptr},  // the id of the printer's product
-    {NV_TEXT("PSCOUT"), nullptr}, {NV_TEXT("NCAP"), nullptr},  {nullptr, familyName},
-    {nullptr, companyName},       {nullptr, platformVersion},  {nullptr, colorCapable},
-    {nullptr, ratedSpeed},        {NV_TEXT("MARG"), nullptr},  {nullptr, printerLanguages},
+    {NV_TEXT("AUTO"), nullptr},    // Auto
+    {nullptr, controllerFamily},   // ControllerFamily
+    {NV_TEXT("HLK"), nullptr},     // Hlk
+    {nullptr, nullptr},            // Model, which is no property
+    {NV_TEXT("PDL"), nullptr},     // Pdl
+    {NV_TEXT("PMM"), nullptr},     // Pmm
+    {familyPath, familyPath},      // FamilyPath
+    {nullptr, nullptr},            // ProductUniqueId, which is none either
+    {NV_TEXT("PSCOUT"), nullptr},  // PsCout
+    {NV_TEXT("NCAP"), nullptr},    // Ncap
+    {nullptr, familyName},         // FamilyName
+    {nullptr, companyName},        // CompanyName
+    {nullptr, platformVersion},    // PlatformVersion
+    {nullptr, colorCapable},       // ColorCapable
+    {nullptr, ratedSpeed},         // RatedSpeed
+    {NV_TEXT("MARG"), nullptr},    // Margins
+    {nullptr, printerLanguages},   // PrinterLanguages
 };
 
 /// Neither key for a type that there is not.

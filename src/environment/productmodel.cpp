@@ -160,11 +160,11 @@ std::optional<CXString> ProductModel::GetPath(const CXString& key) {
     const auto relative = productfiles::RelativePath(ViewOf(GetValue(key)));
     if (!relative || m_folder.IsEmpty()) return std::nullopt;
     if (key != productkeys::familyPath) {
-        const auto family = productfiles::RelativePath(ViewOf(GetValue(productkeys::familyPath)));
-        const CXString path =
-            family ? productfiles::JoinPath(productfiles::JoinPath(m_folder, *family), *relative)
-                   : CXString();
-        if (family && Exists(path)) return path;
+        if (const auto family = productfiles::RelativePath(ViewOf(GetValue(productkeys::familyPath)))) {
+            const CXString path =
+                productfiles::JoinPath(productfiles::JoinPath(m_folder, *family), *relative);
+            if (Exists(path)) return path;
+        }
     }
     return productfiles::JoinPath(m_folder, *relative);
 }

@@ -325,7 +325,11 @@ TEST(ProductDataOfAPrinter, IsKeptInItsDriverData) {
     data.UpdateRegistryWithProductDataValues();
     EXPECT_EQ(Stored(test, NV_TEXT("xUPDCurrentModel")), "AB");
 
-    EXPECT_THROW(ProductData(&model, {}, ProductData::ModelTypeName, {}), ExceptionInvalidPrinterHandle);
+    EXPECT_THROW(data.Initialize(&model, {}, ProductData::ModelTypeName, NV_TEXT("D")),
+                 ExceptionInvalidPrinterHandle);
+    EXPECT_TRUE(data.IsInitialized() && data.IsValidated());
+    EXPECT_EQ(data.GetModelName(), NV_TEXT("AB")) << "what was served still is";
+    EXPECT_EQ(data.GetAssociatedPrinterHandle(), printer.GetHandle());
 }
 
 TEST(ProductDataOfAPrinter, KeepsItsFilesAndTheirOrderWhenItIsRefreshed) {

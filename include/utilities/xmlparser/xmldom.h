@@ -14,9 +14,9 @@ class XmlDomText;
 
 // An operation that returns a node hands over a wrapper that the caller owns. A wrapper that wraps nothing
 // is the null node: its boolean conversion is false, and every other operation on it throws `_com_error` with
-// E_POINTER. A wrapper keeps what it wraps alive, beyond its parser's end if need be,
-// but on Windows no longer than COM stays initialised on its thread: the last parser there may end that. A
-// parser and everything obtained from it are used on the thread that made the parser.
+// E_POINTER. A wrapper keeps what it wraps alive, beyond its parser's end if need be, but on Windows no
+// longer than COM stays initialised on its thread: the last parser there may end that. A parser and
+// everything obtained from it are used on the thread that made the parser.
 //
 // What the engine refuses is thrown as `_com_error` (see comerror.h): a text that cannot be the name of an
 // element, a node in a place where it may not stand.

@@ -305,8 +305,9 @@ private:
     void ReadElement() {
         std::size_t names = 0;
         std::size_t repetitions = 0;
+        bool isOwnName = true;  // the first one
         for (Token token = NextToken(); !token.Is(">"); token = NextToken()) {
-            names += token.kind == Token::Kind::Name;
+            if (token.kind == Token::Kind::Name) names += !std::exchange(isOwnName, false);
             repetitions += token.Is("?") || token.Is("*") || token.Is("+");
             if (names > xmllimits::contentNames) Refuse(tooManyNames);
         }

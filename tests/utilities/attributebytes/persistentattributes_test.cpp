@@ -152,6 +152,9 @@ TEST_F(PersistentAttributesTest, AnswerForTheStateThatTheyHoldNow) {
     object.GetAttributeBytesListForNameSpace(NameSpace(1), list);
     EXPECT_TRUE(list == ListOf(11));
     EXPECT_EQ(StateOf(copy.GetAttributeBytesNameSpaces()), imported);
+    PersistentAttributes assigned(object.GetPersistentAttributesState());
+    assigned = copy;
+    EXPECT_EQ(StateOf(assigned.GetAttributeBytesNameSpaces()), imported);
 }
 
 TEST_F(PersistentAttributesTest, RefuseEveryKindOfDamageAndKeepWhatTheyHold) {
