@@ -56,7 +56,8 @@ TEST(ProductData, AnswersForTheCurrentModel) {
     EXPECT_EQ(data.GetRatedSpeed(), 45);
     EXPECT_EQ(data.GetSupportedPDLS(), 0x2C0u);
 
-    ProductData same(nullptr, folder.GetName(), ProductData::ModelTypeUsbProductId, NV_TEXT("0x10"));
+    const CXString sameFolder = folder.GetName() + NV_TEXT("//");
+    ProductData same(nullptr, sameFolder, ProductData::ModelTypeUsbProductId, NV_TEXT("0x10"));
     ProductData unknown = folder.Read("Other");
     const CXString cache = data.GenerateDmCacheFileName();
     EXPECT_EQ(ViewOf(cache).rfind(ViewOf(folder.GetName()), 0), 0u) << Narrow(cache);
