@@ -1,5 +1,6 @@
-// Checksums and hashes of 1 MiB, beside zlib.
+// Checksums and hashes of 1 MiB, beside libdeflate and zlib.
 #include <benchmark/benchmark.h>
+#include <libdeflate.h>
 #include <zlib.h>
 
 #include <cstdint>
@@ -33,6 +34,11 @@ void Crc(benchmark::State& run) {
     Run(run, [](const BYTE* bytes, DWORD length) { return Crc32::GetCrc(bytes, length); });
 }
 BENCHMARK(Crc);
+
+void CrcWithLibdeflate(benchmark::State& run) {
+    Run(run, [](const BYTE* bytes, DWORD length) { return libdeflate_crc32(0, bytes, length); });
+}
+BENCHMARK(CrcWithLibdeflate);
 
 void CrcWithZlib(benchmark::State& run) {
     Run(run, [](const BYTE* bytes, DWORD length) { return crc32(0, bytes, length); });

@@ -55,6 +55,5 @@ AmpPiece AmpReader::TakeEntity(std::size_t length) {
 
     const TextView digits = LeadingDigits(m_rest.substr(1));
     Take(1 + digits.size());
-    return {
-        AmpPiece::Kind::Number, {name.data(), name.size() + 1 + digits.size()}, command, NumberOf(digits)};
+    return {AmpPiece::Kind::Number, name, command, NumberOf(digits)};
 }

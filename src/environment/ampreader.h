@@ -16,7 +16,7 @@ struct AmpPiece {
     };
 
     Kind kind;
-    TextView text;          ///< The characters of the piece.
+    TextView text;          ///< The characters of the piece, of a Number those of its entity.
     const AMPCMD* command;  ///< Of an Entity or a Number.
     DWORD number;           ///< Of a Number; what exceeds 32 bits is cut off.
 };

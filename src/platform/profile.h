@@ -19,7 +19,7 @@ namespace platform::profile {
 
 // Reading. `capacity` is the room that the caller has for the result in bytes, terminators included: a longer
 // result is cut as the platform cuts it, to one byte less, or two for a list. A list holds each of its texts
-// with a terminator of its own.
+// with a terminator of its own. No argument is null unless it is said what that means.
 
 /// The value of a key, without one pair of quotes around it; else the fallback, treated likewise.
 /// Without a key it lists the section's keys, without a section the sections.

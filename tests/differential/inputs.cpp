@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "differential/comparison.h"
+#include "platform/cabinetformat.h"
 #include "tools/toolruns.h"
 #include "utilities/compression/cabinetunpacker.h"
 #include "utilities/debuggingandexceptions/exceptions.h"
@@ -95,14 +96,14 @@ std::string Mutate(Random& random, std::string& bytes) {
 
 /// Takes the first block's checksum away, so that damage behind it reaches the decoder.
 void DropChecksum(std::string& cabinet) {
-    constexpr std::size_t firstFolder = 36;
-    constexpr std::size_t checksumSize = 4;
-    if (cabinet.size() < firstFolder + 4) return;
-    std::size_t block = 0;
-    for (std::size_t i = 4; i-- > 0;)
-        block = block << 8 | static_cast<unsigned char>(cabinet[firstFolder + i]);
-    if (block > cabinet.size() || cabinet.size() - block < checksumSize) return;
-    std::fill_n(cabinet.begin() + static_cast<std::ptrdiff_t>(block), checksumSize, '\0');
+    using namespace platform::cabinet;
+    if (cabinet.size() < encodedSize<Header> + encodedSize<FolderEntry>) return;
+    BYTE* const bytes = reinterpret_cast<BYTE*>(cabinet.data());
+    const std::size_t block = Decode<FolderEntry>(bytes + encodedSize<Header>).dataOffset;
+    if (block > cabinet.size() || cabinet.size() - block < encodedSize<DataHeader>) return;
+    auto header = Decode<DataHeader>(bytes + block);
+    header.checksum = 0;
+    Encode(header, bytes + block);
 }
 
 // --- Verdicts -------------------------------------------------------------------------------------------

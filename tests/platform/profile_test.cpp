@@ -160,7 +160,6 @@ TEST_F(Profile, ReadsNumbers) {
     const File file = NewFile("[i]\r\nalone\r\n");
     EXPECT_EQ(ReadNumber(file, "i", "alone", 77), 77u);
     EXPECT_EQ(ReadNumber(file, "i", "missing", -5), static_cast<std::uint32_t>(-5));
-    EXPECT_EQ(ReadNumber(file, nullptr, "k", 77) + ReadNumber(file, "i", nullptr, 77), 2 * 77u);
 }
 
 TEST_F(Profile, CutsWhatDoesNotFit) {

@@ -128,7 +128,6 @@ std::string ReadText(const WChar* file, const char* section, const char* key, co
 }
 
 std::string ReadSection(const WChar* file, const char* section, std::size_t capacity) {
-    if (section == nullptr) return {};
     return Cut(ListEntries(Read(file).GetView(), section), capacity, listTerminators);
 }
 
@@ -137,14 +136,12 @@ std::string ReadSectionNames(const WChar* file, std::size_t capacity) {
 }
 
 DWORD ReadNumber(const WChar* file, const char* section, const char* key, int fallback) {
-    if (section == nullptr || key == nullptr) return static_cast<DWORD>(fallback);
     const FileContent content = Read(file);
     const std::string_view value = Unquoted(FindValue(content.GetView(), section, key).value_or(""));
     return value.empty() ? static_cast<DWORD>(fallback) : ParseNumber(value);
 }
 
 bool ReadStruct(const WChar* file, const char* section, const char* key, void* out, DWORD size) {
-    if (section == nullptr || key == nullptr || out == nullptr) return false;
     const FileContent content = Read(file);
     const auto hex = FindValue(content.GetView(), section, key);
     const std::size_t digits = (std::size_t{size} + 1) * 2;

@@ -167,9 +167,9 @@ TEST(XmlParsing, HasOneIdentifierForEachFault) {
 
 TEST(XmlParsing, TellsWhereABadByteIs) {
     const std::string latin = "<?xml version='1.0' encoding='windows-1252'?>\n<r>\xE4\x80\x81</r>";
-    Document utf8("<r>\r\n <a>\xC3\xA4x\xE4</a>\n</r>", false, NV_TEXT("a.xml"));
+    Document utf8("<r>\r\r\n <a>\xC3\xA4x\xE4</a>\n</r>", false, NV_TEXT("a.xml"));
     EXPECT_EQ(utf8.GetError(),
-              "MSXML Parse Error in 'a.xml' on line 2 and column 7 (12 from start of file)\r\n\t <a>?x\r\n"
+              "MSXML Parse Error in 'a.xml' on line 3 and column 7 (13 from start of file)\r\n\t <a>?x\r\n"
               "Error Code -2147024883/0x8007000d: Reason=An invalid character was found in text content.");
     Document other(latin, false, NV_TEXT("b.xml"));
     EXPECT_EQ(other.GetError(),
