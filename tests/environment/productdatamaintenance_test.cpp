@@ -88,6 +88,14 @@ TEST(ProductCabinets, EndAtTheFirstThatIsRefused) {
     EXPECT_EQ(List(replaced), (Names{"a.cab", "sub/B.cab"}));
     EXPECT_THROW(ProductData::UnpackCabFilesInAllDirectoriesRecursively(folder.NameOf("none")),
                  ExceptionOperatingSystemFailure);
+    const ProductFolder deep;
+    std::string path;
+    for (int depth = 2; depth <= 64; ++depth)
+        path += "d/";
+    deep.Write(path + "a.cab", StoredFile("a", "1"));
+    EXPECT_EQ(ProductData::UnpackCabFilesInAllDirectoriesRecursively(deep.GetName()).size(), 1u);
+    deep.Write(path + "d/b.cab", StoredFile("b", "2"));
+    EXPECT_THROW(unpack(deep)(), ExceptionOperatingSystemFailure);
 }
 
 /// Makes a printer use the product data of a folder.
