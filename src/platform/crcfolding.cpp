@@ -67,9 +67,8 @@ __m128i FactorsOver() {
 }  // namespace
 
 std::size_t FoldForCrc(std::uint32_t value, const BYTE* bytes, std::size_t length, FoldedBytes& folded) {
-    static const bool canMultiply = __builtin_cpu_supports("pclmul") != 0;
     const std::size_t whole = length - length % blockSize;
-    if (whole == 0 || !canMultiply) return 0;
+    if (whole == 0 || __builtin_cpu_supports("pclmul") == 0) return 0;
     FoldBlocks(value, bytes, whole, folded);
     return whole;
 }

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/posix/descriptor.h"
 #include "platform/utf8.h"
 
 namespace platform {
@@ -80,13 +81,7 @@ struct CloseListing {
 }  // namespace
 
 std::error_code OutputFile::Write(std::span<const BYTE> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = write(DescriptorOf(m_handle), bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return LastError();
-        bytes = bytes.subspan(static_cast<std::size_t>(count));
-    }
-    return {};
+    return ErrorUnless(WriteAll(DescriptorOf(m_handle), bytes.data(), bytes.size()));
 }
 
 std::error_code OutputFile::Close() {

@@ -1,6 +1,5 @@
 // The user's master key, from which the keys of sealed data are derived.
 #include "platform/posix/masterkey.h"
-#include "platform/posix/environment.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,7 +12,10 @@
 #include <optional>
 #include <string>
 #include <system_error>
+
 #include "platform/fork.h"
+#include "platform/posix/descriptor.h"
+#include "platform/posix/environment.h"
 
 namespace platform {
 
@@ -34,23 +36,6 @@ constexpr mode_t othersMayAnything = 0077;
 [[noreturn]] void FailWithErrno(const std::string& path) {
     Fail(path, std::system_category().message(errno));
 }
-
-/// An open file or folder.
-class Descriptor {
-public:
-    explicit Descriptor(int number) : m_number(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (m_number >= 0) close(m_number);
-    }
-
-    int Get() const { return m_number; }
-    bool IsOpen() const { return m_number >= 0; }
-
-private:
-    int m_number;
-};
 
 /// The value of a variable that names a folder; empty unless it is an absolute path.
 std::string FolderVariable(const char* name) {
@@ -111,26 +96,6 @@ void CheckKeyFile(const Descriptor& file, const std::string& path) {
     if (status.st_size != off_t{keyFileSize}) Fail(path, "is damaged");
 }
 
-/// Reads until the memory is full.
-void ReadWhole(const Descriptor& file, std::span<BYTE> memory, const std::string& path) {
-    while (!memory.empty()) {
-        const ssize_t count = read(file.Get(), memory.data(), memory.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) FailWithErrno(path);
-        if (count == 0) Fail(path, "is damaged");
-        memory = memory.subspan(static_cast<std::size_t>(count));
-    }
-}
-
-void WriteWhole(const Descriptor& file, std::span<const BYTE> memory, const std::string& path) {
-    while (!memory.empty()) {
-        const ssize_t count = write(file.Get(), memory.data(), memory.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) FailWithErrno(path);
-        memory = memory.subspan(static_cast<std::size_t>(count));
-    }
-}
-
 /// Reads the key file; nothing when there is none.
 std::optional<SecretBytes> ReadKeyFile(const KeyFolder& folder) {
     const std::string path = folder.PathOf(keyName);
@@ -140,7 +105,9 @@ std::optional<SecretBytes> ReadKeyFile(const KeyFolder& folder) {
     if (!file.IsOpen()) FailWithErrno(path);
     CheckKeyFile(file, path);
     SecretBytes content(keyFileSize);
-    ReadWhole(file, content.Get(), path);
+    const ssize_t size = ReadInto(file.Get(), content.Get().data(), keyFileSize);
+    if (size < 0) FailWithErrno(path);
+    if (size < ssize_t{keyFileSize}) Fail(path, "is damaged");
     const auto stored = content.Get().first(signature.size());
     if (!std::ranges::equal(stored, signature)) Fail(path, "is damaged");
     SecretBytes key(masterKeySize);
@@ -161,7 +128,7 @@ public:
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() { unlinkat(m_folder.Get(), m_name.c_str(), 0); }
 
-    const Descriptor& Get() const { return m_file; }
+    int Get() const { return m_file.Get(); }
     std::string GetPath() const { return m_folder.PathOf(m_name); }
 
     /// Gives the file another name unless that is taken.
@@ -187,8 +154,8 @@ void CreateKeyFile(const KeyFolder& folder) {
     std::ranges::copy(signature, content.Get().begin());
     randombytes_buf(content.Get().subspan(signature.size()).data(), masterKeySize);
     const TemporaryFile file(folder);
-    WriteWhole(file.Get(), content.Get(), file.GetPath());
-    if (fsync(file.Get().Get()) != 0) FailWithErrno(file.GetPath());
+    if (!WriteAll(file.Get(), content.Get().data(), keyFileSize) || fsync(file.Get()) != 0)
+        FailWithErrno(file.GetPath());
     file.Publish(keyName);
     if (fsync(folder.Get()) != 0) FailWithErrno(folder.PathOf(keyName));
 }

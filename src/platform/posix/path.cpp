@@ -6,10 +6,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
+
+#include "platform/posix/descriptor.h"
 
 namespace platform {
 
@@ -29,20 +32,6 @@ struct CloseListing {
 
 EntryKind KindOf(mode_t mode) {
     return S_ISREG(mode) ? EntryKind::File : S_ISDIR(mode) ? EntryKind::Folder : EntryKind::Other;
-}
-
-/// Reads what is there, but no more than there is room for.
-std::error_code ReadInto(int file, std::vector<BYTE>& bytes) {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t count = read(file, bytes.data() + done, bytes.size() - done);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return LastError();
-        if (count == 0) break;
-        done += static_cast<std::size_t>(count);
-    }
-    bytes.resize(done);
-    return {};
 }
 
 }  // namespace
@@ -81,21 +70,16 @@ std::error_code ListPath(const std::filesystem::path& folder, std::vector<PathEn
 std::error_code ReadPath(const std::filesystem::path& file, std::uint64_t most, std::vector<BYTE>& bytes) {
     bytes.clear();
     // A device or a pipe could make its reader wait.
-    const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (descriptor < 0) return LastError();
+    const Descriptor source(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status {};
-    std::error_code error;
-    if (fstat(descriptor, &status) != 0) {
-        error = LastError();
-    } else if (!S_ISREG(status.st_mode)) {
-        error = std::make_error_code(std::errc::not_supported);
-    } else if (static_cast<std::uint64_t>(status.st_size) > most) {
-        error = std::make_error_code(std::errc::file_too_large);
-    } else {
-        bytes.resize(static_cast<std::size_t>(status.st_size));
-        error = ReadInto(descriptor, bytes);
-    }
-    close(descriptor);
+    if (!source.IsOpen() || fstat(source.Get(), &status) != 0) return LastError();
+    if (!S_ISREG(status.st_mode)) return std::make_error_code(std::errc::not_supported);
+    if (static_cast<std::uint64_t>(status.st_size) > most)
+        return std::make_error_code(std::errc::file_too_large);
+    bytes.resize(static_cast<std::size_t>(status.st_size));
+    const ssize_t count = ReadInto(source.Get(), bytes.data(), bytes.size());
+    const std::error_code error = count < 0 ? LastError() : std::error_code();
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     return error;
 }
 

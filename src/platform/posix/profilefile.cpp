@@ -15,44 +15,17 @@
 #include <system_error>
 #include <thread>
 
+#include "platform/posix/descriptor.h"
+
 namespace platform {
 
 namespace {
 
 constexpr std::int64_t largestFile = 0x7FFFFFFF;
 
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
-    ~Descriptor() {
-        if (IsOpen()) close(m_descriptor);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    bool IsOpen() const { return m_descriptor >= 0; }
-    int Get() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
-
 // A device or a pipe could make its reader wait.
 int OpenForReading(int folder, const char* name) {
     return openat(folder, name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-}
-
-/// Reads as many bytes as there are, but not more than there is room for; -1 on failure.
-ssize_t ReadInto(int file, char* out, std::size_t room) {
-    std::size_t done = 0;
-    while (done < room) {
-        const ssize_t count = read(file, out + done, room - done);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return -1;
-        if (count == 0) break;
-        done += static_cast<std::size_t>(count);
-    }
-    return static_cast<ssize_t>(done);
 }
 
 /// Reads a file whose size may change meanwhile.
@@ -72,16 +45,6 @@ std::optional<FileContent> ReadAll(int file) {
         if (content.size < room) return content;
         if (content.size > std::size_t{largestFile}) return std::nullopt;
     }
-}
-
-bool WriteAll(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
 }
 
 /// The file that symbolic links lead to, whether it exists or not.
@@ -139,8 +102,9 @@ bool Replace(int folder, const char* name, std::string_view text, const struct s
     const Descriptor file(openat(folder, temporaryName, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
                                  isNew ? 0666 : 0600));
     if (!file.IsOpen()) return false;
-    const bool isDone = (isNew || TakeOver(file.Get(), status)) && WriteAll(file.Get(), text) &&
-                        fsync(file.Get()) == 0 && renameat(folder, temporaryName, folder, name) == 0;
+    const bool isDone = (isNew || TakeOver(file.Get(), status)) &&
+                        WriteAll(file.Get(), text.data(), text.size()) && fsync(file.Get()) == 0 &&
+                        renameat(folder, temporaryName, folder, name) == 0;
     if (!isDone) {
         unlinkat(folder, temporaryName, 0);
         return false;
