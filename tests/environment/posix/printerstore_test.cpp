@@ -22,7 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const CXString printerName = NV_TEXT("Office");
+const CXString printerName = NV_TEXT("Plaza");
 const CXString key = Printer::driverDataKey;
 const CXString name = NV_TEXT("Value");
 
@@ -74,7 +74,7 @@ TEST_F(PrinterStore, HoldsAPrinterFromItsFirstValueToItsLast) {
 
     Store(printer, {1});
     EXPECT_EQ(Printer::EnumeratePrinters(), std::vector{printerName});
-    EXPECT_EQ(Narrow(Printer(NV_TEXT("OFFICE")).GetName()), "OFFICE") << "names have no case";
+    EXPECT_EQ(Narrow(Printer(NV_TEXT("PLAZA")).GetName()), "PLAZA") << "names have no case";
     EXPECT_TRUE(printer.DeletePrinterDataExW(key, name));
     EXPECT_FALSE(printer.DeletePrinterDataExW(key, name));
     EXPECT_TRUE(Printer::EnumeratePrinters().empty());
@@ -103,7 +103,7 @@ TEST_F(PrinterStore, HoldsUpOnlyThoseWhoChangeThePrinterThatIsUpdated) {
     Printer printer(printerName);
     auto update = std::make_unique<PrinterDataUpdate>(printer);
     Write({5}, NV_TEXT("Other"));  // does not wait
-    std::thread writer([] { Write({9}, NV_TEXT("OFFICE")); });
+    std::thread writer([] { Write({9}, NV_TEXT("PLAZA")); });
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     EXPECT_EQ(Read(), ByteBuffer{1});
     Store(printer, {2});
